@@ -1,0 +1,12 @@
+# Warnings, sanitizers and numerics that every target takes through one interface target.
+option(QRN_BUILD_TOOLS "Build the virtual printer, the tools and the tests" ON)
+set(QRN_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
+
+add_library(qrn_options INTERFACE)
+# Every build must round alike, so that the bytes on the wire are the same everywhere: no fused multiply-add.
+target_compile_options(qrn_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -Werror -ffp-contract=off)
+if(QRN_SANITIZE)
+  target_compile_options(qrn_options INTERFACE -fsanitize=${QRN_SANITIZE} -fno-sanitize-recover=all
+                                               -fno-omit-frame-pointer)
+  target_link_options(qrn_options INTERFACE -fsanitize=${QRN_SANITIZE})
+endif()

@@ -1,0 +1,27 @@
+// The job's text log: one file a job in the directory "c:/p2debug", written only when that
+// directory exists. Each line is one open-write-close, so the file is complete at any moment. Bytes
+// are those of code page 936 with CR LF ends, on every platform. LogPrint may be called from both
+// threads.
+#ifndef QRN_DIAG_JOB_LOG_H_
+#define QRN_DIAG_JOB_LOG_H_
+
+#include "host/job.h"
+
+#if defined(__GNUC__)
+#define QRN_PRINTF_CHECKED(format, first) __attribute__((format(printf, format, first)))
+#else
+#define QRN_PRINTF_CHECKED(format, first)
+#endif
+
+namespace qrn {
+
+// Creates the log file of this job and sets szLogFile and bLogOn. Host's thread, at job start.
+void LogOpen(Job& job, const char* directory);
+
+// Appends one line to the log of the current job. `format` is UTF-8 as it stands in the sources; %s
+// takes text that is already in code page 936. A line holds at most 510 bytes, more is cut.
+void LogPrint(const char* format, ...) QRN_PRINTF_CHECKED(1, 2);
+
+}  // namespace qrn
+
+#endif  // QRN_DIAG_JOB_LOG_H_

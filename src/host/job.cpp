@@ -1,0 +1,10 @@
+#include "host/job.h"
+
+namespace qrn {
+
+Job& GetJob() {
+  static constinit Job job{};
+  return job;
+}
+
+}  // namespace qrn

@@ -1,0 +1,153 @@
+// The one record of the job in progress: plain data in static storage, cleared at every job start
+// and kept until the next. Its operations live with the owners of its fields. Fields marked
+// "shared" are read and written by both threads through platform/shared.h; docs/threads.md says who
+// writes them. All others belong to one thread at a time: the transmit thread during the connect
+// exchange, the host's thread afterwards.
+#ifndef QRN_HOST_JOB_H_
+#define QRN_HOST_JOB_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/platform.h"
+#include "raster/swath.h"
+
+namespace qrn {
+
+constexpr std::uint32_t kPlanes = 8;         // colour planes of a job, nozzle rows of a head
+constexpr std::uint32_t kNozzles = 180;      // nozzles of a row
+constexpr std::uint32_t kCommandBytes = 64;  // a command packet
+
+struct JobMem {
+  std::uint8_t* pPassBuffer[kPlanes];  // 4 x nResY rows of lineStride bytes each
+};
+
+struct Job {
+  // Command mailbox. cmdPkt is sent as it stands.
+  std::uint8_t cmdPkt[kCommandBytes];
+  std::uint8_t nCmdState;  // shared; CommandState
+
+  // Printer configuration, from the connect reply.
+  std::uint8_t bidirectional;  // 1 = passes alternate their direction
+  std::uint8_t fixedDir;       // direction of every pass otherwise
+  std::uint8_t singleHead;     // 0 PHA, 1 PHB, 4 when that cannot be told (or both print)
+  std::uint8_t headMask;       // 0x10 PHA, 0x20 PHB
+  std::uint8_t carriageHeads;  // 1 = carriage for two heads
+  std::uint8_t flashOpt;
+  std::uint8_t waveNo;
+  std::uint8_t flashEvery;  // swaths between two flashes; 0 = none
+  std::uint8_t headGapY;    // vertical offset of PHB against PHA, lines
+  std::uint8_t mainBoardId, carriageBoardId;
+  std::uint16_t carriageBoardSn, mainBoardVer, carriageBoardVer;
+  std::uint16_t headGapX;              // PHB behind PHA, pass columns
+  std::uint16_t rowGapMin, rowGapMax;  // gaps between neighbouring nozzle rows, pass columns
+  std::uint16_t carriageOpts;
+  std::uint16_t biDirOfs;   // shared; shift of direction 1, 1/150 inch, 32 = none
+  std::uint16_t stepCalib;  // paper-feed calibration value
+  std::uint16_t flashParam;
+
+  // Run state, each shared.
+  std::uint8_t bJobEndRx;     // the printer has answered the job end
+  std::uint8_t bTxRun;        // the transmit thread is to run
+  std::uint8_t bTxEnd;        // the transmit thread has ended, or never started
+  std::uint8_t nErrCode;      // recorded DriverError
+  std::uint8_t queueStarted;  // the transmit thread may take swaths
+  std::uint8_t bPrnPause, bPrnCancel;
+  std::uint8_t bPauseSeen, bCancelLatch;
+
+  std::uint8_t nTxCmd;    // code of the packet on the wire; transmit thread
+  std::uint8_t curColor;  // colour plane being converted
+
+  DeviceHandle hDevice;
+  ThreadHandle hTxThread;
+
+  // Swath queue.
+  std::uint8_t queueRd;    // slot taken next by the transmit thread; shared, for the log
+  std::uint8_t queueWr;    // slot taken next by the host's thread; shared, for the log
+  std::uint8_t queueUsed;  // shared; changed by single atomic steps only
+  Swath swathQueue[kSwathSlots];
+
+  JobMem Mem;
+  Swath* pPendingSwath;  // last printing swath, not yet marked ready
+  Swath* pTxSwath;       // swath in transmission; transmit thread
+
+  std::uint8_t resParamA, resParamB;
+
+  char szLogFile[256];
+  char szPid[16], szVid[16];  // what a device path must contain
+
+  std::uint8_t swathStarted;  // a printing swath has been made
+  std::uint8_t bLogOn;
+
+  std::uint8_t inkOrder[4]
+                       [kPlanes];  // colour plane of each nozzle row: PHA, PHB, two further heads
+
+  // Print mode.
+  std::uint8_t resIdx;      // index of nResX in kResolutionX
+  std::uint8_t nSpitCount;  // swaths since the last spit; transmit thread
+  std::uint8_t resCode;
+  std::uint8_t bLinkInfoOk;
+  std::uint8_t twoHeadCarriage;
+  std::uint8_t dualHead;  // both heads print
+  std::uint8_t headType;
+  std::uint8_t headMirror;  // nozzle rows stand in the opposite order
+  std::uint8_t featherPercent;
+  std::uint8_t featherRows;  // feathered nozzles of a row, 0..90
+  std::uint8_t passDir;      // direction of the pass being converted
+  std::uint8_t passEmpty;    // it prints nothing
+  std::uint8_t passIndex;    // passNo mod passCount
+  std::uint8_t passCount;    // passes per band
+  std::uint8_t nColors;
+  std::uint8_t carriageSpeed;
+  std::uint8_t rowBitA,
+      rowBitB;  // bit of the nozzle row for the first and the second line of a pair
+
+  // 16-bit geometry.
+  std::uint16_t
+      rowOffset[kPlanes];  // horizontal offset of the nozzle rows, pass columns; row 0 the largest
+  std::uint16_t historyRows;  // pass-buffer row at which a new band starts
+  std::uint16_t bandLine;     // lines of the current band taken in
+  std::uint16_t maxPrintMm;
+  std::uint16_t marginDots;  // dots at nResX in front of the image
+  std::uint16_t nResX, nResY;
+  std::uint16_t swathH;      // lines per band
+  std::uint16_t checkRows;   // rows that the blank-pass test looks at
+  std::uint16_t passStep;    // lines fed between passes
+  std::uint16_t passRow;     // first pass-buffer row of the pass being converted
+  std::uint16_t passRowPad;  // half of the row stagger, dots
+  std::uint16_t swathSteps;  // shared; motor steps fed after a swath
+  std::uint16_t rowColA, rowColB;
+
+  // 32-bit counters and sizes.
+  std::uint32_t swathCount;  // swaths made, feed-only ones included
+  std::uint32_t passNo;      // passes converted, blank ones included
+  std::uint32_t nSwathLimit;
+  std::uint32_t emptyPasses;  // blank passes since the last printing swath
+  std::uint32_t printOutBufSize;
+  std::uint32_t nLineBits, nHeight, nBitsPerPixel;
+  std::uint32_t linesReceived;
+  std::uint32_t feedLine;
+  std::uint32_t lineStride;
+  std::uint32_t passLeftByte, passRightByte, passBits;
+  std::uint32_t passDataSize;
+
+  float resFactor;      // nResX / 300
+  double stepsPerLine;  // motor steps per raster line
+
+  // Converter state.
+  const std::uint8_t* pFeatherMask;  // featherRows masks of 256 bytes
+  std::uint8_t* pPassSrc;            // row passRow of the pass buffer of curColor
+  std::uint8_t *pOutA, *pOutB;  // the byte of nozzle 0, plane 0, column 0 of row A and of row B
+  std::uint8_t* PrintOutBuf;
+
+  // Set by line intake once a job, so that a host's mistake is logged once.
+  std::uint8_t bBadLineLogged;
+};
+static_assert(offsetof(Job, cmdPkt) == 0, "the packet is the very start of the record");
+
+// The one instance.
+Job& GetJob();
+
+}  // namespace qrn
+
+#endif  // QRN_HOST_JOB_H_

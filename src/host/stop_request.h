@@ -1,0 +1,27 @@
+// The two tests on which every loop of a job ends. Either thread.
+#ifndef QRN_HOST_STOP_REQUEST_H_
+#define QRN_HOST_STOP_REQUEST_H_
+
+#include "host/job.h"
+#include "platform/shared.h"
+
+namespace qrn {
+
+constexpr std::uint8_t kErrorLinkLost = 17;  // the DriverError that ends every wait
+
+// The job takes no further lines and swaths: the printer cancelled, an error is recorded, or the
+// transmit thread ended.
+inline bool IsStopRequested(Job& job) {
+  return LoadShared(job.bPrnCancel) == 1 || LoadShared(job.nErrCode) != 0 ||
+         LoadShared(job.bTxEnd) == 1;
+}
+
+// There is no printer to talk to any more: it cancelled, or the link was given up. Command waits
+// end when both hold.
+inline bool IsAbortRequested(Job& job) {
+  return LoadShared(job.bPrnCancel) == 1 || LoadShared(job.nErrCode) == kErrorLinkLost;
+}
+
+}  // namespace qrn
+
+#endif  // QRN_HOST_STOP_REQUEST_H_

@@ -1,0 +1,54 @@
+// What the printer answers, and what the job makes of it. Transmit thread only.
+#ifndef QRN_PROTOCOL_REPLY_H_
+#define QRN_PROTOCOL_REPLY_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/job.h"
+
+namespace qrn {
+
+// The start of every reply, little-endian. From byte 8 on the command decides what a reply holds.
+struct ReplyRec {
+  std::uint16_t code;    // 0  the command it answers
+  std::uint16_t ok;      // 2  1 = taken
+  std::uint16_t sub;     // 4  job state (swath, pause poll, buffer query)
+  std::uint16_t status;  // 6  why the command was refused
+};
+constexpr std::size_t kReplyPayloadAt = 8;  // connect: parameter block; buffer query: u32 free room
+constexpr std::size_t kReplyPauseWordAAt = 10;
+constexpr std::size_t kReplyPauseWordBAt = 12;  // kParamUpdateMark: new parameters follow
+constexpr std::size_t kReplyUpdateAt = 14;
+constexpr std::uint16_t kParamUpdateMark = 0x1122;
+static_assert(sizeof(ReplyRec) == kReplyPayloadAt && offsetof(ReplyRec, status) == 6);
+
+// False, and nothing stored, when `bytes` bytes are too few for the record.
+[[nodiscard]] bool DecodeReply(const std::uint8_t* reply, std::uint32_t bytes, ReplyRec* record);
+
+// Job states in replies.
+enum JobState : std::uint16_t {
+  kJobGone = 0,  // the operator cancelled
+  kJobCancelled = 2,
+  kJobPaused = 3,
+  kJobResumed = 4,
+  kJobRunning = 5,
+};
+
+enum ReplyVerdict : int {
+  kReplyTaken = 0,
+  kReplyRefused = 1,
+  kReplyAgain = 2,  // send the packet again
+  kReplyOther = 4,  // answers another packet: read the next reply
+};
+
+// Interprets one reply to the command in flight (nTxCmd). May sleep for 2 or 3 s and may show an
+// error box.
+[[nodiscard]] ReplyVerdict ParseReply(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
+
+// Hands a firmware parameter update on when a pause reply announces one. True when it did.
+bool TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes);
+
+}  // namespace qrn
+
+#endif  // QRN_PROTOCOL_REPLY_H_

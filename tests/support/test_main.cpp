@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+
+#include "support/test_seed.h"
+
+namespace {
+
+std::uint64_t g_seed = 0;
+
+}  // namespace
+
+std::uint64_t TestSeed() {
+  std::printf("seed: rerun with --seed=%llu\n", static_cast<unsigned long long>(g_seed));
+  return g_seed;
+}
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  g_seed = std::random_device{}() % 1'000'000u;
+  if (const char* text = std::getenv("QRN_TEST_SEED")) g_seed = std::strtoull(text, nullptr, 10);
+  for (int i = 1; i < argc; ++i) {
+    if (std::strncmp(argv[i], "--seed=", 7) == 0) g_seed = std::strtoull(argv[i] + 7, nullptr, 10);
+  }
+  return RUN_ALL_TESTS();
+}
