@@ -1,0 +1,46 @@
+// Compares paper with raster, cell by cell and plane by plane, after finding what an operator would
+// calibrate: the vertical origin and the shift of reverse passes, two whole numbers for the whole
+// job.
+#ifndef QRN_SIM_COMPARE_H_
+#define QRN_SIM_COMPARE_H_
+
+#include <cstdint>
+#include <string>
+
+#include "sim/machine.h"
+#include "sim/paper.h"
+
+namespace qrn::sim {
+
+// The image as it was handed over: 8 planes, 2 bits a pixel, four pixels a byte, leftmost in the
+// highest bits.
+class RasterSource {
+ public:
+  virtual ~RasterSource() = default;
+  virtual std::uint32_t Lines() const = 0;
+  virtual std::uint32_t LineBytes() const = 0;
+  // Line bytes of one plane; nullptr = blank. Valid until the next call.
+  virtual const std::uint8_t* Line(int plane, std::uint32_t line) const = 0;
+};
+
+struct Comparison {
+  std::uint64_t cells = 0;  // cells compared (inked on either side)
+  std::uint64_t differingCells = 0;
+  std::int32_t lineOrigin = 0;    // paper line of image line 0
+  std::int32_t reverseShift = 0;  // columns by which reverse passes lie to the right
+  bool reverseFound = false;      // the job had reverse passes with ink
+  // First difference in reading order, for a person: plane, line, column, asked for, printed. ""
+  // when equal.
+  std::string firstDifference;
+  // Why this machine cannot print this job right, where that is known from its settings; ""
+  // otherwise.
+  std::string reason;
+};
+
+// `passCount` is the base pass count: pixels u with u / passCount == c form column c.
+Comparison Compare(const RasterSource& raster, const Paper& paper, const Machine& machine,
+                   std::uint32_t passCount);
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_COMPARE_H_

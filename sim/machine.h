@@ -1,0 +1,47 @@
+// What a printer is built like and set to. The virtual printer reports it in its parameter block
+// and lays its dots accordingly.
+#ifndef QRN_SIM_MACHINE_H_
+#define QRN_SIM_MACHINE_H_
+
+#include <array>
+#include <cstdint>
+
+namespace qrn::sim {
+
+enum class Heads { kBoth, kPha, kPhb };
+
+struct Machine {
+  Heads heads = Heads::kBoth;
+  bool twoHeadCarriage = true;
+  bool mirroredHeads = false;  // head type 1: nozzle rows in the opposite order
+  bool bidirectional = true;
+  std::uint8_t fixedDir = 0;  // direction of every pass of a unidirectional machine
+  // Ink of nozzle rows 0..7 of PHA and PHB; all zero on a two-head machine: the driver's default
+  // order.
+  std::array<std::array<std::uint8_t, 8>, 2> inkOrder{};
+  std::array<std::uint8_t, 4> headGapX{};  // columns added to 140 mm; by resolution 1080..2160
+  std::array<std::uint8_t, 4>
+      headGapY{};  // lines PHB hangs lower than nominal; by resolution 1080..2160
+  std::array<std::uint8_t, 4> biDirShift{32, 32, 32,
+                                         32};  // "Db", 1/150 inch, 32 = none; by resolution
+  std::uint8_t featherPercent = 0;
+  std::uint16_t margin = 0;     // side margin, 4/600 inch
+  std::uint8_t flashEvery = 0;  // swaths between flashes; 0 = none
+  std::uint16_t flashParam = 127;
+  std::uint8_t speed = 10;
+  std::uint32_t travel600 = 60000;  // carriage travel, 1/600 inch; 0 = the driver's 2150 mm
+  // Paper feed: what the calibration says. The mechanism itself makes kStepsPerLine steps a line of
+  // 1/360 inch.
+  std::uint32_t feedBase = 72001;
+  std::uint16_t feedCalib = 2540;
+};
+
+constexpr std::uint32_t kStepsPerLine = 20;
+
+constexpr std::size_t kParameterBlockBytes = 208;
+// The block that the printer answers a connect with.
+std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine);
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_MACHINE_H_

@@ -1,0 +1,36 @@
+// What a virtual printer is made to do wrong, and when.
+#ifndef QRN_SIM_QUIRKS_H_
+#define QRN_SIM_QUIRKS_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qrn::sim {
+
+struct Quirk {
+  enum class Kind {
+    kConnectRefused,  // the first `count` connects are refused with status `value`
+    kBufferFull,      // from swath `at` on, `count` buffer queries answer no room
+    kPause,           // at swath `at` the job is paused for `durationMs`, then resumed
+    kCancel,          // at swath `at` the operator cancels
+    kSpoolOverflow,   // swath `at` is refused `count` times with status 7
+    kUnplug,          // at message `at` the device is gone for `durationMs`; 0 = for good
+  };
+  Kind kind = Kind::kConnectRefused;
+  std::uint32_t at = 0;  // 1 = the first
+  std::uint32_t count = 1;
+  std::uint32_t value = 0;
+  std::uint32_t durationMs = 0;
+};
+
+using QuirkScript = std::vector<Quirk>;
+
+// One quirk a string, such as "pause:at=3,ms=5000", "connect-refused:count=2,status=4",
+// "unplug:at=9,ms=6000", "buffer-full:at=2,count=5", "cancel:at=4", "spool-overflow:at=3". False,
+// with a one-line reason, when it is not one.
+bool ParseQuirk(const std::string& text, Quirk* quirk, std::string* error);
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_QUIRKS_H_
