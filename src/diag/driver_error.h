@@ -8,10 +8,11 @@
 
 namespace qrn {
 
-// The codes that the library raises; the text tables hold all 36.
+// The codes that the library records; the text tables hold all 36.
 enum DriverError : std::uint32_t {
   kErrorBadParameters = 3,  // parameter block not recognised
   kErrorTooWide = 4,        // image wider than the printer
+  kErrorHostCancel = 9,     // recorded only: the host went on without ending its job
   kErrorNoMemory = 13,      // a job buffer could not be obtained
   kErrorLinkGivenUp = 17,   // reconnection given up; never overwritten in a job
   kErrorPrinterGone = 26,   // swath ready, transmit thread ended

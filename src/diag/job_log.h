@@ -8,9 +8,9 @@
 #include "host/job.h"
 
 #if defined(__GNUC__)
-#define QRN_PRINTF_CHECKED(format, first) __attribute__((format(printf, format, first)))
+#define QRN_PRINTF_CHECKED(text, values) __attribute__((format(printf, text, values)))
 #else
-#define QRN_PRINTF_CHECKED(format, first)
+#define QRN_PRINTF_CHECKED(text, values)
 #endif
 
 namespace qrn {

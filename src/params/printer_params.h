@@ -11,8 +11,8 @@
 
 namespace qrn {
 
-constexpr std::size_t kParamBlockBytes = 208;
-constexpr std::size_t kParamUpdateBytes = 70;  // the adjustable section, bytes 8..77 of the block
+constexpr std::uint32_t kParamBlockBytes = 208;
+constexpr std::uint32_t kParamUpdateBytes = 70;  // the adjustable section, bytes 8..77 of the block
 
 // The block as last received, with the side margin cleared where the block asks for it and with
 // every firmware update. Outlives jobs: a pause reply updates a part of it.

@@ -16,10 +16,11 @@ struct ReplyRec {
   std::uint16_t sub;     // 4  job state (swath, pause poll, buffer query)
   std::uint16_t status;  // 6  why the command was refused
 };
-constexpr std::size_t kReplyPayloadAt = 8;  // connect: parameter block; buffer query: u32 free room
-constexpr std::size_t kReplyPauseWordAAt = 10;
-constexpr std::size_t kReplyPauseWordBAt = 12;  // kParamUpdateMark: new parameters follow
-constexpr std::size_t kReplyUpdateAt = 14;
+constexpr std::uint32_t kReplyPayloadAt =
+    8;  // connect: parameter block; buffer query: u32 free room
+constexpr std::uint32_t kReplyPauseWordAAt = 10;
+constexpr std::uint32_t kReplyPauseWordBAt = 12;  // kParamUpdateMark: new parameters follow
+constexpr std::uint32_t kReplyUpdateAt = 14;
 constexpr std::uint16_t kParamUpdateMark = 0x1122;
 static_assert(sizeof(ReplyRec) == kReplyPayloadAt && offsetof(ReplyRec, status) == 6);
 

@@ -1,0 +1,24 @@
+// The opening and the closing sequence of a job, whichever export family started it. Host's thread.
+#ifndef QRN_HOST_JOB_LIFECYCLE_H_
+#define QRN_HOST_JOB_LIFECYCLE_H_
+
+#include <cstdint>
+
+#include "host/job.h"
+
+namespace qrn {
+
+// Links up with the printer and announces the job. False when any step failed; the cause is logged.
+[[nodiscard]] bool JobStart(Job& job);
+// Sends what is queued, ends the job and releases everything. Safe after a failed start.
+void JobEnd(Job& job);
+// Posts a command and waits, without limit, until it is settled or the link is gone; 1 when the
+// printer accepted it.
+int CmdExecute(std::uint32_t code, Job& job);
+// Ends a job whose end call the host skipped, so that its transmit thread is gone before the record
+// is cleared. Does nothing when no job is open.
+void EndSkippedJob(Job& job);
+
+}  // namespace qrn
+
+#endif  // QRN_HOST_JOB_LIFECYCLE_H_
