@@ -10,8 +10,8 @@ std::uint16_t ResolutionByIndex(std::uint32_t index) {
 }
 
 std::uint8_t ResolutionIndex(std::uint32_t resolution) {
-  for (std::uint8_t i = 0; i < kResolutionX.size(); ++i) {
-    if (kResolutionX[i] == Low16(resolution)) return i;
+  for (std::size_t i = 0; i < kResolutionX.size(); ++i) {
+    if (kResolutionX[i] == Low16(resolution)) return Low8(i);
   }
   return 0;
 }

@@ -3,6 +3,7 @@
 #define QRN_PARAMS_RESOLUTION_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace qrn {
