@@ -20,6 +20,7 @@ constexpr std::uint32_t kCommandBytes = 64;  // a command packet
 
 struct JobMem {
   std::uint8_t* pPassBuffer[kPlanes];  // 4 x nResY rows of lineStride bytes each
+  std::uint32_t passBufBytes;          // bytes of each; 0 = none obtained
 };
 
 struct Job {

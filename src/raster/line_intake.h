@@ -1,5 +1,5 @@
-// Line intake and bands: stores host lines in the pass buffers, runs the passes of every complete
-// band and drains the rest at the end. Host's thread, inside the exports.
+// Line intake: stores host lines in the pass buffers, hands every complete band on and drains the
+// rest at the end. Host's thread, inside the exports.
 #ifndef QRN_RASTER_LINE_INTAKE_H_
 #define QRN_RASTER_LINE_INTAKE_H_
 
@@ -10,19 +10,13 @@
 namespace qrn {
 
 // Stores one line of one colour; the line of the last colour completes it. 1 when taken (or dropped
-// because the image is complete), 0 when the call is unusable: colour not below nColors, or no
-// line. Bytes above lineStride are cut.
+// because the image is complete), 0 when it cannot be used: colour not below nColors, no line, or a
+// job without buffers. Bytes above lineStride are cut.
 int AddLine(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line);
 
 // Drains the partial band and the history rows through a fixed number of extra bands. 1, or 0 when
 // a swath failed.
 int FlushLastBands(Job& job);
-
-// For tests and the two above: one full band, one pass, the blank test, the move to the next band.
-int CompleteBand(Job& job);
-void ConvertPass(Job& job);
-[[nodiscard]] bool IsPassBlank(Job& job);
-void ShiftPassBuffers(Job& job);
 
 }  // namespace qrn
 

@@ -1,0 +1,84 @@
+#include "raster/convert.h"
+
+#include "platform/bytes.h"
+#include "raster/dual_converters.h"
+
+namespace qrn {
+namespace {
+
+constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // lines that a head covers
+
+using Worker = void (*)(Job&, ConvertParams&);
+
+struct Variant {
+  std::uint8_t passCount;
+  std::uint16_t colStep;
+  Worker forward, reverse;
+};
+
+constexpr Variant kDualVariants[] = {
+    {3, kColStep<Dual3>, Dual3Forward, Dual3Reverse},
+    {4, kColStep<Dual4>, Dual4Forward, Dual4Reverse},
+    {6, kColStep<Dual6>, Dual6Forward, Dual6Reverse},
+    {8, kColStep<Dual8>, Dual8Forward, Dual8Reverse},
+};
+
+ConvertParams g_params;
+
+void RunWorker(Job& job, const Variant& variant, std::uint8_t* source) {
+  g_params.pLine = source;
+  g_params.nozzleCount = Low16(kNozzles - job.featherRows);
+  g_params.colStep = variant.colStep;
+  (job.passDir == 0 ? variant.forward : variant.reverse)(job, g_params);
+}
+
+void ConvertDual(Job& job) {
+  for (const Variant& variant : kDualVariants) {
+    if (variant.passCount != job.passCount) continue;
+    std::uint32_t head = 0;
+    (void)LocateRowsDual(job, &head);  // always 1
+    // PHA prints lines that lie further down the page than PHB's.
+    const std::size_t rows = head == 1 ? 0 : kHeadLines - job.headGapY;
+    RunWorker(job, variant, job.pPassSrc + rows * job.lineStride);
+    return;
+  }
+}
+
+}  // namespace
+
+void ConvertColor(Job& job) {
+  if (job.dualHead == 1) ConvertDual(job);
+}
+
+int LocateRowsDual(Job& job, std::uint32_t* head) {
+  constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
+  std::uint32_t rowA = 0, rowB = 0, found = 0;
+  for (std::uint32_t row = 0; row < kRows && found < 2; ++row) {
+    if (job.inkOrder[row / kPlanes][row % kPlanes] != job.curColor) continue;
+    rowB = rowA;
+    rowA = row;
+    ++found;
+  }
+  *head = rowA / kPlanes;
+
+  // The head that comes second in the direction of travel fires a head distance later.
+  const bool second = (job.passDir == 0) == (*head == 1);
+  const std::uint32_t gap = second ? job.headGapX : 0;
+  job.rowBitA = Low8(1u << rowA % kPlanes);
+  job.rowColA = Low16(RowColumn(job, rowA % kPlanes) + gap);
+  job.rowBitB = Low8(1u << rowB % kPlanes);
+  job.rowColB = Low16(RowColumn(job, rowB % kPlanes) + gap);
+  job.pOutA = job.PrintOutBuf + std::size_t{kColumnBytes} * job.rowColA + *head;
+  job.pOutB = job.PrintOutBuf + std::size_t{kColumnBytes} * job.rowColB + *head;
+  return 1;
+}
+
+std::uint16_t RowColumn(const Job& job, std::uint32_t slot) {
+  const bool mirrored = job.headMirror == 1;
+  const bool reverse = job.passDir == 1;
+  const std::uint16_t offset = job.rowOffset[slot];
+  return mirrored == reverse ? offset
+                             : Low16(static_cast<std::uint32_t>(job.rowOffset[0]) - offset);
+}
+
+}  // namespace qrn

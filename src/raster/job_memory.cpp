@@ -1,0 +1,119 @@
+#include "raster/job_memory.h"
+
+#include <cstring>
+#include <new>
+
+#include "diag/driver_error.h"
+#include "diag/job_log.h"
+#include "platform/bytes.h"
+#include "platform/shared.h"
+
+namespace qrn {
+namespace {
+
+constexpr std::uint32_t kPassBufferHeights = 4;  // of nResY rows
+constexpr std::uint64_t kSizeMax = 0xFFFFFFFF;
+
+struct Sizes {
+  std::uint64_t passBuffer;
+  std::uint64_t printOut;
+};
+
+// The pass's image columns at most, 320 mm of dots for the head distance and the row stagger, in
+// columns of 720 bytes. Requires: a derived geometry. In 64 bits nothing can wrap: all factors
+// together have fewer than 60.
+Sizes SizesOf(const Job& job) {
+  const std::uint64_t stride = job.lineStride;
+  const std::uint64_t dots640Mm = job.nResX * 6400u / 254u;
+  return {job.nResY * stride * kPassBufferHeights, (dots640Mm + 8 * stride) * 360 / job.passCount};
+}
+
+void Release(std::uint8_t** buffer) {
+  delete[] * buffer;
+  *buffer = nullptr;
+}
+
+// A buffer that is present has the right size. What does not fit 32 bits cannot be obtained.
+bool Obtain(std::uint8_t** buffer, std::uint64_t bytes) {
+  if (*buffer == nullptr && bytes <= kSizeMax)
+    *buffer = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(bytes)];
+  return *buffer != nullptr;
+}
+
+void ReleasePassBuffers(Job& job) {
+  for (std::uint8_t*& buffer : job.Mem.pPassBuffer) Release(&buffer);
+  job.Mem.passBufBytes = 0;
+}
+
+void ReleaseOutBuffers(Job& job) {
+  for (Swath& slot : job.swathQueue) Release(&slot.pSwathData);
+  Release(&job.PrintOutBuf);
+  job.printOutBufSize = 0;
+}
+
+bool ObtainPassBuffers(Job& job, std::uint64_t bytes) {
+  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    if (!Obtain(&job.Mem.pPassBuffer[plane], bytes)) {
+      LogPrint("mem: malloc pJob->Mem.pPassBuffer fail %d-%d!", static_cast<int>(plane),
+               static_cast<int>(Low32(bytes)));
+      return false;
+    }
+    std::memset(job.Mem.pPassBuffer[plane], 0, static_cast<std::size_t>(bytes));
+  }
+  job.Mem.passBufBytes = Low32(bytes);
+  return true;
+}
+
+bool ObtainOutBuffers(Job& job, std::uint64_t bytes) {
+  for (std::uint32_t i = 0; i <= kSwathSlots; ++i) {
+    std::uint8_t** buffer = i < kSwathSlots ? &job.swathQueue[i].pSwathData : &job.PrintOutBuf;
+    if (!Obtain(buffer, bytes)) {
+      LogPrint("mem: malloc PrintOutBuf fail! %d-%d", static_cast<int>(i),
+               static_cast<int>(Low32(bytes)));
+      return false;
+    }
+  }
+  job.printOutBufSize = Low32(bytes);
+  return true;
+}
+
+void ResetQueue(Job& job) {
+  for (Swath& slot : job.swathQueue) {
+    slot.header = SwathHeader{};
+    slot.header.speed = Low16(job.carriageSpeed * 600u);
+    StoreShared(slot.state, kSwathFree);
+  }
+  StoreShared(job.queueRd, 0);
+  StoreShared(job.queueWr, 0);
+  StoreShared(job.queueUsed, 0);
+}
+
+}  // namespace
+
+void AllocJobMem(Job& job) {
+  const Sizes sizes = SizesOf(job);
+  // A repeated connect may come with another geometry: what fits is used again.
+  if (job.Mem.passBufBytes != sizes.passBuffer) ReleasePassBuffers(job);
+  if (job.printOutBufSize != sizes.printOut) ReleaseOutBuffers(job);
+  bool obtained = ObtainPassBuffers(job, sizes.passBuffer);
+  if (obtained) {
+    LogPrint("mem: malloc %d, %d-%d", static_cast<int>(kPlanes),
+             static_cast<int>(Low32(sizes.passBuffer)), static_cast<int>(Low32(sizes.printOut)));
+    obtained = ObtainOutBuffers(job, sizes.printOut);
+  }
+  if (!obtained) {
+    ReleasePassBuffers(job);
+    ReleaseOutBuffers(job);
+    RaiseError(kErrorNoMemory);
+    return;
+  }
+  ResetQueue(job);
+}
+
+void FreeJobMem(Job& job) {
+  ReleasePassBuffers(job);
+  ReleaseOutBuffers(job);
+  LogPrint("mem: free --");
+}
+
+}  // namespace qrn

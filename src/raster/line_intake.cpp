@@ -1,0 +1,65 @@
+#include "raster/line_intake.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "diag/job_log.h"
+#include "host/stop_request.h"
+#include "platform/bytes.h"
+#include "raster/band.h"
+
+namespace qrn {
+namespace {
+
+constexpr int kFlushCyclesSingle = 4;
+constexpr int kFlushCyclesDual = 5;  // the lines of PHA still have PHB's way before them
+
+// A job that never got its buffers has nowhere to put a line.
+bool IsLineUsable(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
+  if (color < job.nColors && color < kPlanes && line != nullptr)
+    return job.Mem.pPassBuffer[color] != nullptr;
+  if (job.bBadLineLogged == 0) {
+    job.bBadLineLogged = 1;
+    LogPrint("AddLine: unusable line, color:%d, bytes:%d", static_cast<int>(color),
+             static_cast<int>(bytes));
+  }
+  return false;
+}
+
+}  // namespace
+
+int AddLine(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
+  if (job.linesReceived >= job.nHeight) return 1;
+  if (!IsLineUsable(job, color, bytes, line)) return 0;
+  const std::size_t row = std::size_t{job.historyRows} + job.bandLine;
+  std::memcpy(job.Mem.pPassBuffer[color] + row * job.lineStride, line,
+              std::min(bytes, job.lineStride));
+  if (color + 1 != job.nColors) return 1;
+  ++job.linesReceived;
+  ++job.bandLine;
+  if (job.bandLine == job.swathH) {
+    (void)CompleteBand(job);  // a band that stopped early shows in the stop tests; intake goes on
+    job.bandLine = 0;
+  }
+  return 1;
+}
+
+int FlushLastBands(Job& job) {
+  LogPrint("Rip last swath %d-%d", static_cast<int>(job.linesReceived),
+           static_cast<int>(job.nHeight));
+  if (job.swathCount >= job.nSwathLimit) {
+    job.passEmpty = 1;
+    return 1;
+  }
+  if (IsAbortRequested(job) || job.PrintOutBuf == nullptr) return 1;
+  const int cycles = job.dualHead == 1 ? kFlushCyclesDual : kFlushCyclesSingle;
+  for (int cycle = 0; cycle < cycles; ++cycle) {
+    if (!RunPasses(job)) return 0;
+    ShiftPassBuffers(job);
+  }
+  job.swathStarted = 0;
+  job.emptyPasses = 0;
+  return 1;
+}
+
+}  // namespace qrn

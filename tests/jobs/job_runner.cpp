@@ -1,0 +1,148 @@
+#include "jobs/job_runner.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "qrn_driver.h"
+#include "sim/session.h"
+
+namespace fs = std::filesystem;
+using qrn::sim::Session;
+using qrn::sim::SessionOptions;
+using qrn::sim::VirtualPrinter;
+
+namespace {
+
+constexpr std::uint32_t kBitsPerPixel = 2;
+
+HostJobDesc DescOf(const JobPlan& plan) {
+  HostJobDesc desc{};
+  desc.resX = plan.resolution;
+  desc.resY = 360;
+  desc.height = plan.lines;
+  desc.width = plan.widthPixels;
+  desc.colors = 8;
+  desc.bitsPerPixel = kBitsPerPixel;
+  return desc;
+}
+
+void HandOver(const JobPlan& plan, const RandomImage& image) {
+  const std::vector<std::uint8_t> blank(image.LineBytes());
+  for (std::uint32_t line = 0; line < image.Lines(); ++line) {
+    for (int plane = 0; plane < 8; ++plane) {
+      const std::uint8_t* bytes = image.Line(plane, line);
+      if (bytes == nullptr) bytes = blank.data();
+      if (plan.lineApi) {
+        PP_SendALineAColorData(static_cast<std::uint32_t>(plane), image.LineBytes(), bytes, 0);
+      } else {
+        WriteRipData(bytes, image.LineBytes());
+      }
+    }
+  }
+}
+
+}  // namespace
+
+RandomImage::RandomImage(std::uint32_t widthPixels, std::uint32_t lines, std::uint64_t seed)
+    : lines_(lines), lineBytes_(widthPixels * kBitsPerPixel / 8) {
+  std::mt19937_64 random(seed);
+  const std::uint64_t blankPlane = random() % 9;  // 8: none
+  for (std::size_t plane = 0; plane < planes_.size(); ++plane) {
+    if (plane == blankPlane) continue;
+    planes_[plane].resize(std::size_t{lines} * lineBytes_);
+    for (std::uint32_t first = 0; first < lines; first += 50) {
+      const std::uint64_t keep = random() % 3;  // of three bytes; 0 leaves fifty lines blank
+      const std::size_t end = std::size_t{std::min(first + 50, lines)} * lineBytes_;
+      for (std::size_t i = std::size_t{first} * lineBytes_; i < end; ++i) {
+        const std::uint64_t bits = random();
+        if ((bits >> 8) % 3 < keep) planes_[plane][i] = static_cast<std::uint8_t>(bits);
+      }
+    }
+  }
+}
+
+const std::uint8_t* RandomImage::Line(int plane, std::uint32_t line) const {
+  const auto& bytes = planes_[static_cast<std::size_t>(plane)];
+  return bytes.empty() ? nullptr : bytes.data() + std::size_t{line} * lineBytes_;
+}
+
+std::string Describe(const JobPlan& plan) {
+  std::ostringstream text;
+  text << plan.resolution << " dpi, " << (plan.lineApi ? "line" : "stream") << ", " << plan.widthPixels << "x"
+       << plan.lines << ", bidirectional " << plan.machine.bidirectional << ", fixed "
+       << int{plan.machine.fixedDir} << ", mirrored " << plan.machine.mirroredHeads << ", feather "
+       << int{plan.machine.featherPercent} << ", gaps " << int{plan.machine.headGapX[0]} << "/"
+       << int{plan.machine.headGapY[0]} << ", seed " << plan.seed;
+  return text.str();
+}
+
+LogFolder::LogFolder() : before_(fs::current_path()) {
+  std::string name = (fs::temp_directory_path() / "qrn-jobs-XXXXXX").string();
+  folder_ = mkdtemp(name.data());
+  fs::current_path(folder_);
+  fs::create_directories("c:/p2debug");
+}
+
+LogFolder::~LogFolder() {
+  fs::current_path(before_);
+  std::error_code ignored;
+  fs::remove_all(folder_, ignored);
+}
+
+std::vector<std::string> LogFolder::Logs() const {
+  std::vector<fs::path> paths;
+  for (const auto& entry : fs::directory_iterator(folder_ / "c:/p2debug")) paths.push_back(entry.path());
+  // The plain name of a minute comes before its numbered ones.
+  std::sort(paths.begin(), paths.end(), [](const fs::path& a, const fs::path& b) {
+    const auto key = [](const fs::path& path) { return std::make_pair(path.stem().string().size(), path); };
+    return key(a) < key(b);
+  });
+  std::vector<std::string> logs;
+  for (const fs::path& path : paths) {
+    std::ifstream file(path, std::ios::binary);
+    logs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
+  return logs;
+}
+
+JobOutcome RunJob(const JobPlan& plan) {
+  const RandomImage image(plan.widthPixels, plan.lines, plan.seed);
+  VirtualPrinter printer(plan.machine, plan.quirks);
+  printer.KeepTransfers(true);
+  JobOutcome outcome;
+  SessionOptions options;
+  options.virtualTime = true;
+  options.seed = plan.seed;
+  options.onBox = [&outcome](const std::string& text) { outcome.boxes.push_back(text); };
+  {
+    const Session session(printer, options);
+    const std::uint32_t startMs = session.TickMs();
+    const HostJobDesc desc = DescOf(plan);
+    outcome.started = (plan.lineApi ? PP_Init(&desc) : StartPrint(&desc, 0)) == 1;
+    HandOver(plan, image);
+    if (!plan.skipEndCall) {
+      if (plan.lineApi) {
+        PP_Uninit();
+      } else {
+        EndRipData();
+      }
+    } else {
+      // The job must not outlive its printer: the next start ends it, and has nothing to print.
+      const HostJobDesc none{};
+      PP_Init(&none);
+      PP_Uninit();
+    }
+    outcome.elapsedMs = session.TickMs() - startMs;
+  }
+  outcome.stats = printer.Stats();
+  outcome.violation = printer.Violation();
+  outcome.transfers = printer.Transfers();
+  if (printer.BasePassCount() != 0) {
+    outcome.comparison = Compare(image, printer.CurrentPaper(), plan.machine, printer.BasePassCount());
+  }
+  return outcome;
+}

@@ -1,0 +1,69 @@
+// Runs whole jobs through the exports on a virtual printer in virtual time, and tells what came of them.
+#ifndef QRN_TESTS_JOBS_JOB_RUNNER_H_
+#define QRN_TESTS_JOBS_JOB_RUNNER_H_
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "sim/compare.h"
+#include "sim/machine.h"
+#include "sim/quirks.h"
+#include "sim/virtual_printer.h"
+
+// A random image: planes and bands of lines stay blank here and there, the rest holds all drop levels.
+class RandomImage : public qrn::sim::RasterSource {
+ public:
+  RandomImage(std::uint32_t widthPixels, std::uint32_t lines, std::uint64_t seed);
+  std::uint32_t Lines() const override { return lines_; }
+  std::uint32_t LineBytes() const override { return lineBytes_; }
+  const std::uint8_t* Line(int plane, std::uint32_t line) const override;
+
+ private:
+  std::uint32_t lines_, lineBytes_;
+  std::array<std::vector<std::uint8_t>, 8> planes_;
+};
+
+struct JobPlan {
+  qrn::sim::Machine machine;
+  std::uint32_t resolution = 1440;
+  bool lineApi = false;
+  std::uint32_t widthPixels = 192;
+  std::uint32_t lines = 500;
+  std::uint64_t seed = 1;  // of the image and of the scheduling
+  qrn::sim::QuirkScript quirks;
+  bool skipEndCall = false;
+};
+
+std::string Describe(const JobPlan& plan);
+
+struct JobOutcome {
+  bool started = false;  // PP_Init's result; StartPrint tells nothing and counts as started
+  qrn::sim::Comparison comparison;
+  qrn::sim::PrinterStats stats;
+  std::string violation;
+  std::vector<std::string> boxes;
+  std::vector<std::vector<std::uint8_t>> transfers;
+  std::uint32_t elapsedMs = 0;  // virtual
+};
+
+// A private working directory with the log directory in it, for the life of the object.
+class LogFolder {
+ public:
+  LogFolder();
+  ~LogFolder();
+  LogFolder(const LogFolder&) = delete;
+  LogFolder& operator=(const LogFolder&) = delete;
+  // Bytes of the log files, oldest name first.
+  std::vector<std::string> Logs() const;
+
+ private:
+  std::filesystem::path before_, folder_;
+};
+
+// Hands the whole image over and ends the job (unless the plan skips that). Needs a LogFolder for the log.
+JobOutcome RunJob(const JobPlan& plan);
+
+#endif  // QRN_TESTS_JOBS_JOB_RUNNER_H_
