@@ -22,10 +22,10 @@ QuirkScript Script(const std::string& text) {
 
 struct Fault {
   const char* quirk;
-  bool started;                 // PP_Init's result
-  bool printedWhole;            // every cell has its ink in the end
-  std::size_t boxes;            // shown to the user
-  std::uint32_t elapsedMsMin;   // virtual time that the fault costs at least
+  bool started;                  // PP_Init's result
+  bool printedWhole;             // every cell has its ink in the end
+  std::size_t boxes;             // shown to the user
+  std::uint32_t elapsedMsMin;    // virtual time that the fault costs at least
   std::vector<const char*> log;  // lines that must stand in the log, in this order
 };
 
@@ -43,7 +43,8 @@ TEST_P(Faults, HaveTheirOutcome) {
   EXPECT_EQ(GetParam().boxes, outcome.boxes.size());
   EXPECT_GE(outcome.elapsedMs, GetParam().elapsedMsMin);
   if (GetParam().started) {
-    EXPECT_EQ(GetParam().printedWhole, outcome.comparison.differingCells == 0) << outcome.comparison.firstDifference;
+    EXPECT_EQ(GetParam().printedWhole, outcome.comparison.differingCells == 0)
+        << outcome.comparison.firstDifference;
   }
   const std::string log = CodePageToUtf8(folder.Logs().at(0));
   std::size_t at = 0;
@@ -56,21 +57,55 @@ TEST_P(Faults, HaveTheirOutcome) {
 
 INSTANTIATE_TEST_SUITE_P(
     Printer, Faults,
-    testing::Values(
-        Fault{"connect-refused:count=3,status=0x54", true, true, 0, 6000,
-              {"Rx 打印机未进入工作状态: 4-5 ", "Rx 打印机未进入工作状态: 4-5 ", "Job start", "Rx 作业结束", "jobend: "}},
-        Fault{"connect-refused:count=1,status=0x21", false, false, 0, 0,
-              {"Rx 打印机未进入工作状态: 1-2 ", "FW错误 REPLY FAIL", "指令(2)执行失败", "jobend: "}},
-        Fault{"buffer-full:at=2,count=25", true, true, 0, 12000, {"Fw buffer wait 5s...", "Fw buffer wait 5s..."}},
-        Fault{"spool-overflow:at=2,count=2", true, true, 0, 6000,
-              {"Rx cmm spool overflow, sleep(3000)", "Tx Swath2(1) size:", "Rx cmm spool overflow, sleep(3000)",
-               "Tx Swath2(2) size:"}},
-        Fault{"pause:at=3,ms=9000", true, true, 0, 4000,
-              {"CMM1: Pause-1, Cancel-0", "Rx JOBS_Pause, size:", "CMM1: Pause-0, Cancel-0", "Rx 作业结束"}},
-        Fault{"cancel:at=3", true, false, 0, 0, {"Cancel-1", "Task end(3)!", "jobend: "}},
-        Fault{"unplug:at=12,ms=5500", true, true, 0, 4000, {"重新连接...", "第1连接失败(", "连接1成功!", "Rx 作业结束"}},
-        Fault{"unplug:at=12,ms=0", true, false, 2, 30000,
-              {"第5连接失败(", "连接失败", "Error: Can't link", "重新连接失败!", "Error: Can't link", "Task end(1)!"}}));
+    testing::Values(Fault{"connect-refused:count=3,status=0x54",
+                          true,
+                          true,
+                          0,
+                          6000,
+                          {"Rx 打印机未进入工作状态: 4-5 ", "Rx 打印机未进入工作状态: 4-5 ",
+                           "Job start", "Rx 作业结束", "jobend: "}},
+                    Fault{"connect-refused:count=1,status=0x21",
+                          false,
+                          false,
+                          0,
+                          0,
+                          {"Rx 打印机未进入工作状态: 1-2 ", "FW错误 REPLY FAIL", "指令(2)执行失败",
+                           "jobend: "}},
+                    Fault{"buffer-full:at=2,count=25",
+                          true,
+                          true,
+                          0,
+                          12000,
+                          {"Fw buffer wait 5s...", "Fw buffer wait 5s..."}},
+                    Fault{"spool-overflow:at=2,count=2",
+                          true,
+                          true,
+                          0,
+                          6000,
+                          {"Rx cmm spool overflow, sleep(3000)", "Tx Swath2(1) size:",
+                           "Rx cmm spool overflow, sleep(3000)", "Tx Swath2(2) size:"}},
+                    Fault{"pause:at=3,ms=9000",
+                          true,
+                          true,
+                          0,
+                          4000,
+                          {"CMM1: Pause-1, Cancel-0",
+                           "Rx JOBS_Pause, size:", "CMM1: Pause-0, Cancel-0", "Rx 作业结束"}},
+                    Fault{
+                        "cancel:at=3", true, false, 0, 0, {"Cancel-1", "Task end(3)!", "jobend: "}},
+                    Fault{"unplug:at=12,ms=5500",
+                          true,
+                          true,
+                          0,
+                          4000,
+                          {"重新连接...", "第1连接失败(", "连接1成功!", "Rx 作业结束"}},
+                    Fault{"unplug:at=12,ms=0",
+                          true,
+                          false,
+                          2,
+                          30000,
+                          {"第5连接失败(", "连接失败", "Error: Can't link", "重新连接失败!",
+                           "Error: Can't link", "Task end(1)!"}}));
 
 TEST(SkippedEnd, TheNextStartEndsTheJobAndTheOneAfterPrints) {
   const LogFolder folder;
@@ -104,7 +139,8 @@ TEST(Replay, TheSameSeedGivesTheSameBytesAndTheSameLog) {
   }
   ASSERT_EQ(transfers[0].size(), transfers[1].size());
   // The sequence numbers go on from job to job; all other words must be the same.
-  for (std::size_t i = 0; i < transfers[0].size(); ++i) ASSERT_EQ(transfers[0][i].size(), transfers[1][i].size());
+  for (std::size_t i = 0; i < transfers[0].size(); ++i)
+    ASSERT_EQ(transfers[0][i].size(), transfers[1][i].size());
   EXPECT_EQ(logs[0], logs[1]);
 }
 

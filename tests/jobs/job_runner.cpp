@@ -72,11 +72,12 @@ const std::uint8_t* RandomImage::Line(int plane, std::uint32_t line) const {
 
 std::string Describe(const JobPlan& plan) {
   std::ostringstream text;
-  text << plan.resolution << " dpi, " << (plan.lineApi ? "line" : "stream") << ", " << plan.widthPixels << "x"
-       << plan.lines << ", bidirectional " << plan.machine.bidirectional << ", fixed "
-       << int{plan.machine.fixedDir} << ", mirrored " << plan.machine.mirroredHeads << ", feather "
-       << int{plan.machine.featherPercent} << ", gaps " << int{plan.machine.headGapX[0]} << "/"
-       << int{plan.machine.headGapY[0]} << ", seed " << plan.seed;
+  text << plan.resolution << " dpi, " << (plan.lineApi ? "line" : "stream") << ", "
+       << plan.widthPixels << "x" << plan.lines << ", bidirectional " << plan.machine.bidirectional
+       << ", fixed " << int{plan.machine.fixedDir} << ", mirrored " << plan.machine.mirroredHeads
+       << ", feather " << int{plan.machine.featherPercent} << ", gaps "
+       << int{plan.machine.headGapX[0]} << "/" << int{plan.machine.headGapY[0]} << ", seed "
+       << plan.seed;
   return text.str();
 }
 
@@ -95,10 +96,13 @@ LogFolder::~LogFolder() {
 
 std::vector<std::string> LogFolder::Logs() const {
   std::vector<fs::path> paths;
-  for (const auto& entry : fs::directory_iterator(folder_ / "c:/p2debug")) paths.push_back(entry.path());
+  for (const auto& entry : fs::directory_iterator(folder_ / "c:/p2debug"))
+    paths.push_back(entry.path());
   // The plain name of a minute comes before its numbered ones.
   std::sort(paths.begin(), paths.end(), [](const fs::path& a, const fs::path& b) {
-    const auto key = [](const fs::path& path) { return std::make_pair(path.stem().string().size(), path); };
+    const auto key = [](const fs::path& path) {
+      return std::make_pair(path.stem().string().size(), path);
+    };
     return key(a) < key(b);
   });
   std::vector<std::string> logs;
@@ -142,7 +146,8 @@ JobOutcome RunJob(const JobPlan& plan) {
   outcome.violation = printer.Violation();
   outcome.transfers = printer.Transfers();
   if (printer.BasePassCount() != 0) {
-    outcome.comparison = Compare(image, printer.CurrentPaper(), plan.machine, printer.BasePassCount());
+    outcome.comparison =
+        Compare(image, printer.CurrentPaper(), plan.machine, printer.BasePassCount());
   }
   return outcome;
 }

@@ -1,4 +1,5 @@
-// Runs whole jobs through the exports on a virtual printer in virtual time, and tells what came of them.
+// Runs whole jobs through the exports on a virtual printer in virtual time, and tells what came of
+// them.
 #ifndef QRN_TESTS_JOBS_JOB_RUNNER_H_
 #define QRN_TESTS_JOBS_JOB_RUNNER_H_
 
@@ -13,7 +14,8 @@
 #include "sim/quirks.h"
 #include "sim/virtual_printer.h"
 
-// A random image: planes and bands of lines stay blank here and there, the rest holds all drop levels.
+// A random image: planes and bands of lines stay blank here and there, the rest holds all drop
+// levels.
 class RandomImage : public qrn::sim::RasterSource {
  public:
   RandomImage(std::uint32_t widthPixels, std::uint32_t lines, std::uint64_t seed);
@@ -63,7 +65,8 @@ class LogFolder {
   std::filesystem::path before_, folder_;
 };
 
-// Hands the whole image over and ends the job (unless the plan skips that). Needs a LogFolder for the log.
+// Hands the whole image over and ends the job (unless the plan skips that). Needs a LogFolder for
+// the log.
 JobOutcome RunJob(const JobPlan& plan);
 
 #endif  // QRN_TESTS_JOBS_JOB_RUNNER_H_

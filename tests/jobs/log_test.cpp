@@ -41,7 +41,8 @@ TEST(GoodStart, WritesItsLinesInOrderAndInTheRightBytes) {
       "Tx Cmm 3-3(0)\r\n",
       "Job start\r\n",
       "Rip last swath 100-100\r\n",
-      "Create Swath1, 1, pos:",
+      // (3628 + 0) / 9.6; (3628 + (48 + 1984) x 4) / 9.6 + 902 / 4.8
+      "Create Swath1, 0, pos:377-1412 Csteps:1800, lines:90\r\n",
       "\r\nWait swath Queue sended.",
       "All swath sended!\r\n",
       "Tx Cmm 5-5(0)\r\n",
@@ -57,7 +58,8 @@ TEST(GoodStart, WritesItsLinesInOrderAndInTheRightBytes) {
     at = found + 1;
   }
   // Nothing of the start stands twice.
-  for (const char* once : {"Lanternfly", "Connect\r\n", "Job create\r\n", "Job start\r\n", "mem: malloc"}) {
+  for (const char* once :
+       {"Lanternfly", "Connect\r\n", "Job create\r\n", "Job start\r\n", "mem: malloc"}) {
     EXPECT_EQ(log.find(once), log.rfind(once)) << once;
   }
 }

@@ -1,4 +1,5 @@
-// Whole jobs on paper: every cell carries the ink that was asked for, in every mode that two heads print.
+// Whole jobs on paper: every cell carries the ink that was asked for, in every mode that two heads
+// print.
 #include <gtest/gtest.h>
 
 #include "jobs/job_runner.h"
@@ -45,16 +46,17 @@ TEST_P(EveryMode, PrintsEveryCellInEachDirectionAndHeadForm) {
 
 TEST_P(EveryMode, PrintsEveryCellWithHeadGapsFeatheringAndOtherInkOrders) {
   std::uint64_t seed = TestSeed();
-  for (const std::uint8_t featherPercent : {0, 10, 50, 98}) {
+  for (const int featherPercent : {0, 10, 50, 98}) {
     JobPlan plan;
     plan.resolution = GetParam();
     plan.seed = ++seed;
-    plan.machine.featherPercent = featherPercent;
+    plan.machine.featherPercent = static_cast<std::uint8_t>(featherPercent);
     plan.machine.headGapX.fill(static_cast<std::uint8_t>(seed % 256));
     plan.machine.headGapY.fill(static_cast<std::uint8_t>(seed % 61));
     plan.machine.biDirShift.fill(static_cast<std::uint8_t>(20 + seed % 30));
     plan.machine.flashEvery = 2;
-    if (featherPercent == 10) plan.machine.inkOrder = {{{7, 3, 2, 1, 7, 2, 3, 1}, {0, 4, 0, 5, 6, 6, 5, 4}}};
+    if (featherPercent == 10)
+      plan.machine.inkOrder = {{{7, 3, 2, 1, 7, 2, 3, 1}, {0, 4, 0, 5, 6, 6, 5, 4}}};
     ExpectPrintedRight(plan);
   }
 }

@@ -1,0 +1,122 @@
+#include "sim/carriage.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace qrn::sim {
+namespace {
+
+constexpr std::size_t kColumnBytes = 720, kPlaneBytes = 360;
+constexpr std::int32_t kNozzles = 180;
+constexpr std::int32_t kHeadLines = 360;
+constexpr std::int64_t kOriginPos = 377;  // 64 mm on the wire's scale of 1/150 inch
+constexpr std::int64_t kPosPerInch = 150;
+constexpr double kShortGapInch = 53.0 / 600, kLongGapInch = 180.0 / 600;
+constexpr std::array<std::uint32_t, 4> kResolutions = {1080, 1440, 1620, 2160};
+constexpr std::array<std::uint32_t, 4> kPassCounts = {3, 4, 6, 8};
+constexpr std::array<std::int32_t, 4> kHeadDistanceColumns = {1984, 1984, 1488, 1488};  // 140 mm
+constexpr std::array<std::array<std::uint8_t, 8>, 2> kFactoryInkOrder = {
+    {{3, 3, 0, 0, 4, 4, 7, 7}, {1, 1, 5, 5, 2, 2, 6, 6}}};
+
+std::int64_t FloorDiv(std::int64_t value, std::int64_t divisor) {
+  const std::int64_t quotient = value / divisor;
+  return value % divisor < 0 ? quotient - 1 : quotient;
+}
+
+// By which a row stands behind its head's reference, to the nearest column. Whole columns count from row 7, in a head
+// that is built the other way round too.
+std::int32_t StaggerColumns(std::size_t row, bool mirrored, double columnsPerInch) {
+  const auto standard = [columnsPerInch](std::size_t r) {
+    const auto shortGaps = static_cast<double>((8 - r) / 2), longGaps = static_cast<double>((7 - r) / 2);
+    const double inch = shortGaps * kShortGapInch + longGaps * kLongGapInch;
+    return static_cast<std::int32_t>(std::lround(inch * columnsPerInch));
+  };
+  return mirrored ? standard(0) - standard(row) : standard(row);
+}
+
+}  // namespace
+
+int ResolutionIndexOf(std::uint32_t resolution) {
+  const auto* found = std::find(kResolutions.begin(), kResolutions.end(), resolution);
+  return found != kResolutions.end() ? static_cast<int>(found - kResolutions.begin()) : -1;
+}
+
+std::uint32_t BasePassCountOf(std::uint32_t resolution) {
+  const int index = ResolutionIndexOf(resolution);
+  return index >= 0 ? kPassCounts[static_cast<std::size_t>(index)] : 0;
+}
+
+Carriage::Carriage(const Machine& machine, std::uint32_t resolution)
+    : resolution_(resolution), passCount_(BasePassCountOf(resolution)) {
+  const auto index = static_cast<std::size_t>(ResolutionIndexOf(resolution));
+  const double columnsPerInch = static_cast<double>(resolution) / passCount_;
+  const bool unset = machine.inkOrder == decltype(machine.inkOrder){};
+  const auto& order = unset && machine.heads == Heads::kBoth ? kFactoryInkOrder : machine.inkOrder;
+  std::array<int, kInks> rowsSeen{};
+  // The second row of an ink stands half a nozzle pitch above the first, so going backwards the
+  // first one met is upper.
+  for (std::size_t i = 16; i-- > 0;) {
+    const std::size_t head = i / 8, slot = i % 8;
+    NozzleRow& row = rows_[head][slot];
+    row.plane = order[head][slot] & 7;
+    row.column = StaggerColumns(slot, machine.mirroredHeads, columnsPerInch);
+    if (head == 1) row.column += kHeadDistanceColumns[index] + machine.headGapX[index];
+    row.line = rowsSeen[static_cast<std::size_t>(row.plane)]++ == 0 ? 0 : 1;
+    if (head == 0) row.line += kHeadLines - machine.headGapY[index];
+  }
+}
+
+std::uint64_t Carriage::Print(const PassCommand& pass, const std::vector<std::uint8_t>& columns,
+                              Paper& paper) {
+  // The grid is the encoder's: a pass starts on the grid column at or before its start position.
+  const std::int64_t start =
+      FloorDiv((pass.startPos - kOriginPos) * resolution_, kPosPerInch * passCount_);
+  std::uint64_t ink = 0;
+  for (std::size_t head = 0; head < rows_.size(); ++head) {
+    ink += PrintHead(head, static_cast<std::int32_t>(start), pass.direction, columns, paper);
+  }
+  stepsFed_ += pass.feedSteps;
+  return ink;
+}
+
+std::uint64_t Carriage::PrintHead(std::size_t head, std::int32_t gridStart, int direction,
+                                  const std::vector<std::uint8_t>& columns, Paper& paper) {
+  const auto columnCount =
+      static_cast<std::int32_t>((columns.size() + kColumnBytes - 1) / kColumnBytes);
+  const std::int32_t step = direction == 0 ? 1 : -1;
+  const std::int32_t gridEnd = gridStart + step * (columnCount - 1);
+  const auto line = static_cast<std::int32_t>((stepsFed_ + kStepsPerLine / 2) / kStepsPerLine);
+  std::array<std::array<InkRow*, kNozzles>, 8> targets{};
+  std::uint64_t ink = 0;
+
+  const auto fire = [&](std::size_t nozzle, unsigned rowBits, std::int32_t grid,
+                        std::uint8_t amount) {
+    for (; rowBits != 0; rowBits &= rowBits - 1) {
+      const auto slot = static_cast<std::size_t>(std::countr_zero(rowBits));
+      const NozzleRow& row = rows_[head][slot];
+      InkRow*& target = targets[slot][nozzle];
+      if (target == nullptr) {
+        target = &paper.Prepare(
+            row.plane, direction, line + row.line + 2 * static_cast<std::int32_t>(nozzle),
+            std::min(gridStart, gridEnd) - row.column, std::max(gridStart, gridEnd) - row.column);
+      }
+      AddInk(*target, grid - row.column, amount);
+      ink += amount;
+    }
+  };
+  for (std::int32_t column = 0; column < columnCount; ++column) {
+    const std::size_t begin = static_cast<std::size_t>(column) * kColumnBytes;
+    const std::size_t end = std::min(begin + kColumnBytes, columns.size());
+    const std::int32_t grid = gridStart + step * column;
+    for (std::size_t at = begin + head; at < end; at += 2) {
+      if (columns[at] == 0) continue;
+      const std::size_t inColumn = at - begin;
+      const bool plane0 = inColumn < kPlaneBytes;
+      fire(inColumn % kPlaneBytes / 2, columns[at], grid, plane0 ? 2 : 1);
+    }
+  }
+  return ink;
+}
+
+}  // namespace qrn::sim

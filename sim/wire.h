@@ -1,0 +1,66 @@
+// The wire as the printer's USB function sees it: takes bulk writes apart, as strictly as the
+// frames allow, into messages, and packs replies into packets. It shares nothing with the driver's
+// own framing.
+#ifndef QRN_SIM_WIRE_H_
+#define QRN_SIM_WIRE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qrn::sim {
+
+struct WireMessage {
+  bool isData = false;  // swath data, else a command block
+  std::vector<std::uint8_t> bytes;
+};
+
+class WireReceiver {
+ public:
+  // Takes one bulk write; the message that it completes, if any, is appended.
+  void Take(const std::uint8_t* data, std::size_t bytes, std::vector<WireMessage>* messages);
+  // The link was opened anew: a message that was not complete comes again from its start.
+  void Reopened() { partial_ = Partial{}; }
+  // The first violation with its place; "" if none.
+  const std::string& Violation() const { return violation_; }
+
+ private:
+  struct Frame {
+    std::uint16_t type, kind, sequence, index, chunkWords, chunkCount;
+    std::uint32_t lengthWords;
+  };
+  struct Partial {  // the message in progress
+    bool open = false;
+    Frame first{};
+    std::uint16_t nextIndex = 0;
+    std::vector<std::uint8_t> bytes;
+  };
+
+  bool Fail(const std::string& what);
+  bool ReadFrame(const std::uint8_t* bytes, std::size_t place, Frame* frame);
+  bool TakePacket(const std::uint8_t* data, std::size_t bytes, std::vector<WireMessage>* messages);
+  bool TakeGroup(const std::uint8_t* data, std::size_t bytes, std::vector<WireMessage>* messages);
+  bool CheckChunk(const Frame& frame, std::uint32_t words, std::uint32_t wordsMax);
+  void Append(const Frame& frame, const std::uint8_t* payload, std::uint32_t words,
+              std::vector<WireMessage>* messages);
+
+  Partial partial_;
+  bool numbered_ = false;  // a first message has come
+  std::uint16_t nextSequence_ = 0;
+  std::uint64_t writes_ = 0;
+  std::string violation_;
+};
+
+// Packs one reply into 128-byte packets.
+class ReplyPacker {
+ public:
+  std::vector<std::vector<std::uint8_t>> Pack(const std::vector<std::uint8_t>& reply);
+
+ private:
+  std::uint16_t sequence_ = 1;
+};
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_WIRE_H_

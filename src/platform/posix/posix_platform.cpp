@@ -1,0 +1,175 @@
+#include "platform/posix/posix_platform.h"
+
+#include <pthread.h>
+#include <sys/stat.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+namespace qrn {
+namespace {
+
+constexpr UsbList kTheList = 1;
+constexpr std::uint32_t kLocaleEnglish = 0x0409;
+constexpr std::uint32_t kLocaleChinese = 0x0804;
+constexpr std::uint32_t kErrorNoDeviceCode = 1167;  // as the Windows error that stands for it
+constexpr std::uint32_t kTransferNapMs = 5;  // a waiting transfer looks again at least this often
+
+thread_local std::uint32_t t_lastError = 0;
+
+struct StartedThread {
+  pthread_t id;
+  void (*procedure)(void*);
+  void* argument;
+};
+
+void* RunThread(void* started) {
+  auto* thread = static_cast<StartedThread*>(started);
+  thread->procedure(thread->argument);
+  return nullptr;
+}
+
+// A cancellation point, so that a thread that is to end by force ends here.
+void Nap(std::uint32_t ms) {
+  timespec left{static_cast<time_t>(ms / 1000), static_cast<long>(ms % 1000) * 1'000'000};
+  while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+  }
+}
+
+// Calls a transfer step until it is no longer waiting.
+template <class Step>
+bool Complete(Platform& platform, Step step) {
+  for (;;) {
+    const std::uint32_t now = platform.TickMs();
+    const UsbStep result = step(now);
+    if (result.state != UsbStep::kWait) {
+      t_lastError = result.state == UsbStep::kFailed ? result.value : 0;
+      return result.state == UsbStep::kDone;
+    }
+    Nap(std::clamp<std::uint32_t>(result.value - now, 1, kTransferNapMs));
+  }
+}
+
+bool NoDevice() {
+  t_lastError = kErrorNoDeviceCode;
+  return false;
+}
+
+}  // namespace
+
+PosixPlatform& ThePosixPlatform() {
+  static PosixPlatform platform;
+  return platform;
+}
+
+Platform& SystemPlatform() { return ThePosixPlatform(); }
+
+void PosixPlatform::HandleBoxes(BoxHandler handler, void* context) {
+  boxHandler_ = handler;
+  boxContext_ = context;
+}
+
+UsbList PosixPlatform::UsbListOpen() {
+  return port_ == nullptr || port_->Listable(TickMs()) ? kTheList : 0;
+}
+
+UsbPathStatus PosixPlatform::UsbListPath(UsbList, std::uint32_t index, const char** path) {
+  *path = port_ != nullptr ? port_->PathAt(index, TickMs()) : nullptr;
+  if (*path == nullptr) return UsbPathStatus::kEnd;
+  return **path != '\0' ? UsbPathStatus::kPath : UsbPathStatus::kUnreadable;
+}
+
+void PosixPlatform::UsbListClose(UsbList) {}
+
+DeviceHandle PosixPlatform::DeviceOpen(const char* path) {
+  return port_ != nullptr ? port_->Open(path, TickMs(), &t_lastError) : 0;
+}
+
+void PosixPlatform::DeviceClose(DeviceHandle device) {
+  if (port_ != nullptr) port_->Close(static_cast<std::uint32_t>(device), TickMs());
+}
+
+bool PosixPlatform::BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) {
+  if (port_ == nullptr) return NoDevice();
+  return Complete(*this, [=, this](std::uint32_t now) {
+    return port_->Write(static_cast<std::uint32_t>(device), static_cast<const std::uint8_t*>(data),
+                        bytes, now);
+  });
+}
+
+bool PosixPlatform::BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) {
+  if (port_ == nullptr) return NoDevice();
+  return Complete(*this, [=, this](std::uint32_t now) {
+    return port_->Read(static_cast<std::uint32_t>(device), static_cast<std::uint8_t*>(data), bytes,
+                       now);
+  });
+}
+
+std::uint32_t PosixPlatform::LastError() { return t_lastError; }
+
+std::uint32_t PosixPlatform::TickMs() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<std::uint32_t>(static_cast<std::uint64_t>(now.tv_sec) * 1000u +
+                                    static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000u);
+}
+
+void PosixPlatform::SleepMs(std::uint32_t ms) { Nap(ms); }
+
+LocalTime PosixPlatform::LocalTimeNow() {
+  const time_t now = time(nullptr);
+  tm parts{};
+  localtime_r(&now, &parts);
+  const auto u16 = [](int value) { return static_cast<std::uint16_t>(value); };
+  return {u16(parts.tm_year + 1900), u16(parts.tm_mon + 1), u16(parts.tm_mday),
+          u16(parts.tm_hour),        u16(parts.tm_min),     u16(parts.tm_sec)};
+}
+
+ThreadHandle PosixPlatform::ThreadStart(void (*procedure)(void*), void* argument) {
+  auto* thread = new (std::nothrow) StartedThread{{}, procedure, argument};
+  if (thread == nullptr) return 0;
+  if (pthread_create(&thread->id, nullptr, RunThread, thread) != 0) {
+    delete thread;
+    return 0;
+  }
+  return reinterpret_cast<ThreadHandle>(thread);
+}
+
+// A process without rights keeps the normal priority, and prints all the same.
+void PosixPlatform::ThreadRaisePriority(ThreadHandle) {}
+
+void PosixPlatform::ThreadTerminate(ThreadHandle thread) {
+  (void)pthread_cancel(
+      reinterpret_cast<StartedThread*>(thread)->id);  // one that has just ended cannot be cancelled
+}
+
+void PosixPlatform::ThreadRelease(ThreadHandle thread) {
+  auto* started = reinterpret_cast<StartedThread*>(thread);
+  pthread_join(started->id, nullptr);
+  delete started;
+}
+
+std::uint32_t PosixPlatform::SystemLocaleId() {
+  const char* language = std::getenv("LANG");
+  const bool chinese = language != nullptr && language[0] == 'z' && language[1] == 'h';
+  return chinese ? kLocaleChinese : kLocaleEnglish;
+}
+
+void PosixPlatform::ShowBox(const char* text, const char* caption) {
+  if (boxHandler_ != nullptr) {
+    boxHandler_(boxContext_, text, caption);
+  } else {
+    std::fprintf(stderr, "%s: %s\n", caption, text);
+  }
+}
+
+bool PosixPlatform::PathExists(const char* path) {
+  struct stat ignored {};
+  return stat(path, &ignored) == 0;
+}
+
+}  // namespace qrn
