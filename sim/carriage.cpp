@@ -24,11 +24,12 @@ std::int64_t FloorDiv(std::int64_t value, std::int64_t divisor) {
   return value % divisor < 0 ? quotient - 1 : quotient;
 }
 
-// By which a row stands behind its head's reference, to the nearest column. Whole columns count from row 7, in a head
-// that is built the other way round too.
+// By which a row stands behind its head's reference, to the nearest column. Whole columns count
+// from row 7, in a head that is built the other way round too.
 std::int32_t StaggerColumns(std::size_t row, bool mirrored, double columnsPerInch) {
   const auto standard = [columnsPerInch](std::size_t r) {
-    const auto shortGaps = static_cast<double>((8 - r) / 2), longGaps = static_cast<double>((7 - r) / 2);
+    const auto shortGaps = static_cast<double>((8 - r) / 2),
+               longGaps = static_cast<double>((7 - r) / 2);
     const double inch = shortGaps * kShortGapInch + longGaps * kLongGapInch;
     return static_cast<std::int32_t>(std::lround(inch * columnsPerInch));
   };

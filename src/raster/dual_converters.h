@@ -19,7 +19,8 @@ namespace qrn {
 // kGroupBytes  input bytes that yield a whole number of columns
 // kNeedBytes   bytes of a group that must lie in front of the line's end for the group to be walked
 // ReverseGroups(W)       groups by which the reverse columns start, for a line of W bytes
-// kReverseLead           columns behind a group's start at which its first pixel lands in reverse; the others follow
+// kReverseLead           columns behind a group's start at which its first pixel lands in reverse;
+// the others follow
 //                        towards column 0
 // MaskByte(i, x, byte)   byte of feather mask i over byte `byte` (0 = first) of the group at byte x
 struct Dual3 {

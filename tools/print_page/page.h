@@ -1,0 +1,56 @@
+// One page as it is handed to the driver: eight colour slots of 2-bit pixels, blank slots without
+// bytes.
+#ifndef QRN_TOOLS_PRINT_PAGE_PAGE_H_
+#define QRN_TOOLS_PRINT_PAGE_PAGE_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "sim/compare.h"
+
+namespace qrn::tool {
+
+constexpr std::size_t kSlots = 8;
+constexpr int kBlank = -1;
+// Raster plane that feeds each colour slot; kBlank = none.
+using SlotMap = std::array<int, kSlots>;
+
+// Pixels come in groups of 48 that every mode prints whole.
+constexpr std::uint32_t kWidthUnit = 48;
+constexpr std::uint32_t WidenedWidth(std::uint32_t width) {
+  return (width + kWidthUnit - 1) / kWidthUnit * kWidthUnit;
+}
+
+// A page as it was read: planes of 2-bit pixels, four a byte, leftmost in the highest bits, lines
+// of a widened width.
+struct RasterPage {
+  std::uint32_t width = 0;  // pixels, before widening
+  std::uint32_t lines = 0;
+  std::uint32_t linesRead = 0;  // fewer when the raster ended early; the rest is blank
+  std::vector<std::vector<std::uint8_t>> planes;  // an empty one is blank
+
+  std::uint32_t LineBytes() const { return WidenedWidth(width) / 4; }
+};
+
+// The page seen through a slot map.
+class SlotPage : public sim::RasterSource {
+ public:
+  SlotPage(const RasterPage& page, const SlotMap& slots) : page_(page), slots_(slots) {}
+  std::uint32_t Lines() const override { return page_.lines; }
+  std::uint32_t LineBytes() const override { return page_.LineBytes(); }
+  const std::uint8_t* Line(int slot, std::uint32_t line) const override;
+
+ private:
+  const RasterPage& page_;
+  SlotMap slots_;
+};
+
+// Reduces 8 bits of ink to a drop level 0..3, dithered by place: the average level over an 8 x 8
+// field is the ink's share of 3. 0 stays 0, 255 becomes 3.
+std::uint8_t LevelOf(std::uint8_t ink, std::uint32_t x, std::uint32_t y);
+
+}  // namespace qrn::tool
+
+#endif  // QRN_TOOLS_PRINT_PAGE_PAGE_H_

@@ -1,0 +1,78 @@
+#include "print_page/summary.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace qrn::tool {
+namespace {
+
+constexpr double kMmPerInch = 25.4;
+constexpr double kLinesPerInch = 360;
+constexpr int kBarChars = 30;
+
+template <class... Values>
+std::string Format(const char* format, Values... values) {
+  char text[400];
+  std::snprintf(text, sizeof text, format, values...);
+  return text;
+}
+
+using Count = unsigned long long;
+
+std::string Verdict(const PageReport& report) {
+  if (!report.verified) return "not compared";
+  const sim::Comparison& found = report.comparison;
+  std::string text =
+      Format("%llu of %llu cells differ (line origin %d", static_cast<Count>(found.differingCells),
+             static_cast<Count>(found.cells), found.lineOrigin);
+  text += found.reverseFound ? Format(", reverse shift %d columns)", found.reverseShift)
+                             : std::string(")");
+  if (found.differingCells != 0) text += "\n             first: " + found.firstDifference;
+  if (found.differingCells != 0 && !found.reason.empty())
+    text += "\n             reason: " + found.reason;
+  return text;
+}
+
+}  // namespace
+
+bool Succeeded(const PageReport& report) {
+  const bool equal = !report.verified || report.comparison.differingCells == 0;
+  return report.completed && report.violation.empty() && equal;
+}
+
+std::string SummaryOf(const PageReport& report) {
+  const sim::PrinterStats& stats = report.stats;
+  std::string text = Format("paper        %.1f x %.1f mm, %u x %u pixels at %u x 360 dpi\n",
+                            report.widthPixels * kMmPerInch / report.resolution,
+                            report.lines * kMmPerInch / kLinesPerInch, report.widthPixels,
+                            report.lines, report.resolution);
+  text +=
+      Format("printed      %u lines, %u passes with ink, %u swaths, %u of them feed only\n",
+             report.lines, stats.swaths - stats.feedOnlySwaths, stats.swaths, stats.feedOnlySwaths);
+  text += Format("wire         %llu bytes out, %llu bytes in\n",
+                 static_cast<Count>(stats.bytesReceived), static_cast<Count>(stats.bytesSent));
+  text += Format("time         %.2f s wall, %.2f s CPU\n", report.wallSeconds, report.cpuSeconds);
+  text += "comparison   " + Verdict(report) + "\n";
+  if (!report.completed) text += "job          not completed: see the messages and the job log\n";
+  if (!report.violation.empty()) text += "violation    " + report.violation + "\n";
+  return text;
+}
+
+ProgressBar::ProgressBar(std::uint32_t lines)
+    : lines_(lines), terminal_(isatty(STDERR_FILENO) == 1) {}
+
+ProgressBar::~ProgressBar() {
+  if (terminal_) std::fputs("\r\033[K", stderr);
+}
+
+void ProgressBar::Show(std::uint32_t lines, const sim::PrinterStats& stats) {
+  if (!terminal_ || lines_ == 0) return;
+  const int filled = static_cast<int>(std::uint64_t{kBarChars} * lines / lines_);
+  std::string bar(static_cast<std::size_t>(filled), '#');
+  bar.resize(kBarChars, '.');
+  std::fprintf(stderr, "\r[%s] %u/%u lines, %u swaths, ink %llu", bar.c_str(), lines, lines_,
+               stats.swaths, static_cast<Count>(stats.inkLaid));
+}
+
+}  // namespace qrn::tool

@@ -1,0 +1,42 @@
+// What print-page tells: a progress bar on a terminal, and a summary at the end of each page.
+#ifndef QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
+#define QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
+
+#include <cstdint>
+#include <string>
+
+#include "sim/compare.h"
+#include "sim/virtual_printer.h"
+
+namespace qrn::tool {
+
+struct PageReport {
+  std::uint32_t resolution = 0, widthPixels = 0, lines = 0;
+  sim::PrinterStats stats;  // of this page alone
+  double wallSeconds = 0, cpuSeconds = 0;
+  bool completed = false;  // the printer answered the job's end
+  std::string violation;   // of framing or protocol; "" = none
+  bool verified = false;
+  sim::Comparison comparison;  // when verified
+};
+
+// All that was asked of the page came true.
+bool Succeeded(const PageReport& report);
+// Several lines of text.
+std::string SummaryOf(const PageReport& report);
+
+// Redraws one line on the terminal; does nothing when standard error is not one.
+class ProgressBar {
+ public:
+  explicit ProgressBar(std::uint32_t lines);
+  ~ProgressBar();
+  void Show(std::uint32_t lines, const sim::PrinterStats& stats);
+
+ private:
+  std::uint32_t lines_;
+  bool terminal_;
+};
+
+}  // namespace qrn::tool
+
+#endif  // QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
