@@ -69,6 +69,11 @@ class RowMixer {
   }
 
  private:
+  // The first column that lies in a pixel: PixelOf turned round.
+  std::int64_t FirstColumn(std::size_t pixel) const {
+    return (static_cast<std::int64_t>(pixel) * columns_ + width_ - 1) / width_;
+  }
+
   std::size_t PixelOf(std::int32_t column) const {
     return static_cast<std::size_t>(std::int64_t{column} * width_ / columns_);
   }
@@ -86,10 +91,10 @@ class RowMixer {
 
   // Inks lie on each other like filters on white.
   void Tint(std::uint32_t inkRgb, std::int32_t lines) {
-    const double columnsPerPixel = static_cast<double>(columns_) / width_;
-    const double full = columnsPerPixel * lines * options_.inkMax;
+    const double perColumn = static_cast<double>(lines) * options_.inkMax;
     for (std::size_t pixel = 0; pixel < sums_.size(); ++pixel) {
-      const auto cover = static_cast<float>(std::min(1.0, sums_[pixel] / full));
+      const auto columns = static_cast<double>(FirstColumn(pixel + 1) - FirstColumn(pixel));
+      const auto cover = static_cast<float>(std::min(1.0, sums_[pixel] / (columns * perColumn)));
       for (std::size_t channel = 0; channel < 3; ++channel) {
         const auto ink = static_cast<float>((inkRgb >> (16 - 8 * channel)) & 0xFFu) / 255.0f;
         rgb_[3 * pixel + channel] *= 1.0f - cover * (1.0f - ink);
