@@ -1,0 +1,172 @@
+// Lines, bands, and what moves between them.
+#include <cstring>
+#include <random>
+
+#include "params/feather_masks.h"
+#include "raster/band.h"
+#include "raster/job_memory.h"
+#include "raster/line_intake.h"
+#include "support/job_fixture.h"
+#include "support/test_seed.h"
+
+namespace qrn {
+namespace {
+
+// Two heads at 1440 dpi, 48 pixels wide. Nothing takes the swaths: jobs here stay below six of
+// them.
+class Intake : public JobFixture {
+ protected:
+  Intake() {
+    job.nResX = 1440;
+    job.nResY = 360;
+    job.nBitsPerPixel = 2;
+    job.nColors = 8;
+    job.nLineBits = 96;
+    job.lineStride = 12;
+    job.nHeight = 1000;
+    job.dualHead = 1;
+    job.passCount = 4;
+    job.passStep = 90;
+    job.swathH = 360;
+    job.historyRows = 720;
+    job.checkRows = 720;
+    job.resFactor = 4.8f;
+    job.rowOffset[0] = 40;
+    job.headGapX = 10;
+    std::memcpy(job.inkOrder, kOrder, sizeof kOrder);
+    BuildFeatherMasks(job);
+    AllocJobMem(job);
+    TakeLog();
+  }
+  ~Intake() override { FreeJobMem(job); }
+
+  std::uint8_t* Row(std::uint32_t plane, std::uint32_t row) {
+    return job.Mem.pPassBuffer[plane] + row * job.lineStride;
+  }
+
+  static constexpr std::uint8_t kOrder[2][8] = {{3, 3, 0, 0, 4, 4, 7, 7}, {1, 1, 5, 5, 2, 2, 6, 6}};
+  const std::uint8_t line[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+  const std::uint8_t blank[12] = {};
+};
+
+TEST_F(Intake, StoresLinesInTheBandAndCountsThemByTheLastColour) {
+  EXPECT_EQ(1, AddLine(job, 7, 12, line));   // completes line 0 at once
+  EXPECT_EQ(1, AddLine(job, 0, 5, line));    // lands in the next row, five bytes of it
+  EXPECT_EQ(1, AddLine(job, 7, 100, line));  // more than a line: cut
+  EXPECT_EQ(2u, job.linesReceived);
+  EXPECT_EQ(0, std::memcmp(Row(7, 720), line, 12));
+  EXPECT_EQ(0, std::memcmp(Row(0, 721), "\1\2\3\4\5\0\0", 7));
+  EXPECT_EQ(0, std::memcmp(Row(7, 722), blank, 12));
+}
+
+TEST_F(Intake, RefusesUnusableLinesAndLogsTheFirst) {
+  EXPECT_EQ(0, AddLine(job, 8, 12, line));
+  EXPECT_EQ(0, AddLine(job, 0xFFFFFFFF, 12, line));
+  EXPECT_EQ(0, AddLine(job, 0, 12, nullptr));
+  EXPECT_EQ("AddLine: unusable line, color:8, bytes:12\r\n", TakeLog());
+  job.linesReceived = job.nHeight;
+  EXPECT_EQ(1, AddLine(job, 8, 12, nullptr));  // the image is complete: ignored
+  FreeJobMem(job);
+  job.linesReceived = 0;
+  EXPECT_EQ(0, AddLine(job, 0, 12, line));
+  EXPECT_EQ(1, FlushLastBands(job));
+}
+
+TEST_F(Intake, OfAnyOrderStaysWithinTheBuffers) {
+  std::mt19937 random(static_cast<std::uint32_t>(TestSeed()));
+  job.nHeight = 0xFFFFFFFF;
+  job.nSwathLimit = 0;  // every pass is marked empty
+  std::vector<std::uint8_t> longLine(4096, 0xFF);
+  for (int call = 0; call < 20000; ++call) {
+    const auto color = static_cast<std::uint32_t>(random() % 12);
+    (void)AddLine(job, color, static_cast<std::uint32_t>(random() % 4096), longLine.data());
+    if (random() % 2000 == 0) (void)FlushLastBands(job);
+  }
+  EXPECT_GT(job.linesReceived, 1000u);
+}
+
+TEST_F(Intake, ShiftMovesOneBandAndClearsTheNext) {
+  for (std::uint32_t row = 0; row < 1440; ++row) {
+    for (std::uint32_t plane = 0; plane < 8; ++plane) {
+      std::memset(Row(plane, row), static_cast<int>(1 + (row + plane) % 251), job.lineStride);
+    }
+  }
+  ShiftPassBuffers(job);
+  for (std::uint32_t plane = 0; plane < 8; ++plane) {
+    for (std::uint32_t row = 0; row < 1440; ++row) {
+      const std::uint32_t wanted = row < 720 ? 1 + (row + 360 + plane) % 251 : 0;
+      ASSERT_EQ(wanted, Row(plane, row)[11]) << "plane " << plane << ", row " << row;
+    }
+  }
+}
+
+TEST_F(Intake, PassIsBlankOnlyWhenEveryRowItLooksAtIs) {
+  job.passRow = 90;
+  Row(2, 89)[11] = 1;
+  Row(2, 90 + 720)[0] = 1;
+  EXPECT_TRUE(IsPassBlank(job));
+  Row(5, 90)[0] = 1;
+  EXPECT_FALSE(IsPassBlank(job));
+  Row(5, 90)[0] = 0;
+  Row(7, 809)[11] = 0x40;
+  EXPECT_FALSE(IsPassBlank(job));
+  EXPECT_EQ(12u, job.passRightByte);
+  EXPECT_EQ(96u, job.passBits);
+}
+
+TEST_F(Intake, PassHasTheSizeOfImageStaggerAndGap) {
+  struct Case {
+    std::uint8_t passCount;
+    std::uint16_t gap;
+    std::uint32_t rightByte, bits, bytes;
+    std::uint16_t pad;
+  };
+  FreeJobMem(job);
+  job.nLineBits = 6000;
+  job.lineStride = 752;
+  for (const Case& expected :
+       {Case{4, 10, 760, 6080, 668160, 80}, Case{3, 0, 750, 6000, 840960, 60}}) {
+    job.passCount = expected.passCount;
+    job.passStep = static_cast<std::uint16_t>(360 / expected.passCount);
+    job.headGapX = expected.gap;
+    AllocJobMem(job);
+    Row(0, 700)[0] = 0xC0;
+    job.passNo = 0;
+    ConvertPass(job);
+    EXPECT_EQ(0, job.passEmpty);
+    EXPECT_EQ(expected.rightByte, job.passRightByte);
+    EXPECT_EQ(expected.bits, job.passBits);
+    EXPECT_EQ(expected.pad, job.passRowPad);
+    EXPECT_EQ(expected.bytes, job.passDataSize);
+    EXPECT_LE(job.passDataSize, job.printOutBufSize);
+  }
+}
+
+TEST_F(Intake, BandsRunTheirPassesAndTheFlushRunsFiveMore) {
+  for (int i = 0; i < 360; ++i) ASSERT_EQ(1, AddLine(job, 7, 12, blank));
+  EXPECT_EQ(4u, job.passNo);
+  EXPECT_EQ(360u, job.feedLine);
+  EXPECT_EQ(0, job.bandLine);
+  EXPECT_EQ(1, FlushLastBands(job));
+  EXPECT_EQ(24u, job.passNo);
+  EXPECT_EQ(0u, job.emptyPasses);
+  EXPECT_TRUE(HasLines(
+      TakeLog(), {"swath3 empty", "Rip last swath 360-1000", "swath4 empty", "swath23 empty"}));
+  job.dualHead = 0;
+  EXPECT_EQ(1, FlushLastBands(job));
+  EXPECT_EQ(40u, job.passNo);
+}
+
+TEST_F(Intake, StopsTheBandWhereASwathFails) {
+  job.bPrnCancel = 1;
+  Row(7, 500)[0] = 0xFF;
+  EXPECT_EQ(0, CompleteBand(job));
+  EXPECT_EQ(1u, job.passNo);
+  EXPECT_NE(0, Row(7, 500)[0] & 0x3F);  // not moved
+  TakeLog();
+  EXPECT_EQ(1, FlushLastBands(job));
+  EXPECT_EQ(1u, job.passNo);
+}
+
+}  // namespace
+}  // namespace qrn

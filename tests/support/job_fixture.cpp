@@ -1,0 +1,45 @@
+#include "support/job_fixture.h"
+
+#include <stdlib.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "support/log_text.h"
+
+namespace fs = std::filesystem;
+
+JobFixture::JobFixture() {
+  std::string name = (fs::temp_directory_path() / "qrn-test-XXXXXX").string();
+  folder = mkdtemp(name.data());
+  job = qrn::Job{};
+  job.nSwathLimit = 0xFFFFFFFF;
+  std::snprintf(job.szLogFile, sizeof job.szLogFile, "%s", (folder / "log.txt").c_str());
+  job.bLogOn = 1;
+}
+
+JobFixture::~JobFixture() {
+  job = qrn::Job{};
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);
+}
+
+std::string JobFixture::TakeLog() {
+  std::ifstream file(job.szLogFile, std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  fs::remove(job.szLogFile);
+  return CodePageToUtf8(bytes);
+}
+
+testing::AssertionResult HasLines(const std::string& log, const std::vector<std::string>& lines) {
+  std::size_t at = 0;
+  for (const std::string& line : lines) {
+    const std::size_t found = log.find(line, at);
+    if (found == std::string::npos) {
+      return testing::AssertionFailure() << "no \"" << line << "\" behind the lines before it in\n"
+                                         << log;
+    }
+    at = found + line.size();
+  }
+  return testing::AssertionSuccess();
+}

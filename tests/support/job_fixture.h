@@ -1,0 +1,30 @@
+// A cleared job on a fake platform, with its log in a private folder.
+#ifndef QRN_TESTS_SUPPORT_JOB_FIXTURE_H_
+#define QRN_TESTS_SUPPORT_JOB_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "host/job.h"
+#include "support/fake_platform.h"
+
+class JobFixture : public testing::Test {
+ protected:
+  JobFixture();
+  ~JobFixture() override;
+
+  // The log so far, in UTF-8, and forgets it.
+  std::string TakeLog();
+
+  qrn::FakePlatform platform;
+  qrn::Job& job = qrn::GetJob();
+  std::filesystem::path folder;
+};
+
+// True when `lines` stand in the log, one behind the other.
+testing::AssertionResult HasLines(const std::string& log, const std::vector<std::string>& lines);
+
+#endif  // QRN_TESTS_SUPPORT_JOB_FIXTURE_H_
