@@ -1,6 +1,7 @@
 #include "print_page/child_process.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,29 +9,39 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 
 extern char** environ;
 
 namespace qrn::tool {
-namespace {
 
-std::string ReadAll(int file) {
-  std::string text;
-  std::array<char, 4096> buffer;
-  for (ssize_t got = 0; (got = read(file, buffer.data(), buffer.size())) > 0;) {
-    text.append(buffer.data(), static_cast<std::size_t>(got));
+std::string ReasonIn(const std::string& messages) {
+  std::istringstream stream(messages);
+  std::string line, last;
+  while (std::getline(stream, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.empty()) continue;
+    if (line.find("rror") != std::string::npos) return line;
+    last = line;
   }
-  return text;
+  return last.empty() ? "failed without a message" : last;
 }
 
-std::string LastLine(std::string text) {
-  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-  return text.substr(text.rfind('\n') + 1);
+ChildProcess::~ChildProcess() {
+  CloseOutput();
+  if (child_ == 0) return;
+  kill(child_, SIGTERM);
+  waitpid(child_, nullptr, 0);
 }
 
-}  // namespace
+void ChildProcess::CloseOutput() {
+  if (output_ >= 0) close(output_);
+  output_ = -1;
+}
 
-bool RunProgram(const std::vector<std::string>& arguments, std::string* error) {
+bool ChildProcess::Start(const std::vector<std::string>& arguments, std::string* error) {
+  name_ = arguments[0];
   std::array<int, 2> pipeEnds{};
   if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     *error = std::strerror(errno);
@@ -40,27 +51,42 @@ bool RunProgram(const std::vector<std::string>& arguments, std::string* error) {
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDERR_FILENO);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, said_.c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
   std::vector<char*> argv;
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
-  pid_t child = 0;
-  const int failed = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
+  const int failed = posix_spawnp(&child_, argv[0], &actions, nullptr, argv.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   close(pipeEnds[1]);
-  std::string said;
+  output_ = pipeEnds[0];
+  if (failed == 0) return true;
+  child_ = 0;
+  CloseOutput();
+  *error = name_ + " cannot be started: " + std::strerror(failed);
+  return false;
+}
+
+std::size_t ChildProcess::Read(void* buffer, std::size_t bytes) {
+  ssize_t got = 0;
+  do {
+    got = read(output_, buffer, bytes);
+  } while (got < 0 && errno == EINTR);
+  return got > 0 ? static_cast<std::size_t>(got) : 0;
+}
+
+bool ChildProcess::Wait(std::string* error) {
+  std::array<char, 4096> dropped;
+  while (Read(dropped.data(), dropped.size()) != 0) {
+  }
+  CloseOutput();
   int status = 0;
-  if (failed == 0) {
-    said = ReadAll(pipeEnds[0]);
-    waitpid(child, &status, 0);
-  }
-  close(pipeEnds[0]);
-  if (failed != 0) {
-    *error = arguments[0] + " cannot be started: " + std::strerror(failed);
-    return false;
-  }
+  waitpid(child_, &status, 0);
+  child_ = 0;
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return true;
-  *error = arguments[0] + ": " + LastLine(said);
+  std::ostringstream messages;
+  messages << std::ifstream(said_).rdbuf();
+  *error = name_ + ": " + ReasonIn(messages.str());
   return false;
 }
 

@@ -1,15 +1,44 @@
-// Runs another program and waits for it, without a shell.
+// Runs another program without a shell.
 #ifndef QRN_TOOLS_PRINT_PAGE_CHILD_PROCESS_H_
 #define QRN_TOOLS_PRINT_PAGE_CHILD_PROCESS_H_
+
+#include <sys/types.h>
 
 #include <string>
 #include <vector>
 
 namespace qrn::tool {
 
-// False when it could not be started or did not end with 0; *error is then the last line that it
-// wrote to its standard error, or says that it is not installed. arguments[0] is looked up in PATH.
-bool RunProgram(const std::vector<std::string>& arguments, std::string* error);
+// A program whose standard output is read while it runs. What it says on standard error is kept in
+// a file, for a reason when it fails.
+class ChildProcess {
+ public:
+  // `said`: where its standard error goes, a file in a private folder.
+  explicit ChildProcess(std::string said) : said_(std::move(said)) {}
+  ~ChildProcess();  // ends it when nobody waited for it
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  // arguments[0] is looked up in PATH. False, with a reason, when it cannot be started.
+  bool Start(const std::vector<std::string>& arguments, std::string* error);
+  // The next bytes of its standard output; 0 at the end.
+  std::size_t Read(void* buffer, std::size_t bytes);
+  // Drops what it still writes and waits for its end. False when it did not end with 0; *error is
+  // then one line of what it said.
+  bool Wait(std::string* error);
+
+ private:
+  void CloseOutput();
+
+  std::string said_;
+  std::string name_;
+  pid_t child_ = 0;
+  int output_ = -1;
+};
+
+// The line of a program's messages that says what is wrong: the first that names an error, else the
+// last one.
+std::string ReasonIn(const std::string& messages);
 
 }  // namespace qrn::tool
 

@@ -12,7 +12,7 @@
 namespace qrn::tool {
 namespace {
 
-constexpr std::size_t kMagicBytes = 16;
+constexpr std::size_t kMagicBytes = 1024;
 
 struct CloseFile {
   void operator()(std::FILE* file) const {
@@ -27,10 +27,9 @@ std::string Quoted(const std::string& path, const std::string& reason) {
   return "'" + path + "': " + reason;
 }
 
-// 2 bits per colour, chunked, at the carriage's resolution; the document's page size, A4 where it
-// names none.
-std::vector<std::string> GhostscriptCommand(const std::string& document, std::uint32_t resolution,
-                                            const std::string& out) {
+// 2 bits per colour, plane by plane in each line, at the carriage's resolution; the document's page
+// size, A4 where it names none.
+std::vector<std::string> GhostscriptCommand(const std::string& document, std::uint32_t resolution) {
   return {"gs",
           "-q",
           "-dSAFER",
@@ -41,17 +40,26 @@ std::vector<std::string> GhostscriptCommand(const std::string& document, std::ui
           "-dEPSCrop",
           "-dcupsColorSpace=6",
           "-dcupsBitsPerColor=2",
-          "-dcupsColorOrder=0",
+          "-dcupsColorOrder=1",
           "-r" + std::to_string(resolution) + "x360",
-          "-sOutputFile=" + out,
+          "-sstdout=%stderr",  // messages; the raster alone goes to standard output
+          "-sOutputFile=-",
           "-f",
           document};
 }
 
-// Transparency lies on white.
+// Transparency lies on white, in each of the file's pictures.
 std::vector<std::string> PictureCommand(const std::string& picture, const std::string& out) {
-  return {"gm",       "convert",   picture, "-background", "white",
-          "-flatten", "-compress", "Zip",   "pdf:" + out};
+  return {"gm", "convert", picture, "-background", "white", "-extent", "0x0", "-compress", "Zip",
+          "pdf:" + out};
+}
+
+// What GraphicsMagick calls the format, so that it does not guess; "" = not a picture.
+std::string PictureFormat(const std::string& firstBytes) {
+  if (Starts(firstBytes, "\x89PNG")) return "png";
+  if (Starts(firstBytes, "\xFF\xD8\xFF")) return "jpeg";
+  if (Starts(firstBytes, "II*") || Starts(firstBytes, "MM") && firstBytes.substr(2, 2) == std::string("\0*", 2)) return "tiff";
+  return "";
 }
 
 }  // namespace

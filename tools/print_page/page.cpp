@@ -20,7 +20,8 @@ const std::uint8_t* SlotPage::Line(int slot, std::uint32_t line) const {
   const int plane = slots_[static_cast<std::size_t>(slot)];
   if (plane < 0 || static_cast<std::size_t>(plane) >= page_.planes.size()) return nullptr;
   const std::vector<std::uint8_t>& bytes = page_.planes[static_cast<std::size_t>(plane)];
-  return bytes.empty() ? nullptr : bytes.data() + std::size_t{line} * page_.LineBytes();
+  const std::size_t at = std::size_t{line} * page_.LineBytes();
+  return at < bytes.size() ? bytes.data() + at : nullptr;
 }
 
 std::uint8_t LevelOf(std::uint8_t ink, std::uint32_t x, std::uint32_t y) {

@@ -29,7 +29,8 @@ struct RasterPage {
   std::uint32_t width = 0;  // pixels, before widening
   std::uint32_t lines = 0;
   std::uint32_t linesRead = 0;  // fewer when the raster ended early; the rest is blank
-  std::vector<std::vector<std::uint8_t>> planes;  // an empty one is blank
+  // What lies behind the end of a plane is blank, the whole of an empty one.
+  std::vector<std::vector<std::uint8_t>> planes;
 
   std::uint32_t LineBytes() const { return WidenedWidth(width) / 4; }
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <vector>
 
 namespace qrn::tool {
@@ -12,6 +13,9 @@ namespace {
 constexpr std::uint32_t kVerticalResolution = 360;
 constexpr std::uint32_t kWidthMax = 400'000, kLinesMax = 4'000'000;  // 4.7 m at 2160 dpi, 282 m
 constexpr std::uint64_t kPageBytesMax = 4ull << 30;                  // of packed planes
+constexpr std::uint32_t kLineBytesMax = 16u << 20;                   // of the stream
+// What libcups asks for when it fills its buffer ahead of need, at the least.
+constexpr std::size_t kReadAheadBytes = 65536;
 
 struct Layout {
   std::uint32_t planes = 0;
@@ -45,7 +49,7 @@ std::uint32_t ColorsOf(cups_cspace_t space) {
 std::uint64_t LineBits(const Layout& layout) {
   const std::uint64_t plane = std::uint64_t{layout.width} * layout.bits;
   if (layout.order == CUPS_ORDER_PLANAR) return plane;
-  // Banded lines hold the colours one behind the other, each in whole bytes.
+  // Banded lines hold the colours one behind the other, each in an equal share of whole bytes.
   if (layout.order == CUPS_ORDER_BANDED) return (plane + 7) / 8 * 8 * layout.planes;
   return std::uint64_t{layout.width} * layout.pixelBits;
 }
@@ -86,30 +90,33 @@ std::string CheckHeader(const cups_page_header2_t& header, std::uint32_t resolut
            " dpi, asked is " + std::to_string(resolution) + "x" +
            std::to_string(kVerticalResolution);
   }
-  if (layout->pixelBits > 64)
+  if (layout->pixelBits > 64 || layout->pixelBits % layout->bits != 0)
     return "pixels of " + std::to_string(layout->pixelBits) + " bits are not read";
-  if (LineBits(*layout) > std::uint64_t{layout->lineBytes} * 8)
-    return "its lines are shorter than its pixels";
+  if (layout->lineBytes > kLineBytesMax || LineBits(*layout) > std::uint64_t{layout->lineBytes} * 8)
+    return "lines of " + std::to_string(layout->lineBytes) + " bytes do not fit its pixels";
   return "";
+}
+
+// Bit at which the pixels of a colour start in a line of the stream, and bits from pixel to pixel.
+struct Walk {
+  std::uint64_t start = 0;
+  std::uint32_t step = 0;
+};
+
+Walk WalkOf(const Layout& layout, std::uint32_t color) {
+  switch (layout.order) {
+    case CUPS_ORDER_PLANAR:
+      return {0, layout.bits};
+    case CUPS_ORDER_BANDED:
+      return {std::uint64_t{layout.lineBytes / layout.planes} * 8 * color, layout.bits};
+    default:
+      return {layout.pixelBits - (layout.planes - color) * layout.bits, layout.pixelBits};
+  }
 }
 
 std::uint32_t BitsAt(const std::uint8_t* line, std::uint64_t bit, std::uint32_t bits) {
   if (bits == 8) return line[bit / 8];
   return (line[bit / 8] >> (8 - bits - bit % 8)) & ((1u << bits) - 1u);
-}
-
-// Bit at which a pixel of a colour starts in the line that the stream gave.
-std::uint64_t PixelBit(const Layout& layout, std::uint32_t x, std::uint32_t color) {
-  switch (layout.order) {
-    case CUPS_ORDER_PLANAR:
-      return std::uint64_t{x} * layout.bits;
-    case CUPS_ORDER_BANDED: {
-      const std::uint64_t bandBits = (std::uint64_t{layout.width} * layout.bits + 7) / 8 * 8;
-      return color * bandBits + std::uint64_t{x} * layout.bits;
-    }
-    default:
-      return std::uint64_t{x + 1} * layout.pixelBits - (layout.planes - color) * layout.bits;
-  }
 }
 
 std::uint8_t DropLevel(std::uint32_t value, std::uint32_t bits, std::uint32_t x, std::uint32_t y) {
@@ -123,15 +130,28 @@ std::uint8_t DropLevel(std::uint32_t value, std::uint32_t bits, std::uint32_t x,
   }
 }
 
-// Packs one colour of one stream line into its plane of the page.
-void PackLine(const Layout& layout, const std::uint8_t* line, std::uint32_t color, std::uint32_t y,
-              RasterPage* page) {
-  std::uint8_t* out = page->planes[layout.inks[color]].data() + std::size_t{y} * page->LineBytes();
-  for (std::uint32_t x = 0; x < layout.width; ++x) {
-    const std::uint8_t level =
-        DropLevel(BitsAt(line, PixelBit(layout, x, color), layout.bits), layout.bits, x, y);
-    out[x / 4] = static_cast<std::uint8_t>(out[x / 4] | (level << (6 - 2 * (x % 4))));
+// Packs one colour of one stream line; false when it carries no ink.
+bool PackLine(const Layout& layout, const std::uint8_t* line, std::uint32_t color, std::uint32_t y,
+              std::vector<std::uint8_t>* packed) {
+  const Walk walk = WalkOf(layout, color);
+  std::fill(packed->begin(), packed->end(), std::uint8_t{0});
+  std::uint64_t bit = walk.start;
+  std::uint8_t inked = 0;
+  for (std::uint32_t x = 0; x < layout.width; ++x, bit += walk.step) {
+    const std::uint8_t level = DropLevel(BitsAt(line, bit, layout.bits), layout.bits, x, y);
+    std::uint8_t& out = (*packed)[x / 4];
+    out = static_cast<std::uint8_t>(out | (level << (6 - 2 * (x % 4))));
+    inked |= level;
   }
+  return inked != 0;
+}
+
+// Lines without ink take no room at the end of a plane, and a plane that is blank takes none.
+void StoreLine(const std::vector<std::uint8_t>& packed, std::uint32_t y,
+               std::vector<std::uint8_t>* plane) {
+  const std::size_t at = std::size_t{y} * packed.size();
+  plane->resize(at + packed.size());
+  std::copy(packed.begin(), packed.end(), plane->begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 }  // namespace
@@ -140,18 +160,31 @@ struct RasterReader::Impl {
   ReadBytes source;
   cups_raster_t* raster = nullptr;
 
+  bool compressed = false;
+  std::uint64_t bytesRead = 0;
+
+  // A compressed stream is read ahead of need; a byte at a time there, so that `bytesRead` tells
+  // whether a header that is missing was cut or never began.
   static ssize_t Read(void* context, unsigned char* buffer, size_t bytes) {
-    return static_cast<Impl*>(context)->source(buffer, bytes);
+    Impl& self = *static_cast<Impl*>(context);
+    const bool ahead = self.compressed && bytes >= kReadAheadBytes;
+    const std::ptrdiff_t got = self.source(buffer, ahead ? 1 : bytes);
+    if (self.bytesRead == 0 && got == 4)
+      self.compressed = std::memcmp(buffer, "RaS2", 4) == 0 || std::memcmp(buffer, "2SaR", 4) == 0;
+    self.bytesRead += got > 0 ? static_cast<std::uint64_t>(got) : 0;
+    return got;
   }
 
   // The lines of one pass over the page: all colours, or one of them when planar. Lines that came.
   std::uint32_t ReadLines(const Layout& layout, std::uint32_t firstColor, std::uint32_t endColor,
                           RasterPage* page) {
-    std::vector<std::uint8_t> line(layout.lineBytes);
+    std::vector<std::uint8_t> line(layout.lineBytes), packed(page->LineBytes());
     for (std::uint32_t y = 0; y < layout.lines; ++y) {
       if (cupsRasterReadPixels(raster, line.data(), layout.lineBytes) != layout.lineBytes) return y;
-      for (std::uint32_t color = firstColor; color < endColor; ++color)
-        PackLine(layout, line.data(), color, y, page);
+      for (std::uint32_t color = firstColor; color < endColor; ++color) {
+        if (PackLine(layout, line.data(), color, y, &packed))
+          StoreLine(packed, y, &page->planes[layout.inks[color]]);
+      }
     }
     return layout.lines;
   }
@@ -183,7 +216,12 @@ ReadResult RasterReader::NextPage(std::uint32_t resolution, RasterPage* page, st
     return ReadResult::kError;
   }
   cups_page_header2_t header{};
-  if (cupsRasterReadHeader2(impl_->raster, &header) == 0) return ReadResult::kEnd;
+  const std::uint64_t before = impl_->bytesRead;
+  if (cupsRasterReadHeader2(impl_->raster, &header) == 0) {
+    if (impl_->bytesRead == before) return ReadResult::kEnd;
+    *error = "a page header is cut off or damaged";
+    return ReadResult::kError;
+  }
   Layout layout;
   *error = CheckHeader(header, resolution, &layout);
   if (!error->empty()) return ReadResult::kError;
@@ -191,9 +229,6 @@ ReadResult RasterReader::NextPage(std::uint32_t resolution, RasterPage* page, st
   page->width = layout.width;
   page->lines = layout.lines;
   page->planes.resize(layout.inks.size());
-  for (std::uint32_t color = 0; color < layout.planes; ++color) {
-    page->planes[layout.inks[color]].resize(std::size_t{layout.lines} * page->LineBytes());
-  }
   page->linesRead = impl_->ReadPixels(layout, page);
   if (page->linesRead == layout.lines) return ReadResult::kPage;
   *error = "the raster ends at line " + std::to_string(page->linesRead) + " of " +
