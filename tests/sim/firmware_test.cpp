@@ -1,0 +1,172 @@
+// The firmware's answers, and what it holds against the host.
+#include "sim/firmware.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/bytes.h"
+
+namespace qrn::sim {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class FirmwareTest : public testing::Test {
+ protected:
+  static Bytes Command(std::uint8_t code) {
+    Bytes packet(64);
+    packet[0] = code;
+    return packet;
+  }
+  static Bytes Connect() {
+    Bytes packet = Command(2);
+    packet[32] = packet[33] = 0x11, packet[34] = 0x13, packet[35] = 0x20;
+    return packet;
+  }
+  static Bytes JobCreate() {
+    Bytes packet = Command(3);
+    packet[6] = 0xCF, packet[10] = 25, packet[11] = 1;
+    PutU16(&packet[14], 1800);
+    PutU16(&packet[16], 1440);
+    PutU16(&packet[34], 0x2015);
+    return packet;
+  }
+  // Like the job create before it, with another code.
+  static Bytes InJob(std::uint8_t code) {
+    Bytes packet = JobCreate();
+    packet[0] = code;
+    return packet;
+  }
+  static Bytes Swath(std::uint32_t number, std::uint32_t bytes) {
+    Bytes packet = Command(4);
+    PutU32(&packet[8], bytes);
+    PutU16(&packet[36], 377);
+    PutU32(&packet[48], number);
+    return packet;
+  }
+  // Reply's words code, ok, sub, status; empty when there is none.
+  std::vector<int> Tell(const Bytes& packet, bool isData = false) {
+    const auto reply = firmware.Take({isData, packet}, now);
+    if (!reply) return {};
+    return {U16(reply->data()), U16(reply->data() + 2), U16(reply->data() + 4),
+            U16(reply->data() + 6)};
+  }
+  void Restart(const QuirkScript& quirks) {
+    firmware = Firmware(Machine{}, quirks);
+    Tell(Connect());
+    Tell(JobCreate());
+  }
+  std::uint32_t now = 1000;
+  Firmware firmware{Machine{}, {}};
+};
+
+using Words = std::vector<int>;
+
+TEST_F(FirmwareTest, AnswersAJobFromConnectToEnd) {
+  const auto connect = firmware.Take({false, Connect()}, now);
+  ASSERT_EQ(216u, connect->size());
+  EXPECT_EQ(0x5213, U16(connect->data() + 8 + 204));
+  EXPECT_EQ((Words{3, 1, 5, 0}), Tell(JobCreate()));
+  EXPECT_EQ((Words{}), Tell(Swath(1, 320)));
+  EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Bytes(320), true));
+  EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(2, 0)));
+  EXPECT_EQ((Words{4, 1, 5, 0}),
+            Tell(Swath(2, 0)));  // its reply was lost: taken, not printed twice
+  EXPECT_EQ(2u, firmware.Swaths());
+  EXPECT_EQ(1u, firmware.FeedOnlySwaths());
+  EXPECT_EQ((Words{10, 1, 5, 0}), Tell(InJob(10)));
+  EXPECT_EQ((Words{10, 1, 5, 0}), Tell(Command(10)));  // the answer test
+  EXPECT_EQ((Words{5, 1, 5, 0}), Tell(InJob(5)));
+  EXPECT_EQ(1u, firmware.JobsEnded());
+  EXPECT_EQ("", firmware.Violation());
+}
+
+TEST_F(FirmwareTest, HoldsBrokenRulesAgainstTheHost) {
+  struct Case {
+    const char* name;
+    Bytes packet;
+    bool isData;
+    const char* place;
+  };
+  const auto with = [](Bytes packet, std::size_t at, std::uint8_t value) {
+    packet[at] = value;
+    return packet;
+  };
+  for (const Case& expected : {
+           Case{"short packet", Bytes(62), false, "of 62 bytes"},
+           Case{"unknown code", Command(7), false, "unknown command 7"},
+           Case{"connect body", with(Connect(), 20, 1), false, "connect body"},
+           Case{"bytes behind the body", with(Connect(), 63, 1), false, "bytes 36..63"},
+           Case{"job create", with(JobCreate(), 10, 24), false, "job create body"},
+           Case{"buffer query", with(Command(12), 5, 1), false, "buffer query"},
+           Case{"swath's zeros", with(Swath(1, 0), 13, 1), false, "zero bytes"},
+           Case{"header's zeros", with(Swath(1, 0), 28, 1), false, "zero bytes"},
+           Case{"two directions", with(Swath(1, 0), 30, 1), false, "direction"},
+           Case{"data size", Swath(1, 100), false, "data size"},
+           Case{"feed bit 31", with(Swath(1, 0), 59, 0x80), false, "bit 31"},
+           Case{"number left out", Swath(2, 0), false, "swath 2 behind swath 0"},
+           Case{"data without a swath", Bytes(320), true, "without a swath command"},
+           Case{"another body", Command(5), false, "without the job create's body"},
+       }) {
+    SCOPED_TRACE(expected.name);
+    Restart({});
+    Tell(expected.packet, expected.isData);
+    EXPECT_NE(std::string::npos, firmware.Violation().find(expected.place)) << firmware.Violation();
+    EXPECT_EQ(0u, firmware.Violation().find("message 3: "));
+  }
+  Restart({});
+  Tell(Swath(1, 320));
+  Tell(Bytes(640), true);
+  EXPECT_NE(std::string::npos, firmware.Violation().find("640 bytes of swath data, announced 320"));
+  Restart({});
+  Tell(Swath(1, 320));
+  Tell(Swath(1, 320));
+  EXPECT_NE(std::string::npos, firmware.Violation().find("instead of swath data"));
+  Restart({});
+  Tell(Swath(1, 0));
+  Tell(with(Swath(1, 0), 34, 1));
+  EXPECT_NE(std::string::npos, firmware.Violation().find("swath 1 came again, but changed"));
+}
+
+TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
+  firmware = Firmware(Machine{}, {{Quirk::Kind::kConnectRefused, 0, 2, 0x54, 0}});
+  EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
+  EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
+  EXPECT_EQ((Words{2, 1, 0, 0}), Tell(Connect()));
+
+  const auto room = [this] {
+    const auto reply = firmware.Take({false, Command(12)}, now);
+    return U32(reply->data() + 8);
+  };
+  Restart({{Quirk::Kind::kBufferFull, 2, 1, 0, 0}});
+  EXPECT_NE(0u, room());
+  Tell(Swath(1, 0));
+  EXPECT_EQ(0u, room());
+  EXPECT_NE(0u, room());
+
+  Restart({{Quirk::Kind::kSpoolOverflow, 1, 1, 0, 0}});
+  EXPECT_EQ((Words{4, 0, 5, 7}), Tell(Swath(1, 0)));
+  EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(1, 0)));
+
+  Restart({{Quirk::Kind::kPause, 1, 1, 0, 300}});
+  EXPECT_EQ((Words{4, 1, 3, 0}), Tell(Swath(1, 0)));
+  EXPECT_EQ(0u, room());
+  now += 299;
+  EXPECT_EQ((Words{10, 1, 3, 0}), Tell(InJob(10)));
+  now += 1;
+  EXPECT_EQ((Words{10, 1, 4, 0}), Tell(InJob(10)));
+  EXPECT_EQ((Words{10, 1, 5, 0}), Tell(InJob(10)));
+
+  Restart({{Quirk::Kind::kCancel, 1, 1, 0, 0}});
+  EXPECT_EQ((Words{4, 1, 2, 0}), Tell(Swath(1, 0)));
+  EXPECT_EQ((Words{9, 1, 2, 0}), Tell(InJob(9)));
+
+  Restart({{Quirk::Kind::kUnplug, 3, 1, 0, 500}});
+  EXPECT_TRUE(firmware.Present(now));
+  Tell(Swath(1, 0));
+  EXPECT_FALSE(firmware.Present(now + 499));
+  EXPECT_TRUE(firmware.Present(now + 500));
+  EXPECT_EQ("", firmware.Violation());
+}
+
+}  // namespace
+}  // namespace qrn::sim
