@@ -8,7 +8,8 @@ target_compile_options(qrn_options INTERFACE -Wall -Wextra -Wshadow -Wconversion
 # GCC 12 warns of overlaps within std::string's own operator+ (its bug 105651).
 target_compile_options(qrn_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(QRN_SANITIZE)
-  target_compile_options(qrn_options INTERFACE -fsanitize=${QRN_SANITIZE} -fno-sanitize-recover=all
-                                               -fno-omit-frame-pointer)
+  # The vptr check needs run-time type information, which the core is built without.
+  target_compile_options(qrn_options INTERFACE -fsanitize=${QRN_SANITIZE} -fno-sanitize=vptr
+                                               -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(qrn_options INTERFACE -fsanitize=${QRN_SANITIZE})
 endif()

@@ -119,7 +119,7 @@ JobOutcome RunJob(const JobPlan& plan) {
   printer.KeepTransfers(true);
   JobOutcome outcome;
   SessionOptions options;
-  options.virtualTime = true;
+  options.virtualTime = !plan.realTime;
   options.seed = plan.seed;
   options.onBox = [&outcome](const std::string& text) { outcome.boxes.push_back(text); };
   {

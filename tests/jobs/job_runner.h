@@ -37,6 +37,7 @@ struct JobPlan {
   std::uint64_t seed = 1;  // of the image and of the scheduling
   qrn::sim::QuirkScript quirks;
   bool skipEndCall = false;
+  bool realTime = false;  // real threads instead of virtual time
 };
 
 std::string Describe(const JobPlan& plan);

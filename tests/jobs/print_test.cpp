@@ -77,6 +77,17 @@ TEST(ShortJobs, PrintEveryCellThroughTheFinalFlushAlone) {
   }
 }
 
+// Virtual time runs one thread at a time and cannot show a race; the thread sanitizer sees one
+// here.
+TEST(RealThreads, PrintEveryCell) {
+  JobPlan plan;
+  plan.realTime = true;
+  plan.lines = 700;  // more passes than the queue has slots
+  plan.machine.flashEvery = 2;
+  plan.seed = TestSeed();
+  ExpectPrintedRight(plan);
+}
+
 TEST(InkOrder, ColorsWithOneRowOnEachHeadAreNamedAsTheReason) {
   JobPlan plan;
   plan.machine.inkOrder = {{{0, 1, 2, 3, 4, 5, 6, 7}, {0, 1, 2, 3, 4, 5, 6, 7}}};
