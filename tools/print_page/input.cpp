@@ -1,10 +1,11 @@
 #include "print_page/input.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <vector>
 
 #include "print_page/child_process.h"
 #include "print_page/temporary_folder.h"
@@ -12,7 +13,7 @@
 namespace qrn::tool {
 namespace {
 
-constexpr std::size_t kMagicBytes = 1024;
+constexpr std::size_t kFirstBytes = 1024;
 
 struct CloseFile {
   void operator()(std::FILE* file) const {
@@ -20,8 +21,6 @@ struct CloseFile {
   }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
-
-bool Starts(const std::string& text, const char* with) { return text.rfind(with, 0) == 0; }
 
 std::string Quoted(const std::string& path, const std::string& reason) {
   return "'" + path + "': " + reason;
@@ -50,32 +49,54 @@ std::vector<std::string> GhostscriptCommand(const std::string& document, std::ui
 
 // Transparency lies on white, in each of the file's pictures.
 std::vector<std::string> PictureCommand(const std::string& picture, const std::string& out) {
-  return {"gm", "convert", picture, "-background", "white", "-extent", "0x0", "-compress", "Zip",
-          "pdf:" + out};
+  return {"gm",  "convert", picture,     "-background", "white",     "-extent",
+          "0x0", "+matte",  "-compress", "Zip",         "pdf:" + out};
 }
 
-// What GraphicsMagick calls the format, so that it does not guess; "" = not a picture.
-std::string PictureFormat(const std::string& firstBytes) {
-  if (Starts(firstBytes, "\x89PNG")) return "png";
-  if (Starts(firstBytes, "\xFF\xD8\xFF")) return "jpeg";
-  if (Starts(firstBytes, "II*") || Starts(firstBytes, "MM") && firstBytes.substr(2, 2) == std::string("\0*", 2)) return "tiff";
-  return "";
+struct Magic {
+  std::string bytes;
+  InputKind kind;
+  const char* format;  // what GraphicsMagick calls it, so that it does not guess; "" = no picture
+};
+
+const std::vector<Magic>& Magics() {
+  static const std::vector<Magic> magics = {
+      {"RaSt", InputKind::kRaster, ""},
+      {"tSaR", InputKind::kRaster, ""},
+      {"RaS2", InputKind::kRaster, ""},
+      {"2SaR", InputKind::kRaster, ""},
+      {"RaS3", InputKind::kRaster, ""},
+      {"3SaR", InputKind::kRaster, ""},
+      {"%PDF-", InputKind::kDocument, ""},
+      {"%!", InputKind::kDocument, ""},
+      {"\xC5\xD0\xD3\xC6", InputKind::kDocument, ""},
+      {"\x89PNG", InputKind::kPicture, "png"},
+      {"\xFF\xD8\xFF", InputKind::kPicture, "jpeg"},
+      {std::string("II*\0", 4), InputKind::kPicture, "tiff"},
+      {std::string("MM\0*", 4), InputKind::kPicture, "tiff"},
+  };
+  return magics;
+}
+
+const Magic* MagicOf(const std::string& firstBytes) {
+  for (const Magic& magic : Magics()) {
+    if (firstBytes.compare(0, magic.bytes.size(), magic.bytes) == 0) return &magic;
+  }
+  return nullptr;
+}
+
+// Documents may have a few bytes of a printer's job language in front.
+bool HoldsDocument(const std::string& firstBytes) {
+  return firstBytes.find("%PDF-") != std::string::npos ||
+         firstBytes.find("\x04%!") != std::string::npos ||
+         firstBytes.find("%!PS-") != std::string::npos;
 }
 
 }  // namespace
 
 InputKind KindOf(const std::string& firstBytes) {
-  for (const char* magic : {"RaSt", "tSaR", "RaS2", "2SaR", "RaS3", "3SaR"}) {
-    if (Starts(firstBytes, magic)) return InputKind::kRaster;
-  }
-  for (const char* magic : {"%PDF-", "%!", "\xC5\xD0\xD3\xC6"}) {
-    if (Starts(firstBytes, magic)) return InputKind::kDocument;
-  }
-  for (const std::string& magic : {std::string("\x89PNG"), std::string("\xFF\xD8\xFF"),
-                                   std::string("II*\0", 4), std::string("MM\0*", 4)}) {
-    if (firstBytes.compare(0, magic.size(), magic) == 0) return InputKind::kPicture;
-  }
-  return InputKind::kUnknown;
+  if (const Magic* magic = MagicOf(firstBytes)) return magic->kind;
+  return HoldsDocument(firstBytes) ? InputKind::kDocument : InputKind::kUnknown;
 }
 
 struct Input::Impl {
@@ -83,10 +104,12 @@ struct Input::Impl {
   std::uint32_t resolution = 0;
   TemporaryFolder folder;
   File file;
-  std::string ahead;  // bytes read to tell the kind, not yet given to the reader
+  std::string ahead;                       // bytes read to tell the kind, for the reader first
+  std::unique_ptr<ChildProcess> renderer;  // where the raster comes from when `file` is not one
   std::unique_ptr<RasterReader> reader;
 
   std::ptrdiff_t Read(std::uint8_t* buffer, std::size_t bytes) {
+    if (renderer != nullptr) return static_cast<std::ptrdiff_t>(renderer->Read(buffer, bytes));
     if (!ahead.empty()) {
       const std::size_t taken = std::min(bytes, ahead.size());
       std::memcpy(buffer, ahead.data(), taken);
@@ -96,32 +119,30 @@ struct Input::Impl {
     return static_cast<std::ptrdiff_t>(std::fread(buffer, 1, bytes, file.get()));
   }
 
-  bool Reopen(const std::string& path, std::string* error) {
-    file.reset(std::fopen(path.c_str(), "rb"));
-    ahead.clear();
-    if (file != nullptr) return true;
-    *error = Quoted(name, std::strerror(errno));
-    return false;
-  }
-
-  // Makes the file a raster, whatever it was.
-  bool Render(InputKind kind, std::string* error) {
-    std::string document = std::filesystem::absolute(name).string();
-    std::string why;
-    if (kind == InputKind::kPicture) {
+  // Starts what makes the file a raster. It reads a link of a plain name, because both programs
+  // see more in a file name than a name.
+  bool Render(std::string* error) {
+    std::string document = folder.Path("document");
+    std::filesystem::create_symlink(std::filesystem::absolute(name), document);
+    const Magic* magic = MagicOf(ahead);
+    if (magic != nullptr && magic->kind == InputKind::kPicture) {
       const std::string pdf = folder.Path("picture.pdf");
-      if (!RunProgram(PictureCommand(document, pdf), &why)) {
-        *error = Quoted(name, why);
+      ChildProcess converter(folder.Path("converter.txt"));
+      if (!converter.Start(PictureCommand(magic->format + (":" + document), pdf), error) ||
+          !converter.Wait(error)) {
         return false;
       }
       document = pdf;
     }
-    const std::string raster = folder.Path("pages.ras");
-    if (!RunProgram(GhostscriptCommand(document, resolution, raster), &why)) {
-      *error = Quoted(name, why);
-      return false;
-    }
-    return Reopen(raster, error);
+    renderer = std::make_unique<ChildProcess>(folder.Path("renderer.txt"));
+    return renderer->Start(GhostscriptCommand(document, resolution), error);
+  }
+
+  // What went wrong in the renderer is the reason behind whatever its raster lacks.
+  ReadResult EndOfRenderer(ReadResult result, std::string* why) {
+    const bool ended = result != ReadResult::kPage;
+    if (renderer == nullptr || !ended || renderer->Wait(why)) return result;
+    return result == ReadResult::kTruncated ? result : ReadResult::kError;
   }
 };
 
@@ -131,28 +152,26 @@ Input::~Input() = default;
 
 std::unique_ptr<Input> Input::Open(const std::string& path, std::uint32_t resolution,
                                    std::string* error) {
+  const auto fail = [&](const std::string& reason) {
+    *error = Quoted(path, reason);
+    return nullptr;
+  };
   auto impl = std::make_unique<Impl>();
   impl->name = path;
   impl->resolution = resolution;
-  if (path == "-") {
-    impl->file.reset(stdin);
-  } else if (std::filesystem::is_directory(path)) {
-    *error = Quoted(path, "is a folder");
-    return nullptr;
-  } else if (!impl->Reopen(path, error)) {
-    return nullptr;
-  }
-  impl->ahead.resize(kMagicBytes);
-  impl->ahead.resize(std::fread(impl->ahead.data(), 1, kMagicBytes, impl->file.get()));
+  const bool standardInput = path == "-";
+  if (!standardInput && std::filesystem::is_directory(path)) return fail("is a folder");
+  impl->file.reset(standardInput ? stdin : std::fopen(path.c_str(), "rb"));
+  if (impl->file == nullptr) return fail(std::strerror(errno));
+  impl->ahead.resize(kFirstBytes);
+  impl->ahead.resize(std::fread(impl->ahead.data(), 1, kFirstBytes, impl->file.get()));
+  if (impl->ahead.empty()) return fail("is empty");
   const InputKind kind = KindOf(impl->ahead);
-  if (kind == InputKind::kUnknown || (path == "-" && kind != InputKind::kRaster)) {
-    *error = Quoted(path, impl->ahead.empty() ? "is empty"
-                          : path == "-"
-                              ? "standard input is not a CUPS raster stream"
-                              : "is none of CUPS raster, PDF, PostScript, EPS, PNG, JPEG, TIFF");
-    return nullptr;
-  }
-  if (kind != InputKind::kRaster && !impl->Render(kind, error)) return nullptr;
+  if (standardInput && kind != InputKind::kRaster) return fail("is not a CUPS raster stream");
+  if (kind == InputKind::kUnknown)
+    return fail("is none of CUPS raster, PDF, PostScript, EPS, PNG, JPEG, TIFF");
+  std::string why;
+  if (kind != InputKind::kRaster && !impl->Render(&why)) return fail(why);
   Impl* source = impl.get();
   impl->reader = std::make_unique<RasterReader>(
       [source](std::uint8_t* buffer, std::size_t bytes) { return source->Read(buffer, bytes); });
@@ -161,7 +180,8 @@ std::unique_ptr<Input> Input::Open(const std::string& path, std::uint32_t resolu
 
 ReadResult Input::NextPage(RasterPage* page, std::string* error) {
   std::string why;
-  const ReadResult result = impl_->reader->NextPage(impl_->resolution, page, &why);
+  ReadResult result = impl_->reader->NextPage(impl_->resolution, page, &why);
+  result = impl_->EndOfRenderer(result, &why);
   if (!why.empty()) *error = Quoted(impl_->name, why);
   return result;
 }
