@@ -4,8 +4,9 @@
  * A host uses one of two families of exports for a job; both drive the same job engine:
  *
  *   stream: StartPrint, then WriteRipData for slot 0..7 of line 0, slot 0..7 of line 1, ..., then
- * EndRipData line:   PP_Init, then PP_SendALineAColorData for every colour of every line, colour 7
- * last, then PP_Uninit
+ *           EndRipData
+ *   line:   PP_Init, then PP_SendALineAColorData for every colour of every line, colour 7 last,
+ *           then PP_Uninit
  *
  * There is one job at a time in a process. Call all exports from one thread. A call that hands over
  * a line may block while the printer has no room; it returns when there is room or when the job is
@@ -58,10 +59,10 @@ typedef struct HostJobDesc {
 /* Does nothing. Returns 1. */
 QRN_EXPORT int32_t QRN_STDCALL InitPrinter(uint32_t ignored);
 
-/* Starts a job: finds the printer, asks for its parameters, announces the job. `desc` must not be
- * null. Always returns 1; a start that failed shows in a message box and in the job log, and the
- * lines that follow are dropped. Blocks until the printer has answered or was given up; a printer
- * that is not ready yet is asked again every 2 s without limit. */
+/* Starts a job: finds the printer, asks for its parameters, announces the job. A null `desc` is a
+ * job that no printer accepts. Always returns 1; a start that failed shows in a message box and in
+ * the job log, and the lines that follow are dropped. Blocks until the printer has answered or was
+ * given up; a printer that is not ready yet is asked again every 2 s without limit. */
 QRN_EXPORT int32_t QRN_STDCALL StartPrint(const HostJobDesc* desc, uint32_t ignored);
 
 /* Hands over the next colour plane line; slots 0..7 follow each other in a fixed cycle. `bytes`
@@ -70,8 +71,7 @@ QRN_EXPORT int32_t QRN_STDCALL StartPrint(const HostJobDesc* desc, uint32_t igno
 QRN_EXPORT uint32_t QRN_STDCALL WriteRipData(const uint8_t* line, uint32_t bytes);
 
 /* Flushes the image and ends the job; returns when the printer has taken everything or the job was
- * given up. Returns 1.
- */
+ * given up. Returns 1. */
 QRN_EXPORT int32_t QRN_CDECL EndRipData(void);
 
 /* Both do nothing, at any time. Return 1. */

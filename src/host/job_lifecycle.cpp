@@ -17,23 +17,26 @@ constexpr int kVersionMajor = 2, kVersionMinor = 7, kVersionBuild = 18;
 constexpr std::uint32_t kPollMs = 100;
 constexpr std::uint32_t kWaitLogMs = 3000;
 
-// What a wait for the printer's answer writes about itself.
+// What a wait for the printer's answer writes about itself, and how it is given up.
 class CommandWait {
  public:
   CommandWait(std::uint8_t code, Job& job) : code_(code), job_(job) {}
 
-  // True when there is no printer left to wait for; the mailbox is then given up.
+  // The command stands in the mailbox; until then the slot is another's.
+  void Posted() { posted_ = true; }
+
+  // True when there is no printer left to wait for; the wait is then given up.
   bool Abandoned() {
     if (!IsStopRequested(job_) || !IsAbortRequested(job_)) return false;
     (void)GiveUp();
     return true;
   }
 
-  // Takes the command back unsettled; the result of the wait, 0.
+  // Takes a posted command back unsettled; the result of the wait, 0.
   int GiveUp() {
     LogPrint("Cmm(%d) Quit:%d-%d-%d-%d\n", code_, LoadShared(job_.bTxRun),
              LoadShared(job_.bJobEndRx), LoadShared(job_.bTxEnd), LoadShared(job_.bPrnCancel));
-    StoreShared(job_.nCmdState, kMailIdle);
+    if (posted_) StoreShared(job_.nCmdState, kMailIdle);
     return 0;
   }
 
@@ -49,6 +52,7 @@ class CommandWait {
  private:
   std::uint8_t code_;
   Job& job_;
+  bool posted_ = false;
   std::uint32_t noted_ = ThePlatform().TickMs();
 };
 
@@ -57,7 +61,11 @@ class CommandWait {
 bool PostCommand(std::uint32_t code, Job& job, CommandWait& wait) {
   for (;;) {
     const CommandPost post = CmdBuild(code, job);
-    if (post != CommandPost::kBusy) return post == CommandPost::kPosted;
+    if (post == CommandPost::kUnknownCode) return false;
+    if (post == CommandPost::kPosted) {
+      wait.Posted();
+      return true;
+    }
     if (wait.Abandoned()) return false;
     if (LoadShared(job.bTxEnd) == 1) return wait.GiveUp() != 0;
     wait.Sleep();

@@ -22,8 +22,7 @@ extern const std::uint16_t kFeatherKept[kFeatherMasks];
 void FillFeatherMask(std::uint32_t k, std::uint8_t (&mask)[kFeatherMaskBytes]);
 
 // Sets featherRows from featherPercent (above 100 switches feathering off) and fills the job's
-// masks, spread over the
-// 90. Transmit thread, at connect.
+// masks, spread over the 90. Transmit thread, at connect.
 void BuildFeatherMasks(Job& job);
 
 }  // namespace qrn

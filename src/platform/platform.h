@@ -52,14 +52,15 @@ class Platform {
   // Starts `procedure(argument)` on a new thread. 0 when that fails.
   virtual ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) = 0;
   virtual void ThreadRaisePriority(ThreadHandle thread) = 0;  // the highest normal level
-  // Ends a thread by force: it executes no further step of the library. Release it afterwards.
+  // Ends a thread by force: when this returns, it executes no further step of the library. Release
+  // it afterwards.
   virtual void ThreadTerminate(ThreadHandle thread) = 0;
   // Waits until the thread has ended, then gives its handle back.
   virtual void ThreadRelease(ThreadHandle thread) = 0;
 
   virtual std::uint32_t SystemLocaleId() = 0;  // low byte 4 = Chinese
-  // Modal box with one OK button and no owner; returns when the user has closed it. Texts are bytes
-  // of the system's code page.
+  // Modal box with one OK button and no owner; returns when the user has closed it. Texts are in
+  // code page 936, which a Chinese Windows shows as they are and other systems convert.
   virtual void ShowBox(const char* text, const char* caption) = 0;
   virtual bool PathExists(const char* path) = 0;  // a file or a directory
 };

@@ -56,6 +56,19 @@ bool TakeJobState(Job& job, const ReplyRec& record, const std::uint8_t* reply,
   }
 }
 
+// What a reply to this command must hold to be understood.
+std::uint32_t BytesNeeded(std::uint8_t command) {
+  switch (command) {
+    case kCmdConnect:
+      return kReplyPayloadAt;
+    case kCmdSwath:
+    case kCmdPausePoll:
+      return offsetof(ReplyRec, status);
+    default:
+      return offsetof(ReplyRec, sub);
+  }
+}
+
 // A printer that is starting up refuses with one of these; it is asked again until it is ready.
 bool IsRetriedConnectStatus(std::uint16_t status) {
   return (status & 0xFFF0u) == 0x50u || status == 3 || status == 4 || status == 5;
@@ -75,13 +88,12 @@ ReplyVerdict TakeConnect(Job& job, const ReplyRec& record, const std::uint8_t* r
 
 }  // namespace
 
-bool DecodeReply(const std::uint8_t* reply, std::uint32_t bytes, ReplyRec* record) {
-  if (bytes < sizeof(ReplyRec)) return false;
-  record->code = U16(reply + offsetof(ReplyRec, code));
-  record->ok = U16(reply + offsetof(ReplyRec, ok));
-  record->sub = U16(reply + offsetof(ReplyRec, sub));
-  record->status = U16(reply + offsetof(ReplyRec, status));
-  return true;
+ReplyRec DecodeReply(const std::uint8_t* reply, std::uint32_t bytes) {
+  const auto field = [reply, bytes](std::size_t at) {
+    return at + sizeof(std::uint16_t) <= bytes ? U16(reply + at) : std::uint16_t{0};
+  };
+  return {field(offsetof(ReplyRec, code)), field(offsetof(ReplyRec, ok)),
+          field(offsetof(ReplyRec, sub)), field(offsetof(ReplyRec, status))};
 }
 
 bool TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes) {
@@ -91,10 +103,9 @@ bool TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes) {
 }
 
 ReplyVerdict ParseReply(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
-  ReplyRec record{};
-  const bool whole = DecodeReply(reply, bytes, &record);
-  if (bytes >= sizeof(record.code) && U16(reply) != job.nTxCmd) return kReplyOther;
-  if (!whole) return kReplyAgain;
+  const ReplyRec record = DecodeReply(reply, bytes);
+  if (bytes >= sizeof record.code && record.code != job.nTxCmd) return kReplyOther;
+  if (bytes < BytesNeeded(job.nTxCmd)) return kReplyAgain;
 
   switch (job.nTxCmd) {
     case kCmdSwath:

@@ -24,8 +24,8 @@ constexpr std::uint32_t kReplyUpdateAt = 14;
 constexpr std::uint16_t kParamUpdateMark = 0x1122;
 static_assert(sizeof(ReplyRec) == kReplyPayloadAt && offsetof(ReplyRec, status) == 6);
 
-// False, and nothing stored, when `bytes` bytes are too few for the record.
-[[nodiscard]] bool DecodeReply(const std::uint8_t* reply, std::uint32_t bytes, ReplyRec* record);
+// Fields that lie behind the end of the reply are 0.
+ReplyRec DecodeReply(const std::uint8_t* reply, std::uint32_t bytes);
 
 // Job states in replies.
 enum JobState : std::uint16_t {

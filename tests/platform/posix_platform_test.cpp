@@ -53,8 +53,11 @@ TEST_F(Posix, EndsAThreadByForceInAReadThatNeverCompletes) {
   ASSERT_NE(0u, thread);
   while (reader.state == 0) platform.SleepMs(1);
   platform.ThreadTerminate(thread);
-  platform.ThreadRelease(thread);
+  const int reads = port.reads;  // nothing of the thread runs from here on
   EXPECT_EQ(1, reader.state);
+  platform.SleepMs(50);
+  EXPECT_EQ(reads, port.reads);
+  platform.ThreadRelease(thread);
 }
 
 TEST_F(Posix, WaitsForThePortAndForTheEndOfAThread) {

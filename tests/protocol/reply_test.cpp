@@ -191,9 +191,19 @@ TEST_F(Replies, ThatAreTooShortAreAskedForAgainAndChangeNothing) {
   }
   EXPECT_EQ(0, job.bPrnPause);
   EXPECT_TRUE(platform.sleeps.empty());
-  EXPECT_EQ(kReplyAgain, Parse(5, {5, 1, 0}));  // not even the end of the job
+  EXPECT_EQ(kReplyAgain, Parse(5, {5, 1}, 3));  // not even the end of the job
   EXPECT_EQ(0, job.bJobEndRx);
+  EXPECT_EQ(kReplyAgain, Parse(2, {2, 0, 0, 1}, 7));  // nor a refusal whose status is cut off
   EXPECT_EQ("", TakeLog());
+}
+
+TEST_F(Replies, NeedOnlyTheFieldsOfTheirCode) {
+  EXPECT_EQ(kReplyTaken, Parse(3, {3, 1}));
+  EXPECT_EQ(kReplyTaken, Parse(5, {5, 1}));
+  EXPECT_EQ(1, job.bJobEndRx);
+  EXPECT_EQ(kReplyTaken, Parse(4, {4, 1, 5}));
+  EXPECT_EQ(kReplyAgain, Parse(4, {4, 0, 5}));
+  EXPECT_TRUE(platform.sleeps.empty());  // no status, no spool overflow
 }
 
 TEST_F(Replies, ResumeClearsPauseAndCancelButNotTheLatch) {

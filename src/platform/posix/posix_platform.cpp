@@ -1,5 +1,6 @@
 #include "platform/posix/posix_platform.h"
 
+#include <iconv.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <time.h>
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace qrn {
@@ -21,20 +23,35 @@ constexpr std::uint32_t kTransferNapMs = 5;  // a waiting transfer looks again a
 
 thread_local std::uint32_t t_lastError = 0;
 
+constexpr std::size_t kBoxTextBytes = 1024;  // of the longest text, 255 bytes, in any encoding
+
 struct StartedThread {
   pthread_t id;
+  bool joined;  // the thread that starts and ends it
   void (*procedure)(void*);
   void* argument;
 };
 
+// A thread can be ended by force only while one of these lives: where it waits, never in the middle
+// of a step.
+class EndableByForce {
+ public:
+  EndableByForce() { pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &before_); }
+  ~EndableByForce() { pthread_setcancelstate(before_, nullptr); }
+
+ private:
+  int before_ = 0;
+};
+
 void* RunThread(void* started) {
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
   auto* thread = static_cast<StartedThread*>(started);
   thread->procedure(thread->argument);
   return nullptr;
 }
 
-// A cancellation point, so that a thread that is to end by force ends here.
 void Nap(std::uint32_t ms) {
+  const EndableByForce here;
   timespec left{static_cast<time_t>(ms / 1000), static_cast<long>(ms % 1000) * 1'000'000};
   while (nanosleep(&left, &left) != 0 && errno == EINTR) {
   }
@@ -52,6 +69,19 @@ bool Complete(Platform& platform, Step step) {
     }
     Nap(std::clamp<std::uint32_t>(result.value - now, 1, kTransferNapMs));
   }
+}
+
+// Terminals show UTF-8, the library's texts are in code page 936. What cannot be converted is cut.
+void ToUtf8(const char* text, char (&utf8)[kBoxTextBytes]) {
+  char* in = const_cast<char*>(text);  // iconv's signature; it does not write there
+  char* out = utf8;
+  std::size_t inLeft = std::strlen(text), outLeft = sizeof utf8 - 1;
+  const iconv_t conversion = iconv_open("UTF-8", "GBK");
+  if (conversion != reinterpret_cast<iconv_t>(-1)) {
+    (void)iconv(conversion, &in, &inLeft, &out, &outLeft);
+    iconv_close(conversion);
+  }
+  *out = '\0';
 }
 
 bool NoDevice() {
@@ -130,7 +160,7 @@ LocalTime PosixPlatform::LocalTimeNow() {
 }
 
 ThreadHandle PosixPlatform::ThreadStart(void (*procedure)(void*), void* argument) {
-  auto* thread = new (std::nothrow) StartedThread{{}, procedure, argument};
+  auto* thread = new (std::nothrow) StartedThread{{}, false, procedure, argument};
   if (thread == nullptr) return 0;
   if (pthread_create(&thread->id, nullptr, RunThread, thread) != 0) {
     delete thread;
@@ -142,14 +172,17 @@ ThreadHandle PosixPlatform::ThreadStart(void (*procedure)(void*), void* argument
 // A process without rights keeps the normal priority, and prints all the same.
 void PosixPlatform::ThreadRaisePriority(ThreadHandle) {}
 
+// Returns when the thread is gone, so that nothing of it runs beside what its ender does next.
 void PosixPlatform::ThreadTerminate(ThreadHandle thread) {
-  (void)pthread_cancel(
-      reinterpret_cast<StartedThread*>(thread)->id);  // one that has just ended cannot be cancelled
+  auto* started = reinterpret_cast<StartedThread*>(thread);
+  (void)pthread_cancel(started->id);  // one that has just ended cannot be cancelled
+  pthread_join(started->id, nullptr);
+  started->joined = true;
 }
 
 void PosixPlatform::ThreadRelease(ThreadHandle thread) {
   auto* started = reinterpret_cast<StartedThread*>(thread);
-  pthread_join(started->id, nullptr);
+  if (!started->joined) pthread_join(started->id, nullptr);
   delete started;
 }
 
@@ -160,10 +193,13 @@ std::uint32_t PosixPlatform::SystemLocaleId() {
 }
 
 void PosixPlatform::ShowBox(const char* text, const char* caption) {
+  char utf8[kBoxTextBytes];
+  ToUtf8(text, utf8);
+  const EndableByForce here;  // the user may leave the box open for ever
   if (boxHandler_ != nullptr) {
-    boxHandler_(boxContext_, text, caption);
+    boxHandler_(boxContext_, utf8, caption);
   } else {
-    std::fprintf(stderr, "%s: %s\n", caption, text);
+    std::fprintf(stderr, "%s: %s\n", caption, utf8);
   }
 }
 

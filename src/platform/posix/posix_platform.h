@@ -12,7 +12,7 @@ class PosixPlatform final : public Platform {
  public:
   // What the devices and the user are, until changed; only between jobs. A null port: no devices.
   void Plug(UsbPort* port) { port_ = port; }
-  // Called for every message box in place of the default, a line on standard error.
+  // Called for every message box in place of the default, a line on standard error; text in UTF-8.
   using BoxHandler = void (*)(void* context, const char* text, const char* caption);
   void HandleBoxes(BoxHandler handler, void* context);
 
