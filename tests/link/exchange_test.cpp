@@ -143,6 +143,40 @@ TEST_F(Exchange, WaitsForRoomInHalfSecondsAndSaysSoEveryFive) {
   EXPECT_EQ("Rx error:31\r\n\r\n", TakeLog());
 }
 
+TEST_F(Exchange, TakesNothingFromTheReplyOfAnEarlierExchange) {
+  // What is left in the buffer would do; only what came counts.
+  for (const Bytes& unusable :
+       {Reply({12, 1, 5}), Reply({12, 1, 2, 0, 320}), Packet(0xF003, 1, {})}) {
+    platform.replies = {Room(5, 320)};
+    TxWaitFwBuffer(job, 640);
+    platform.replies = {unusable, Room(5, 320)};
+    platform.sleeps.clear();
+    TxWaitFwBuffer(job, 640);
+    EXPECT_EQ((std::vector<std::uint32_t>{500}), platform.sleeps);
+    EXPECT_EQ((Codes{12, 12, 12}), Sent());
+    EXPECT_EQ(0, job.bPrnCancel);
+  }
+  platform.replies = {Reply({3, 1, 0, 0}), Packet(0xF003, 4, {}), Reply({3, 1, 0, 0})};
+  EXPECT_EQ(1, SendCommand(3));
+  EXPECT_EQ(1, SendCommand(3));
+  EXPECT_EQ((Codes{3, 3, 3}), Sent());
+}
+
+TEST_F(Exchange, TakesTheParametersThatComeWithAPausedBufferQuery) {
+  struct Case {
+    std::uint16_t state, mark, shift;
+  };
+  for (const Case& expected : {Case{3, 0x1122, 40}, Case{3, 0x1123, 32}, Case{5, 0x1122, 32}}) {
+    Bytes reply = Words({12, 1, expected.state, 0, 320, 0, expected.mark});
+    reply.resize(14 + 70);
+    reply[14 + 41 - 8] = 40;  // the section starts at byte 8 of the block; 41 is Db at 1080 dpi
+    job.biDirOfs = 32;
+    platform.replies = {Packet(0xF008, 42, reply)};
+    TxWaitFwBuffer(job, 640);
+    EXPECT_EQ(expected.shift, job.biDirOfs);
+  }
+}
+
 TEST_F(Exchange, TakesTheStateThatTheBufferQueryReports) {
   platform.replies = {Room(3, 0), Room(4, 320)};
   platform.onSleep = [this] { EXPECT_EQ(1, job.bPrnPause); };
