@@ -192,30 +192,64 @@ TEST_F(Exchange, TakesTheStateThatTheBufferQueryReports) {
   EXPECT_EQ(0, TxTakeSwath(job));
 }
 
-TEST_F(Exchange, SendsTheSameMessageAfterTheLinkIsBack) {
-  // The reply to the swath is lost; the printer is there at once and answers the test.
-  platform.replies = {Room(5, 320), {}, Reply({10, 1}), kTaken};
-  EXPECT_EQ(1, SendSwath(640));
-  ASSERT_EQ(6u, platform.written.size());
-  EXPECT_EQ(0, std::memcmp(&platform.written[1][32], &platform.written[4][32], 64));
-  EXPECT_EQ((Codes{12, 4, 0x100, 10, 4, 0x100}), Sent());
-  EXPECT_TRUE(HasLines(
-      TakeLog(), {"Rec fail!", "重新连接...", "连接1成功!", "Tx Swath12(0) size:640", "sended"}));
+TEST_F(Exchange, SendsTheWholeMessageAgainAfterTheLinkIsBack) {
+  struct Case {
+    const char* lost;
+    std::uint32_t goodWrites;  // the next one fails
+    std::vector<Bytes> replies;
+    Codes sent;
+  };
+  const Bytes there = Reply({10, 1});  // the printer is back at once and answers the test
+  for (const Case& expected : {
+           Case{"send(CMM) fail!", 1, {Room(5, 320), there, kTaken}, {12, 10, 4, 0x100}},
+           Case{"send(DATA) fail!", 2, {Room(5, 320), there, kTaken}, {12, 4, 10, 4, 0x100}},
+           Case{"Rec fail!", 99, {Room(5, 320), {}, there, kTaken}, {12, 4, 0x100, 10, 4, 0x100}},
+       }) {
+    SCOPED_TRACE(expected.lost);
+    platform.replies.assign(expected.replies.begin(), expected.replies.end());
+    platform.failWriteAfter = expected.goodWrites;
+    platform.onSleep = [this] { platform.failWriteAfter = UINT32_MAX; };
+    data[639] = 0x5A;
+    EXPECT_EQ(1, SendSwath(640));
+    ASSERT_EQ(expected.sent.size(), platform.written.size());
+    const Bytes& packet = platform.written[expected.sent.size() - 2];
+    EXPECT_EQ(12u, U32(&packet[32 + 48]));
+    EXPECT_EQ(640u, U32(&packet[32 + 8]));
+    ASSERT_EQ(32u + 640u, platform.written.back().size());
+    EXPECT_EQ(0x5A, platform.written.back().back());
+    EXPECT_EQ(expected.sent, Sent());
+    EXPECT_TRUE(HasLines(TakeLog(), {expected.lost, "重新连接...", "连接1成功!",
+                                     "Tx Swath12(0) size:640", "sended"}));
+  }
 }
 
 TEST_F(Exchange, EndsTheThreadWhenTheLinkIsGivenUp) {
-  platform.paths.clear();
-  platform.failWriteAfter = 0;
-  ASSERT_EQ(CommandPost::kPosted, CmdBuild(kCmdConnect, job));
-  TxTask(job);
-  EXPECT_EQ(kMailFailed, job.nCmdState);
-  EXPECT_EQ(1, job.bTxEnd);
-  EXPECT_EQ(0, job.bTxRun);
-  EXPECT_EQ(2u, platform.boxes.size());
-  EXPECT_EQ(1000u, platform.sleeps.back());
-  EXPECT_TRUE(HasLines(
-      TakeLog(), {"Tx Cmm 2-2(0)", "Tx error:31", "send(CMM) fail!", "连接失败",
-                  "Error: Can't link", "重新连接失败!", "Error: Can't link", "Task end(1)!"}));
+  struct Case {
+    std::uint8_t code, error;  // an error recorded before: the job is stopping
+    std::uint32_t lastSleepMs;
+    const char* firstLine;
+  };
+  for (const Case& expected :
+       {Case{kCmdConnect, 0, 1000, "Tx Cmm 2-2(0)"}, Case{kCmdJobEnd, 26, 100, "Tx Cmm 5-5(0)"}}) {
+    job.bTxRun = 1;
+    job.bTxEnd = 0;
+    job.nErrCode = expected.error;
+    job.nCmdState = kMailIdle;
+    platform.paths.clear();
+    platform.boxes.clear();
+    platform.failWriteAfter = 0;
+    ASSERT_EQ(CommandPost::kPosted, CmdBuild(expected.code, job));
+    TxTask(job);
+    EXPECT_EQ(kMailFailed, job.nCmdState);
+    EXPECT_EQ(1, job.bTxEnd);
+    EXPECT_EQ(0, job.bTxRun);
+    EXPECT_EQ(2u, platform.boxes.size());
+    EXPECT_EQ(expected.lastSleepMs, platform.sleeps.back());
+    EXPECT_TRUE(platform.written.empty());
+    EXPECT_TRUE(HasLines(
+        TakeLog(), {expected.firstLine, "Tx error:31", "send(CMM) fail!", "连接失败",
+                    "Error: Can't link", "重新连接失败!", "Error: Can't link", "Task end(1)!"}));
+  }
 }
 
 TEST_F(Exchange, ThreadEndsByJobEndCancelOrStop) {
