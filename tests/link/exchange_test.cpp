@@ -269,6 +269,17 @@ TEST_F(Exchange, ThreadEndsByJobEndCancelOrStop) {
   }
 }
 
+TEST_F(Exchange, CancelInTheReplyToAPollKeepsBackTheSwathOfTheSameTurn) {
+  platform.nowMs += 1u << 30;  // no poll of another test is near
+  job.queueStarted = job.bPauseSeen = 1;
+  job.swathQueue[0].state = kSwathReady;  // one that only feeds
+  platform.replies = {Reply({10, 1, 2, 0}), kTaken};
+  TxTask(job);
+  EXPECT_EQ((Codes{10}), Sent());
+  EXPECT_EQ(kSwathReady, job.swathQueue[0].state);
+  EXPECT_TRUE(HasLines(TakeLog(), {"Rx JOBS_CANCEL(1)", "Task end(3)!"}));
+}
+
 TEST_F(Exchange, StoppingJobStillSendsItsCommandsButNoSwath) {
   job.nErrCode = 26;
   job.queueStarted = 1;
