@@ -22,7 +22,8 @@ TEST_F(Device, IsTheFirstPathWithBothIdentifiersThatOpens) {
     std::string opened;  // "" = none
   };
   const std::string farAway = std::string(250, 'x') + "pid_a71d vid_5e3c";
-  const std::string atTheEdge = std::string(238, 'x') + "pid_a71dvid_5e3c and more";
+  const std::string atTheEdge = std::string(239, 'x') + "pid_a71dvid_5e3c and more";
+  const std::string cutByOne = 'x' + atTheEdge;
   for (const Case& expected : {
            Case{"upper case, other order", {"mouse", kPrinter}, kPrinter},
            Case{"one identifier only", {"vid_5e3c", "pid_a71d"}, ""},
@@ -32,7 +33,8 @@ TEST_F(Device, IsTheFirstPathWithBothIdentifiersThatOpens) {
                 {"pid_a71d#vid_5e3c#1", "pid_a71d#vid_5e3c#2"},
                 "pid_a71d#vid_5e3c#1"},
            Case{"identifiers behind character 255", {farAway}, ""},
-           Case{"identifiers that end at character 254", {atTheEdge}, atTheEdge},
+           Case{"identifiers that end at character 255", {atTheEdge}, atTheEdge},
+           Case{"identifiers that end at character 256", {cutByOne}, ""},
            Case{"nothing there", {}, ""},
        }) {
     SCOPED_TRACE(expected.name);
@@ -75,6 +77,8 @@ TEST_F(Device, IsFoundAgainWhenItAnswersTheTest) {
   ASSERT_EQ(1u, platform.written.size());
   EXPECT_EQ(10, platform.written[0][32]);
   for (std::size_t i = 33; i < 126; ++i) EXPECT_EQ(0, platform.written[0][i]);
+  platform.replies = {Packet(0xF003, 1, {})};  // no known packet, but the printer did answer
+  EXPECT_TRUE(UsbLinkCheck(job));
   // It opens, but does not answer: that is a failed attempt too, and every attempt closes what it
   // opened.
   platform.sleeps.clear();
