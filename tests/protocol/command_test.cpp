@@ -137,6 +137,12 @@ TEST_F(Command, PausePollsAreOneAndAHalfSecondsApart) {
   }
   ASSERT_GE(polls.size(), 5u);
   for (std::size_t i = 2; i < polls.size(); ++i) EXPECT_EQ(1600u, polls[i] - polls[i - 1]);
+  // One that finds the mailbox busy was none: it comes as soon as the host has looked.
+  platform.nowMs += 2000;
+  job.nCmdState = kMailDone;
+  EXPECT_EQ(0, Turn());
+  job.nCmdState = kMailIdle;
+  EXPECT_EQ(kCmdPausePoll, static_cast<std::uint32_t>(Turn()));
 }
 
 TEST_F(Command, CancelIsPostedOnceReportedAndNeverOverThePendingOne) {
