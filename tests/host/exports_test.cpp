@@ -118,6 +118,18 @@ TEST_F(CommandWait, EndsByEachOutcome) {
   EXPECT_EQ("", TakeLog());
 }
 
+TEST_F(CommandWait, EndsWithAThreadThatLeavesItsOwnCommandBehind) {
+  job.nCmdState = kMailPending;
+  platform.onSleep = [this] {
+    job.bTxEnd = platform.sleeps.size() >= 2;
+    if (platform.sleeps.size() == 20) job.nErrCode = 17;  // lets a wait without end go
+  };
+  EXPECT_EQ(0, CmdExecute(kCmdJobEnd, job));
+  EXPECT_EQ(2u, platform.sleeps.size());
+  EXPECT_EQ("Cmm(5) Quit:1-0-1-0\r\n\r\n", TakeLog());
+  EXPECT_EQ(kMailPending, job.nCmdState);  // not the host's to take back
+}
+
 TEST_F(CommandWait, WaitsForTheThreadsOwnCommandFirst) {
   job.nTxCmd = kCmdPausePoll;
   job.cmdPkt[0] = kCmdPausePoll;
