@@ -4,6 +4,7 @@
 #include "host/job_lifecycle.h"
 #include "protocol/command.h"
 #include "qrn_driver.h"
+#include "raster/job_memory.h"
 #include "support/job_fixture.h"
 
 namespace qrn {
@@ -67,6 +68,48 @@ TEST_F(Exports, TellOfAStartThatFailedEachInItsWay) {
   EXPECT_EQ(1, StartPrint(nullptr, 0));
   EXPECT_EQ(0, PP_Init(nullptr));
   EXPECT_EQ(4u, platform.boxes.size());
+}
+
+class StreamSlots : public Exports {
+ protected:
+  ~StreamSlots() override { FreeJobMem(job); }
+  // Lets the job of a start that found no printer take lines.
+  void TakeLines() {
+    job.nErrCode = job.bTxEnd = 0;
+    job.lineStride = 4;
+    job.passCount = 4;
+    job.swathH = 360;
+    AllocJobMem(job);
+  }
+  // Hands over a line of this byte; where it landed in, "slot:line".
+  std::string Write(std::uint8_t byte) {
+    EXPECT_EQ(1u, WriteRipData(&byte, 1));
+    for (std::uint32_t at = 0; at < 8 * 4; ++at) {
+      if (job.Mem.pPassBuffer[at % 8][at / 8 * 4] == byte)
+        return std::to_string(at % 8) + ":" + std::to_string(at / 8);
+    }
+    return "nowhere";
+  }
+};
+
+TEST_F(StreamSlots, GoRoundInEightsAndStartAnewOnlyWithStartPrint) {
+  StartPrint(&desc, 0);
+  TakeLines();
+  for (std::uint8_t i = 0; i < 17; ++i) {
+    const std::string place = std::to_string(i % 8) + ":" + std::to_string(i / 8);
+    EXPECT_EQ(place, Write(static_cast<std::uint8_t>(i + 1)));
+  }
+  EXPECT_EQ(2u, job.linesReceived);
+  job.bPrnCancel = 1;
+  EXPECT_EQ("nowhere", Write(50));  // a stopped job takes none: the slot stays
+  job.bPrnCancel = 0;
+  EXPECT_EQ("1:2", Write(51));
+  EXPECT_EQ(0, PP_Init(&desc));
+  TakeLines();
+  EXPECT_EQ("2:0", Write(52));
+  StartPrint(&desc, 0);
+  TakeLines();
+  EXPECT_EQ("0:0", Write(53));
 }
 
 class CommandWait : public JobFixture {
