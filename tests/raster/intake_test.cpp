@@ -1,8 +1,10 @@
 // Lines, bands, and what moves between them.
+#include <bit>
 #include <cstring>
 #include <random>
 
 #include "params/feather_masks.h"
+#include "params/image_mode.h"
 #include "raster/band.h"
 #include "raster/job_memory.h"
 #include "raster/line_intake.h"
@@ -155,6 +157,36 @@ TEST_F(Intake, BandsRunTheirPassesAndTheFlushRunsFiveMore) {
   job.dualHead = 0;
   EXPECT_EQ(1, FlushLastBands(job));
   EXPECT_EQ(40u, job.passNo);
+}
+
+// The address sanitizer watches the buffers, whose rows grow with the resolution as the rows that
+// the blank test looks at do.
+TEST_F(Intake, OfAFinerVerticalResolutionPlacesEveryPixel) {
+  std::uint64_t bits = 0;
+  const auto takeSwaths = [this, &bits] {
+    for (Swath& slot : job.swathQueue) {
+      if (slot.state != kSwathReady) continue;
+      for (std::uint32_t i = 0; i < slot.dataSize; ++i)
+        bits += static_cast<unsigned>(std::popcount(slot.pSwathData[i]));
+      slot.state = kSwathFree;
+    }
+  };
+  platform.onSleep = takeSwaths;
+  const std::vector<std::uint8_t> full(12, 0xFF);
+  for (const int nResY : {361, 720, 40000, 65535}) {
+    SCOPED_TRACE(nResY);
+    FreeJobMem(job);
+    job.nResY = static_cast<std::uint16_t>(nResY);
+    job.linesReceived = 0;
+    job.nHeight = 800;
+    ASSERT_TRUE(CheckImageMode(job));
+    AllocJobMem(job);
+    bits = 0;
+    for (std::uint32_t i = 0; i < 800 * 8; ++i) AddLine(job, i % 8, 12, full.data());
+    EXPECT_EQ(1, FlushLastBands(job));
+    takeSwaths();
+    EXPECT_EQ(800u * 8 * 96, bits);  // level 3 sets a bit in both planes
+  }
 }
 
 TEST_F(Intake, StopsTheBandWhereASwathFails) {
