@@ -137,10 +137,7 @@ TEST(Replay, TheSameSeedGivesTheSameBytesAndTheSameLog) {
     transfers[run] = RunJob(plan).transfers;
     logs[run] = folder.Logs().at(0);
   }
-  ASSERT_EQ(transfers[0].size(), transfers[1].size());
-  // The sequence numbers go on from job to job; all other words must be the same.
-  for (std::size_t i = 0; i < transfers[0].size(); ++i)
-    ASSERT_EQ(transfers[0][i].size(), transfers[1][i].size());
+  EXPECT_TRUE(Unnumbered(transfers[0]) == Unnumbered(transfers[1]));
   EXPECT_EQ(logs[0], logs[1]);
 }
 

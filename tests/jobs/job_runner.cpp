@@ -7,10 +7,12 @@
 #include <random>
 #include <sstream>
 
+#include "platform/bytes.h"
 #include "qrn_driver.h"
 #include "sim/session.h"
 
 namespace fs = std::filesystem;
+using qrn::sim::RasterSource;
 using qrn::sim::Session;
 using qrn::sim::SessionOptions;
 using qrn::sim::VirtualPrinter;
@@ -30,9 +32,13 @@ HostJobDesc DescOf(const JobPlan& plan) {
   return desc;
 }
 
-void HandOver(const JobPlan& plan, const RandomImage& image) {
+constexpr std::size_t kSlotBytes = 8192, kPacketBytes = 128, kFrameBytes = 32;
+constexpr std::size_t kSequenceAt = 18, kHeaderCheckAt = 30, kPacketCheckAt = 126;
+
+void HandOver(const JobPlan& plan, const RasterSource& image) {
   const std::vector<std::uint8_t> blank(image.LineBytes());
-  for (std::uint32_t line = 0; line < image.Lines(); ++line) {
+  const std::uint32_t lines = std::min(image.Lines(), plan.linesHanded);
+  for (std::uint32_t line = 0; line < lines; ++line) {
     for (int plane = 0; plane < 8; ++plane) {
       const std::uint8_t* bytes = image.Line(plane, line);
       if (bytes == nullptr) bytes = blank.data();
@@ -70,14 +76,47 @@ const std::uint8_t* RandomImage::Line(int plane, std::uint32_t line) const {
   return bytes.empty() ? nullptr : bytes.data() + std::size_t{line} * lineBytes_;
 }
 
+SolidImage::SolidImage(std::uint32_t widthPixels, std::uint32_t lines, std::vector<LineRange> solid)
+    : lines_(lines), full_(widthPixels * kBitsPerPixel / 8, 0xFF), solid_(std::move(solid)) {}
+
+const std::uint8_t* SolidImage::Line(int, std::uint32_t line) const {
+  for (const LineRange& range : solid_) {
+    if (line >= range.first && line < range.end) return full_.data();
+  }
+  return nullptr;
+}
+
+std::vector<std::vector<std::uint8_t>> Unnumbered(
+    std::vector<std::vector<std::uint8_t>> transfers) {
+  for (std::vector<std::uint8_t>& transfer : transfers) {
+    for (std::size_t at = 0; at + kFrameBytes <= transfer.size(); at += kSlotBytes) {
+      qrn::PutU16(&transfer[at + kSequenceAt], 0);
+      qrn::PutU16(&transfer[at + kHeaderCheckAt], 0);
+    }
+    if (transfer.size() == kPacketBytes) qrn::PutU16(&transfer[kPacketCheckAt], 0);
+  }
+  return transfers;
+}
+
+std::vector<std::uint32_t> FeedOnlySteps(const JobOutcome& outcome) {
+  std::vector<std::uint32_t> steps;
+  for (const std::vector<std::uint8_t>& transfer : outcome.transfers) {
+    if (transfer.size() != kPacketBytes) continue;
+    const std::uint8_t* command = &transfer[kFrameBytes];
+    if (qrn::U32(command) == 4 && qrn::U32(command + 8) == 0)
+      steps.push_back(qrn::U32(command + 56));
+  }
+  return steps;
+}
+
 std::string Describe(const JobPlan& plan) {
   std::ostringstream text;
   text << plan.resolution << " dpi, " << (plan.lineApi ? "line" : "stream") << ", "
        << plan.widthPixels << "x" << plan.lines << ", bidirectional " << plan.machine.bidirectional
        << ", fixed " << int{plan.machine.fixedDir} << ", mirrored " << plan.machine.mirroredHeads
        << ", feather " << int{plan.machine.featherPercent} << ", gaps "
-       << int{plan.machine.headGapX[0]} << "/" << int{plan.machine.headGapY[0]} << ", seed "
-       << plan.seed;
+       << int{plan.machine.headGapX[0]} << "/" << int{plan.machine.headGapY[0]} << ", "
+       << (plan.solid.empty() ? "random" : "solid") << ", seed " << plan.seed;
   return text.str();
 }
 
@@ -114,7 +153,9 @@ std::vector<std::string> LogFolder::Logs() const {
 }
 
 JobOutcome RunJob(const JobPlan& plan) {
-  const RandomImage image(plan.widthPixels, plan.lines, plan.seed);
+  const RandomImage random(plan.widthPixels, plan.lines, plan.seed);
+  const SolidImage solid(plan.widthPixels, plan.lines, plan.solid);
+  const RasterSource& image = plan.solid.empty() ? static_cast<const RasterSource&>(random) : solid;
   VirtualPrinter printer(plan.machine, plan.quirks);
   printer.KeepTransfers(true);
   JobOutcome outcome;

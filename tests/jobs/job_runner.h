@@ -28,6 +28,24 @@ class RandomImage : public qrn::sim::RasterSource {
   std::array<std::vector<std::uint8_t>, 8> planes_;
 };
 
+struct LineRange {
+  std::uint32_t first, end;
+};
+
+// Every pixel of some lines at the highest level in every plane, nothing anywhere else.
+class SolidImage : public qrn::sim::RasterSource {
+ public:
+  SolidImage(std::uint32_t widthPixels, std::uint32_t lines, std::vector<LineRange> solid);
+  std::uint32_t Lines() const override { return lines_; }
+  std::uint32_t LineBytes() const override { return static_cast<std::uint32_t>(full_.size()); }
+  const std::uint8_t* Line(int plane, std::uint32_t line) const override;
+
+ private:
+  std::uint32_t lines_;
+  std::vector<std::uint8_t> full_;
+  std::vector<LineRange> solid_;
+};
+
 struct JobPlan {
   qrn::sim::Machine machine;
   std::uint32_t resolution = 1440;
@@ -36,6 +54,8 @@ struct JobPlan {
   std::uint32_t lines = 500;
   std::uint64_t seed = 1;  // of the image and of the scheduling
   qrn::sim::QuirkScript quirks;
+  std::vector<LineRange> solid;            // a solid image; none: a random one
+  std::uint32_t linesHanded = UINT32_MAX;  // the host stops short behind so many
   bool skipEndCall = false;
   bool realTime = false;  // real threads instead of virtual time
 };
@@ -51,6 +71,13 @@ struct JobOutcome {
   std::vector<std::vector<std::uint8_t>> transfers;
   std::uint32_t elapsedMs = 0;  // virtual
 };
+
+// The transfers with the words set to zero that depend on how many messages went before: number and
+// check of each header, check of each packet.
+std::vector<std::vector<std::uint8_t>> Unnumbered(std::vector<std::vector<std::uint8_t>> transfers);
+
+// Motor steps of the swaths that only feed, in order.
+std::vector<std::uint32_t> FeedOnlySteps(const JobOutcome& outcome);
 
 // A private working directory with the log directory in it, for the life of the object.
 class LogFolder {
