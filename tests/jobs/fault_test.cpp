@@ -126,6 +126,34 @@ TEST(SkippedEnd, TheNextStartEndsTheJobAndTheOneAfterPrints) {
   EXPECT_EQ(0u, next.comparison.differingCells) << next.comparison.firstDifference;
 }
 
+// The old job's thread waits for room that never comes, and is told to leave: left alone it would
+// be ended by force after twenty seconds.
+TEST(SkippedEnd, CallsTheThreadOffAPrinterWithoutRoom) {
+  const LogFolder folder;
+  JobPlan plan;
+  plan.skipEndCall = true;
+  plan.quirks = Script("buffer-full:at=1,count=100000");
+  const JobOutcome outcome = RunJob(plan);
+  EXPECT_EQ("", outcome.violation);
+  EXPECT_LT(outcome.elapsedMs, 3000u);  // both starts included
+  const std::string log = CodePageToUtf8(folder.Logs().at(0));
+  EXPECT_EQ(std::string::npos, log.find("强行退出TX线程")) << log;
+  EXPECT_NE(std::string::npos, log.find("Task end(1)!")) << log;
+}
+
+TEST(ShortImage, OfALineHostEndsWithoutAFlush) {
+  const LogFolder folder;
+  JobPlan plan;
+  plan.lineApi = true;
+  plan.linesHanded = 100;
+  plan.solid = {{0, 500}};
+  const JobOutcome outcome = RunJob(plan);
+  EXPECT_EQ("", outcome.violation);
+  EXPECT_EQ(1u, outcome.stats.jobsEnded);
+  EXPECT_EQ(0u, outcome.stats.swaths);
+  EXPECT_EQ(std::string::npos, folder.Logs().at(0).find("Rip last swath"));
+}
+
 TEST(Replay, TheSameSeedGivesTheSameBytesAndTheSameLog) {
   JobPlan plan;
   plan.seed = TestSeed();
