@@ -1,82 +1,114 @@
 #include "sim/quirks.h"
 
-#include <array>
-#include <cstdlib>
+#include <algorithm>
+#include <charconv>
+#include <set>
 
 namespace qrn::sim {
 namespace {
 
-struct KindName {
+struct Field {
+  const char* name;
+  std::uint32_t Quirk::*value;
+  bool required;
+  std::uint32_t min, max;
+};
+
+struct KindRule {
   const char* name;
   Quirk::Kind kind;
+  std::vector<Field> fields;  // all that the kind heeds; one that is left out keeps its default
 };
 
-constexpr std::array<KindName, 6> kKinds = {{{"connect-refused", Quirk::Kind::kConnectRefused},
-                                             {"buffer-full", Quirk::Kind::kBufferFull},
-                                             {"pause", Quirk::Kind::kPause},
-                                             {"cancel", Quirk::Kind::kCancel},
-                                             {"spool-overflow", Quirk::Kind::kSpoolOverflow},
-                                             {"unplug", Quirk::Kind::kUnplug}}};
-
-struct FieldName {
-  const char* name;
-  std::uint32_t Quirk::*field;
-};
-
-constexpr std::array<FieldName, 4> kFields = {{{"at", &Quirk::at},
-                                               {"count", &Quirk::count},
-                                               {"status", &Quirk::value},
-                                               {"ms", &Quirk::durationMs}}};
-
-bool Refuse(const std::string& text, const std::string& why, std::string* error) {
-  *error = "quirk '" + text + "': " + why;
-  return false;
+const std::vector<KindRule>& Kinds() {
+  const Field at{"at", &Quirk::at, false, 1, UINT32_MAX};
+  const Field count{"count", &Quirk::count, false, 1, kQuirkCountMax};
+  const Field status{"status", &Quirk::value, true, 0, 0xFFFF};
+  const Field ms{"ms", &Quirk::durationMs, true, 1, kQuirkMsMax};
+  const Field msOrForGood{"ms", &Quirk::durationMs, false, 0, kQuirkMsMax};
+  static const std::vector<KindRule> kinds = {
+      {"connect-refused", Quirk::Kind::kConnectRefused, {count, status}},
+      {"buffer-full", Quirk::Kind::kBufferFull, {at, count}},
+      {"pause", Quirk::Kind::kPause, {at, ms}},
+      {"cancel", Quirk::Kind::kCancel, {at}},
+      {"spool-overflow", Quirk::Kind::kSpoolOverflow, {at, count}},
+      {"unplug", Quirk::Kind::kUnplug, {at, msOrForGood}},
+  };
+  return kinds;
 }
 
-bool ParseNumber(const std::string& text, std::uint32_t* value) {
-  if (text.empty() || text[0] < '0' || text[0] > '9') return false;
-  char* end = nullptr;
-  const unsigned long long number = std::strtoull(text.c_str(), &end, 0);
-  if (*end != '\0' || number > 0xFFFFFFFFull) return false;
-  *value = static_cast<std::uint32_t>(number);
-  return true;
+// Decimal, or hexadecimal behind "0x".
+bool ParseNumber(const std::string& text, std::uint64_t* number) {
+  const bool hexadecimal = text.compare(0, 2, "0x") == 0;
+  const char* end = text.data() + text.size();
+  const auto parsed =
+      std::from_chars(text.data() + (hexadecimal ? 2 : 0), end, *number, hexadecimal ? 16 : 10);
+  return parsed.ec == std::errc() && parsed.ptr == end;
 }
 
-// One "name=number".
-bool ParseField(const std::string& text, Quirk* quirk) {
-  const std::size_t equals = text.find('=');
-  if (equals == std::string::npos) return false;
-  for (const FieldName& field : kFields) {
-    if (text.compare(0, equals, field.name) == 0)
-      return ParseNumber(text.substr(equals + 1), &(quirk->*field.field));
+std::string NamesOf(const KindRule& rule) {
+  std::string names;
+  for (const Field& field : rule.fields) {
+    if (!names.empty()) names += ", ";
+    names += field.name + std::string("=");
   }
-  return false;
+  return names;
+}
+
+// Takes one "name=number"; why it is not one of the kind's, or "".
+std::string TakeField(const KindRule& rule, const std::string& text, Quirk* quirk,
+                      std::set<std::string>* named) {
+  const std::size_t equals = std::min(text.find('='), text.size());
+  const std::string name = text.substr(0, equals);
+  const auto field = std::find_if(rule.fields.begin(), rule.fields.end(),
+                                  [&name](const Field& known) { return name == known.name; });
+  if (field == rule.fields.end() || equals == text.size())
+    return "'" + text + "' is not one of " + NamesOf(rule);
+  std::uint64_t number = 0;
+  if (!ParseNumber(text.substr(equals + 1), &number) || number < field->min ||
+      number > field->max) {
+    return name + " must be a number from " + std::to_string(field->min) + " to " +
+           std::to_string(field->max);
+  }
+  if (!named->insert(name).second) return name + " stands there twice";
+  quirk->*field->value = static_cast<std::uint32_t>(number);
+  return "";
+}
+
+// `from`: where the fields begin in the quirk's text; npos = it has none.
+std::string TakeFields(const KindRule& rule, const std::string& text, std::size_t from,
+                       Quirk* quirk) {
+  std::set<std::string> named;
+  while (from != std::string::npos) {
+    const std::size_t comma = text.find(',', from);
+    const std::string why = TakeField(rule, text.substr(from, comma - from), quirk, &named);
+    if (!why.empty()) return why;
+    from = comma == std::string::npos ? comma : comma + 1;
+  }
+  for (const Field& field : rule.fields) {
+    if (field.required && named.count(field.name) == 0)
+      return "needs " + std::string(field.name) + "=";
+  }
+  return "";
+}
+
+std::string Parse(const std::string& text, Quirk* quirk) {
+  const std::size_t colon = text.find(':');
+  const std::string name = text.substr(0, colon);
+  const auto rule = std::find_if(Kinds().begin(), Kinds().end(),
+                                 [&name](const KindRule& known) { return name == known.name; });
+  if (rule == Kinds().end()) return "no such kind";
+  *quirk = Quirk{};
+  quirk->kind = rule->kind;
+  return TakeFields(*rule, text, colon == std::string::npos ? colon : colon + 1, quirk);
 }
 
 }  // namespace
 
 bool ParseQuirk(const std::string& text, Quirk* quirk, std::string* error) {
-  const std::size_t colon = text.find(':');
-  const std::string name = text.substr(0, colon);
-  const KindName* kind = nullptr;
-  for (const KindName& candidate : kKinds) {
-    if (name == candidate.name) kind = &candidate;
-  }
-  if (kind == nullptr) return Refuse(text, "no such kind", error);
-  *quirk = Quirk{};
-  quirk->kind = kind->kind;
-  std::string fields = colon == std::string::npos ? "" : text.substr(colon + 1);
-  while (!fields.empty()) {
-    const std::size_t comma = fields.find(',');
-    if (!ParseField(fields.substr(0, comma), quirk)) {
-      return Refuse(
-          text,
-          "'" + fields.substr(0, comma) + "' is not at=, count=, status= or ms= with a number",
-          error);
-    }
-    fields = comma == std::string::npos ? "" : fields.substr(comma + 1);
-  }
-  return true;
+  const std::string why = Parse(text, quirk);
+  if (!why.empty()) *error = "quirk '" + text + "': " + why;
+  return why.empty();
 }
 
 }  // namespace qrn::sim

@@ -18,7 +18,7 @@ struct Quirk {
     kUnplug,          // at message `at` the device is gone for `durationMs`; 0 = for good
   };
   Kind kind = Kind::kConnectRefused;
-  std::uint32_t at = 0;  // 1 = the first
+  std::uint32_t at = 1;  // 1 = the first
   std::uint32_t count = 1;
   std::uint32_t value = 0;
   std::uint32_t durationMs = 0;
@@ -26,9 +26,14 @@ struct Quirk {
 
 using QuirkScript = std::vector<Quirk>;
 
-// One quirk a string, such as "pause:at=3,ms=5000", "connect-refused:count=2,status=4",
-// "unplug:at=9,ms=6000", "buffer-full:at=2,count=5", "cancel:at=4", "spool-overflow:at=3". False,
-// with a one-line reason, when it is not one.
+// A quirk costs a job at most this much: the driver comes back within three seconds, so that 1000
+// times make an hour. A script of a hundred quirks stays below the seven days after which virtual
+// time gives a job up.
+constexpr std::uint32_t kQuirkCountMax = 1000;
+constexpr std::uint32_t kQuirkMsMax = 3'600'000;
+
+// One quirk a string, such as "pause:at=3,ms=5000"; docs/simulator.md lists the kinds and their
+// fields. False, with a one-line reason, when it is not one.
 bool ParseQuirk(const std::string& text, Quirk* quirk, std::string* error);
 
 }  // namespace qrn::sim

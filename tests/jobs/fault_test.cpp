@@ -132,7 +132,7 @@ TEST(SkippedEnd, CallsTheThreadOffAPrinterWithoutRoom) {
   const LogFolder folder;
   JobPlan plan;
   plan.skipEndCall = true;
-  plan.quirks = Script("buffer-full:at=1,count=100000");
+  plan.quirks = Script("buffer-full:at=1,count=1000");
   const JobOutcome outcome = RunJob(plan);
   EXPECT_EQ("", outcome.violation);
   EXPECT_LT(outcome.elapsedMs, 3000u);  // both starts included

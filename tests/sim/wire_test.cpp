@@ -7,7 +7,6 @@
 #include <numeric>
 
 #include "platform/bytes.h"
-#include "sim/quirks.h"
 
 namespace qrn::sim {
 namespace {
@@ -165,23 +164,6 @@ TEST(ReplyPacker, CutsRepliesIntoPacketsThatTheReceiverWouldJoin) {
   }
   EXPECT_EQ(reply, joined);
   EXPECT_EQ(0xF008, U16(&packer.Pack(Bytes(8))[0][16]));
-}
-
-TEST(Quirks, AreReadFromTextOrRefusedWithTheReason) {
-  Quirk quirk;
-  std::string error;
-  ASSERT_TRUE(ParseQuirk("connect-refused:count=2,status=0x54", &quirk, &error));
-  EXPECT_EQ(Quirk::Kind::kConnectRefused, quirk.kind);
-  EXPECT_EQ(2u, quirk.count);
-  EXPECT_EQ(0x54u, quirk.value);
-  ASSERT_TRUE(ParseQuirk("cancel", &quirk, &error));
-  EXPECT_EQ(0u, quirk.at);
-  for (const char* text : {"", "burn", "pause:at", "pause:at=", "pause:at=x", "pause:when=3",
-                           "pause:at=-1", "pause:at=4294967296", "pause:at=3;ms=5"}) {
-    error.clear();
-    EXPECT_FALSE(ParseQuirk(text, &quirk, &error)) << text;
-    EXPECT_EQ(0u, error.find("quirk '" + std::string(text) + "': "));
-  }
 }
 
 }  // namespace
