@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <thread>
 
 namespace qrn::sim {
@@ -66,12 +64,7 @@ SimPlatform::Thread& SimPlatform::PickNext() {
     if (!thread->ended) earliest = std::min(earliest, thread->wakeMs);
   }
   nowMs_ = std::max(nowMs_, earliest);
-  if (nowMs_ > options_.limitMs) {
-    std::fprintf(stderr, "virtual time passed %llu ms: seed %llu\n",
-                 static_cast<unsigned long long>(options_.limitMs),
-                 static_cast<unsigned long long>(options_.seed));
-    std::abort();
-  }
+  if (IsOverTime()) return *threads_[0];  // which throws
   std::vector<Thread*> ready;
   for (const auto& thread : threads_) {
     if (!thread->ended && thread->wakeMs <= nowMs_) ready.push_back(thread.get());
@@ -86,6 +79,10 @@ void SimPlatform::PassBaton(std::unique_lock<std::mutex>& lock, Thread& from) {
   if (from.ended) return;
   from.baton.wait(lock, [this, &from] { return running_ == &from; });
   if (from.killed) throw Killed{};
+  if (IsOverTime()) {
+    throw TimeLimitPassed("the job is not over after " + std::to_string(options_.limitMs / 1000) +
+                          " s of virtual time: seed " + std::to_string(options_.seed));
+  }
 }
 
 void SimPlatform::WaitUntil(std::uint64_t wakeMs) {

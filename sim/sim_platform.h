@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,16 @@ struct SimOptions {
   std::uint32_t localeId = 0x0409;
   std::uint32_t boxOpenMs = 500;  // until the user closes a message box
   bool failThreadStart = false;
-  // A run that takes longer than this stops the process: nothing in a job waits for days.
+  // A run that takes longer than this is given up: nothing in a job waits for days.
   std::uint64_t limitMs = 7ull * 24 * 3600 * 1000;
   std::function<void(const std::string& text)> onBox;
+};
+
+// Thrown on the host's thread, through the library, when virtual time passes its limit. What the
+// library had begun is left as it stands: after that only the platform's destructor may follow.
+class TimeLimitPassed : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
 };
 
 class SimPlatform final : public Platform {
@@ -63,6 +71,7 @@ class SimPlatform final : public Platform {
   template <class Step>
   bool Complete(Step step);
   void WaitUntil(std::uint64_t wakeMs);
+  bool IsOverTime() const { return nowMs_ > options_.limitMs; }
   void PassBaton(std::unique_lock<std::mutex>& lock, Thread& from);
   Thread& PickNext();
   Thread& Current();

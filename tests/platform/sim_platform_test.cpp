@@ -95,6 +95,27 @@ TEST(SimPlatform, EndsAThreadByForceWhereverItWaits) {
   EXPECT_EQ(0u, platform.LiveThreads());
 }
 
+// A run that never ends is the harness's to give up, on the host's thread, whichever thread waits.
+TEST(SimPlatform, GivesUpARunThatPassesItsLimit) {
+  FakePort port;
+  SimOptions options;
+  options.seed = 7;
+  options.limitMs = 60'000;
+  SimPlatform platform(port, options);
+  const ThreadHandle thread = platform.ThreadStart(
+      [](void* argument) {
+        for (;;) static_cast<SimPlatform*>(argument)->SleepMs(40'000);
+      },
+      &platform);
+  platform.SleepMs(60'000);
+  try {
+    platform.ThreadRelease(thread);
+    FAIL() << "waited for a thread that never ends";
+  } catch (const TimeLimitPassed& passed) {
+    EXPECT_STREQ("the job is not over after 60 s of virtual time: seed 7", passed.what());
+  }
+}
+
 TEST(SimPlatform, ListsOpensAndCountsDevices) {
   FakePort port;
   SimOptions options;
