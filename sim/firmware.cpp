@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::uint16_t kStateCancelled = 2, kStatePaused = 3, kStateResumed = 4, kStateRunning = 5;
 constexpr std::uint16_t kStatusSpoolOverflow = 7;
-constexpr std::uint32_t kFreeRoom = 64u << 20;
 constexpr std::size_t kReplyBytes = 16;  // up to the word behind the two of a pause reply
 
 Reply MakeReply(std::uint32_t code, bool ok, std::uint16_t sub, std::uint16_t status) {
@@ -54,6 +53,7 @@ std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t no
     away_ = true;
     awayForGood_ = quirk->durationMs == 0;
     awayUntilMs_ = nowMs + quirk->durationMs;
+    trouble_ = "the printer was unplugged at message " + std::to_string(messages_);
   }
   if (message.isData) {
     if (awaitedSwath_.empty()) {
@@ -84,6 +84,7 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
     case kConnect:
       return Connect();
     case kJobCreate:
+      ++jobsCreated_;
       return CreateJob(packet);
     case kSwath:
       return TakeSwath(packet, {}, nowMs);
@@ -109,8 +110,10 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
 Reply Firmware::Connect() {
   if (Quirk* quirk = Due(Quirk::Kind::kConnectRefused, 1)) {
     --quirk->count;
+    trouble_ = "the printer refused the connect with status " + std::to_string(quirk->value);
     return MakeReply(kConnect, false, 0, Low16(quirk->value));
   }
+  trouble_.clear();
   Reply reply = MakeReply(kConnect, true, 0, 0);
   reply.resize(8);
   const auto block = ParameterBlock(machine_);
@@ -144,7 +147,7 @@ std::uint16_t Firmware::JobState(std::uint32_t nowMs) {
 
 Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
   const std::uint16_t state = JobState(nowMs);
-  std::uint32_t room = state == kStatePaused ? 0 : kFreeRoom;
+  std::uint32_t room = state == kStatePaused ? 0 : spool_.Room(nowMs);
   if (Quirk* quirk = Due(Quirk::Kind::kBufferFull, lastSwathNo_ + 1)) {
     --quirk->count;
     room = 0;
@@ -186,6 +189,8 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
     return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
   }
   if (CheckSwathOrder(packet, data)) {
+    if (!spool_.Take(data.size(), nowMs))
+      return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
     PrintSwath(packet, data);
     lastSwathNo_ = number;
     lastSwath_ = packet;
@@ -194,6 +199,7 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
   if (Quirk* quirk = Due(Quirk::Kind::kCancel, number)) {
     quirk->count = 0;
     cancelled_ = true;
+    trouble_ = "the job was cancelled at the printer, at swath " + std::to_string(number);
   }
   if (Quirk* quirk = Due(Quirk::Kind::kPause, number)) {
     quirk->count = 0;

@@ -13,6 +13,7 @@
 #include "sim/machine.h"
 #include "sim/paper.h"
 #include "sim/quirks.h"
+#include "sim/spool.h"
 #include "sim/wire.h"
 
 namespace qrn::sim {
@@ -31,11 +32,14 @@ class Firmware {
   bool Present(std::uint32_t nowMs);
 
   const std::string& Violation() const { return violation_; }
+  // What may have cost the host its job, last of all since the last connect; "" = nothing.
+  const std::string& Trouble() const { return trouble_; }
   const Paper& ThePaper() const { return paper_; }
   std::uint32_t ResolutionX() const { return resolution_; }
   std::uint32_t Swaths() const { return swaths_; }
   std::uint32_t FeedOnlySwaths() const { return feedOnlySwaths_; }
   std::uint64_t InkLaid() const { return inkLaid_; }
+  std::uint32_t JobsCreated() const { return jobsCreated_; }
   std::uint32_t JobsEnded() const { return jobsEnded_; }
 
  private:
@@ -59,12 +63,14 @@ class Firmware {
   Paper paper_;
   std::unique_ptr<Carriage> carriage_;  // null before the first job create
   std::string violation_;
+  std::string trouble_;
 
   Packet jobCreate_;     // the last one
   Packet awaitedSwath_;  // swath command whose data are to come
   Packet lastSwath_;     // last accepted swath and its data, to know a repetition by
   std::vector<std::uint8_t> lastData_;
   std::uint32_t lastSwathNo_ = 0;
+  Spool spool_;
 
   bool cancelled_ = false;
   bool paused_ = false;
@@ -75,7 +81,7 @@ class Firmware {
 
   std::uint32_t resolution_ = 0;
   std::uint32_t messages_ = 0;
-  std::uint32_t swaths_ = 0, feedOnlySwaths_ = 0, jobsEnded_ = 0;
+  std::uint32_t swaths_ = 0, feedOnlySwaths_ = 0, jobsCreated_ = 0, jobsEnded_ = 0;
   std::uint64_t inkLaid_ = 0;
 };
 

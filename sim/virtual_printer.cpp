@@ -59,6 +59,7 @@ PrinterStats VirtualPrinter::Stats() const {
   stats.swaths = impl_->firmware.Swaths();
   stats.feedOnlySwaths = impl_->firmware.FeedOnlySwaths();
   stats.inkLaid = impl_->firmware.InkLaid();
+  stats.jobsCreated = impl_->firmware.JobsCreated();
   stats.jobsEnded = impl_->firmware.JobsEnded();
   return stats;
 }
@@ -66,6 +67,11 @@ PrinterStats VirtualPrinter::Stats() const {
 std::string VirtualPrinter::Violation() const {
   const std::lock_guard lock(impl_->mutex);
   return !impl_->wire.Violation().empty() ? impl_->wire.Violation() : impl_->firmware.Violation();
+}
+
+std::string VirtualPrinter::Trouble() const {
+  const std::lock_guard lock(impl_->mutex);
+  return impl_->firmware.Trouble();
 }
 
 const Paper& VirtualPrinter::CurrentPaper() const { return impl_->firmware.ThePaper(); }

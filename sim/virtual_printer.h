@@ -22,7 +22,7 @@ struct PrinterStats {
   std::uint32_t swaths = 0;         // accepted, feed-only ones included
   std::uint32_t feedOnlySwaths = 0;
   std::uint64_t inkLaid = 0;  // sum of drop levels
-  std::uint32_t jobsEnded = 0;
+  std::uint32_t jobsCreated = 0, jobsEnded = 0;
 };
 
 // Calls may come from any thread.
@@ -35,6 +35,8 @@ class VirtualPrinter : public UsbPort {
   // First violation of the framing or of the command protocol that the host has committed, with its
   // place; "" if none.
   std::string Violation() const;
+  // What befell the printer since its last connect and may have ended the job early; "" if nothing.
+  std::string Trouble() const;
   // The paper of the job so far, or of the last one. Valid until the next job create; only between
   // jobs.
   const Paper& CurrentPaper() const;

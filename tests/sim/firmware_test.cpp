@@ -127,6 +127,34 @@ TEST_F(FirmwareTest, HoldsBrokenRulesAgainstTheHost) {
   EXPECT_NE(std::string::npos, firmware.Violation().find("swath 1 came again, but changed"));
 }
 
+TEST_F(FirmwareTest, SpoolsDataDrainsThemAndRefusesWhatDoesNotFitByHalf) {
+  constexpr std::uint32_t kLarge = 100u << 20;  // of 128 MiB
+  const auto room = [this] {
+    const auto reply = firmware.Take({false, Command(12)}, now);
+    return U32(reply->data() + 8);
+  };
+  const auto send = [this](std::uint32_t number, std::uint32_t bytes) {
+    Tell(Swath(number, bytes));
+    return Tell(Bytes(bytes), true);
+  };
+  Restart({});
+  EXPECT_EQ(128u << 20, room());
+  EXPECT_EQ((Words{4, 1, 5, 0}), send(1, kLarge));
+  EXPECT_EQ(28u << 20, room());
+  EXPECT_EQ((Words{4, 0, 5, 7}), send(2, kLarge));
+  EXPECT_EQ(28u << 20, room());
+  now += 22 * 32;  // 22 MiB at 32 KiB a millisecond
+  EXPECT_EQ(50u << 20, room());
+  EXPECT_EQ((Words{4, 1, 5, 0}), send(2, kLarge));
+  EXPECT_EQ(0u, room());
+  EXPECT_EQ((Words{4, 1, 5, 0}), send(2, kLarge));  // its reply was lost: not spooled twice
+  now += 51 * 32;
+  EXPECT_EQ(1u << 20, room());
+  now += 0x80000000;  // a day later, across the wrap
+  EXPECT_EQ(128u << 20, room());
+  EXPECT_EQ("", firmware.Violation());
+}
+
 TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
   firmware = Firmware(Machine{}, {{Quirk::Kind::kConnectRefused, 0, 2, 0x54, 0}});
   EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
