@@ -3,9 +3,10 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <memory>
+#include <cstring>
 #include <vector>
 
 namespace qrn::sim {
@@ -110,9 +111,18 @@ class RowMixer {
   std::vector<std::uint8_t> bytes_;
 };
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
+// Why the file could not be written; "" when it was.
+std::string WriteFile(const std::string& path, png_image* image, const std::uint8_t* pixels) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return std::strerror(errno);
+  errno = 0;
+  std::string why;
+  // The library tells its own reason only; a full disk may show at the very end.
+  if (png_image_write_to_stdio(image, file, 0, pixels, 0, nullptr) == 0)
+    why = errno != 0 ? std::strerror(errno) : image->message;
+  if (std::fclose(file) != 0 && why.empty()) why = std::strerror(errno);
+  return why;
+}
 
 }  // namespace
 
@@ -141,14 +151,9 @@ bool WritePng(const Paper& paper, const PictureOptions& options, const std::stri
   image.width = width;
   image.height = height;
   image.format = PNG_FORMAT_RGB;
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-  if (file == nullptr ||
-      png_image_write_to_stdio(&image, file.get(), 0, pixels.data(), 0, nullptr) == 0) {
-    *error = "cannot write picture '" + path + "'" +
-             (file == nullptr ? "" : std::string(": ") + image.message);
-    return false;
-  }
-  return true;
+  const std::string why = WriteFile(path, &image, pixels.data());
+  if (!why.empty()) *error = "cannot write picture '" + path + "': " + why;
+  return why.empty();
 }
 
 }  // namespace qrn::sim
