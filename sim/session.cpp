@@ -21,6 +21,7 @@ Session::Session(VirtualPrinter& printer, SessionOptions options)
   if (impl_->options.virtualTime) {
     SimOptions sim;
     sim.seed = impl_->options.seed;
+    sim.limitMs = impl_->options.limitMs;
     sim.onBox = impl_->options.onBox;
     impl_->virtualTime = std::make_unique<SimPlatform>(printer, std::move(sim));
     UsePlatform(impl_->virtualTime.get());

@@ -16,6 +16,9 @@ namespace qrn::sim {
 struct SessionOptions {
   bool virtualTime = false;
   std::uint64_t seed = 1;  // scheduling on virtual time
+  // Of virtual time; the call that passes it throws TimeLimitPassed. Nothing in a job waits for
+  // days.
+  std::uint64_t limitMs = 7ull * 24 * 3600 * 1000;
   // Called for every message box of the library, on the thread that raised it; text in UTF-8.
   std::function<void(const std::string& text)> onBox;
 };

@@ -26,8 +26,7 @@ struct SimOptions {
   std::uint32_t localeId = 0x0409;
   std::uint32_t boxOpenMs = 500;  // until the user closes a message box
   bool failThreadStart = false;
-  // A run that takes longer than this is given up: nothing in a job waits for days.
-  std::uint64_t limitMs = 7ull * 24 * 3600 * 1000;
+  std::uint64_t limitMs = 7ull * 24 * 3600 * 1000;  // a run that takes longer is given up
   std::function<void(const std::string& text)> onBox;
 };
 

@@ -2,8 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 #include "jobs/job_runner.h"
+#include "sim/sim_platform.h"
 #include "support/log_text.h"
 #include "support/test_seed.h"
 
@@ -152,6 +155,24 @@ TEST(ShortImage, OfALineHostEndsWithoutAFlush) {
   EXPECT_EQ(1u, outcome.stats.jobsEnded);
   EXPECT_EQ(0u, outcome.stats.swaths);
   EXPECT_EQ(std::string::npos, folder.Logs().at(0).find("Rip last swath"));
+}
+
+// In a process of its own: what the library had begun stays behind.
+TEST(TimeLimit, EndsAJobThatWaitsForTooLong) {
+  const LogFolder folder;
+  JobPlan plan;
+  plan.seed = 5;
+  plan.limitMs = 60'000;
+  plan.quirks = Script("pause:at=2,ms=3600000");
+  const auto run = [&plan] {
+    try {
+      RunJob(plan);
+    } catch (const qrn::sim::TimeLimitPassed& passed) {
+      std::fputs(passed.what(), stderr);
+      std::_Exit(3);
+    }
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(3), "not over after 60 s of virtual time: seed 5");
 }
 
 TEST(Replay, TheSameSeedGivesTheSameBytesAndTheSameLog) {

@@ -162,6 +162,7 @@ JobOutcome RunJob(const JobPlan& plan) {
   SessionOptions options;
   options.virtualTime = !plan.realTime;
   options.seed = plan.seed;
+  options.limitMs = plan.limitMs;
   options.onBox = [&outcome](const std::string& text) { outcome.boxes.push_back(text); };
   {
     const Session session(printer, options);

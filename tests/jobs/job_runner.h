@@ -57,7 +57,8 @@ struct JobPlan {
   std::vector<LineRange> solid;            // a solid image; none: a random one
   std::uint32_t linesHanded = UINT32_MAX;  // the host stops short behind so many
   bool skipEndCall = false;
-  bool realTime = false;  // real threads instead of virtual time
+  std::uint64_t limitMs = 7ull * 24 * 3600 * 1000;  // of virtual time
+  bool realTime = false;                            // real threads instead of virtual time
 };
 
 std::string Describe(const JobPlan& plan);
