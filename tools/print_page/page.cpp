@@ -1,5 +1,7 @@
 #include "print_page/page.h"
 
+#include <algorithm>
+
 namespace qrn::tool {
 namespace {
 
@@ -22,6 +24,13 @@ const std::uint8_t* SlotPage::Line(int slot, std::uint32_t line) const {
   const std::vector<std::uint8_t>& bytes = page_.planes[static_cast<std::size_t>(plane)];
   const std::size_t at = std::size_t{line} * page_.LineBytes();
   return at < bytes.size() ? bytes.data() + at : nullptr;
+}
+
+int MissingPlane(const RasterPage& page, const SlotMap& slots) {
+  const auto missing = std::find_if(slots.begin(), slots.end(), [&page](int plane) {
+    return plane != kBlank && !page.present.test(static_cast<std::size_t>(plane));
+  });
+  return missing == slots.end() ? kBlank : *missing;
 }
 
 std::uint8_t LevelOf(std::uint8_t ink, std::uint32_t x, std::uint32_t y) {

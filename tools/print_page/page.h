@@ -4,6 +4,7 @@
 #define QRN_TOOLS_PRINT_PAGE_PAGE_H_
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -29,6 +30,7 @@ struct RasterPage {
   std::uint32_t width = 0;  // pixels, before widening
   std::uint32_t lines = 0;
   std::uint32_t linesRead = 0;  // fewer when the raster ended early; the rest is blank
+  std::bitset<kSlots> present;  // planes that the raster has, blank or not
   // What lies behind the end of a plane is blank, the whole of an empty one.
   std::vector<std::vector<std::uint8_t>> planes;
 
@@ -47,6 +49,9 @@ class SlotPage : public sim::RasterSource {
   const RasterPage& page_;
   SlotMap slots_;
 };
+
+// The first plane that the slot map names and the page does not have; kBlank when there is none.
+int MissingPlane(const RasterPage& page, const SlotMap& slots);
 
 // Reduces 8 bits of ink to a drop level 0..3, dithered by place: the average level over an 8 x 8
 // field is the ink's share of 3. 0 stays 0, 255 becomes 3.

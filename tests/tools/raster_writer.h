@@ -1,0 +1,38 @@
+// Writes CUPS rasters of noise, in every order and depth.
+#ifndef QRN_TESTS_TOOLS_RASTER_WRITER_H_
+#define QRN_TESTS_TOOLS_RASTER_WRITER_H_
+
+#include <cups/raster.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+struct RasterFormat {
+  cups_cspace_t space = CUPS_CSPACE_CMYK;
+  unsigned colors = 4, bits = 2;
+  cups_order_t order = CUPS_ORDER_CHUNKED;
+  unsigned width = 53, lines = 7;
+  unsigned padding = 0;  // bits in front of the colours of a chunked pixel
+  cups_mode_t mode = CUPS_RASTER_WRITE;
+  unsigned pages = 1;
+
+  bool Chunked() const { return order == CUPS_ORDER_CHUNKED; }
+};
+
+// The value of a colour at a place, the same however the raster is ordered.
+unsigned ValueAt(const std::vector<std::uint8_t>& noise, const RasterFormat& format, unsigned color,
+                 unsigned x, unsigned y);
+
+// As many bytes of noise as the format has values.
+std::vector<std::uint8_t> NoiseFor(const RasterFormat& format, std::uint64_t seed);
+
+// `change` may break the header before it is written.
+std::string WriteRaster(const RasterFormat& format, const std::vector<std::uint8_t>& noise,
+                        const std::function<void(cups_page_header2_t*)>& change = {});
+
+// The same uncompressed stream as a machine of the other byte order writes it. One page.
+std::string Swapped(std::string stream);
+
+#endif  // QRN_TESTS_TOOLS_RASTER_WRITER_H_
