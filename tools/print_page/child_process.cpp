@@ -12,26 +12,48 @@
 #include <fstream>
 #include <sstream>
 
+#include "print_page/leftovers.h"
+
 extern char** environ;
 
 namespace qrn::tool {
 
+namespace {
+
+constexpr const char* kNoMessage = "failed without a message";
+
+// The next line that is not blank; false when there is none.
+bool NextLine(std::istringstream& stream, std::string* line) {
+  while (std::getline(stream, *line)) {
+    if (!line->empty() && line->back() == '\r') line->pop_back();
+    if (!line->empty()) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 std::string ReasonIn(const std::string& messages) {
   std::istringstream stream(messages);
-  std::string line, last;
-  while (std::getline(stream, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.empty()) continue;
+  std::string line, last = kNoMessage;
+  while (NextLine(stream, &line)) {
     if (line.find("rror") != std::string::npos) return line;
     last = line;
   }
-  return last.empty() ? "failed without a message" : last;
+  return last;
+}
+
+std::string FirstLineOf(const std::string& messages) {
+  std::istringstream stream(messages);
+  std::string line;
+  return NextLine(stream, &line) ? line : "";
 }
 
 ChildProcess::~ChildProcess() {
   CloseOutput();
   if (child_ == 0) return;
   kill(child_, SIGTERM);
+  ForgetChild(child_);
   waitpid(child_, nullptr, 0);
 }
 
@@ -56,7 +78,18 @@ bool ChildProcess::Start(const std::vector<std::string>& arguments, std::string*
   std::vector<char*> argv;
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
-  const int failed = posix_spawnp(&child_, argv[0], &actions, nullptr, argv.data(), environ);
+  // The signals that this program blocks are not blocked there.
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t none;
+  sigemptyset(&none);
+  posix_spawnattr_setsigmask(&attributes, &none);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  auto lock = HoldOffSignals();
+  const int failed = posix_spawnp(&child_, argv[0], &actions, &attributes, argv.data(), environ);
+  if (failed == 0) NoteChild(child_);
+  lock.unlock();
+  posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
   close(pipeEnds[1]);
   output_ = pipeEnds[0];
@@ -75,18 +108,42 @@ std::size_t ChildProcess::Read(void* buffer, std::size_t bytes) {
   return got > 0 ? static_cast<std::size_t>(got) : 0;
 }
 
-bool ChildProcess::Wait(std::string* error) {
+bool ChildProcess::WaitForEnd() {
   std::array<char, 4096> dropped;
   while (Read(dropped.data(), dropped.size()) != 0) {
   }
   CloseOutput();
   int status = 0;
+  // Forgotten between its end and the moment at which its number may become another's.
+  siginfo_t ended{};
+  waitid(P_PID, static_cast<id_t>(child_), &ended, WEXITED | WNOWAIT);
+  ForgetChild(child_);
   waitpid(child_, &status, 0);
   child_ = 0;
-  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return true;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string ChildProcess::Said() const {
   std::ostringstream messages;
   messages << std::ifstream(said_).rdbuf();
-  *error = name_ + ": " + ReasonIn(messages.str());
+  return messages.str();
+}
+
+std::string ChildProcess::Named(const std::string& reason) const {
+  return reason.compare(0, name_.size() + 1, name_ + " ") == 0 ? reason : name_ + ": " + reason;
+}
+
+bool ChildProcess::Wait(std::string* error) {
+  if (WaitForEnd()) return true;
+  *error = Named(ReasonIn(Said()));
+  return false;
+}
+
+bool ChildProcess::WaitSilent(std::string* error) {
+  const bool ended = WaitForEnd();
+  const std::string said = FirstLineOf(Said());
+  if (ended && said.empty()) return true;
+  *error = Named(said.empty() ? kNoMessage : said);
   return false;
 }
 

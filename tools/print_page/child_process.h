@@ -26,8 +26,15 @@ class ChildProcess {
   // Drops what it still writes and waits for its end. False when it did not end with 0; *error is
   // then one line of what it said.
   bool Wait(std::string* error);
+  // The same for a program that tells of damage and ends with 0 all the same: whatever it says is a
+  // failure, and its first line the reason.
+  bool WaitSilent(std::string* error);
 
  private:
+  bool WaitForEnd();
+  std::string Said() const;
+  // With the program's name in front, unless the reason begins with it.
+  std::string Named(const std::string& reason) const;
   void CloseOutput();
 
   std::string said_;
@@ -39,6 +46,8 @@ class ChildProcess {
 // The line of a program's messages that says what is wrong: the first that names an error, else the
 // last one.
 std::string ReasonIn(const std::string& messages);
+// The first line of the messages that is not blank; "" when there is none.
+std::string FirstLineOf(const std::string& messages);
 
 }  // namespace qrn::tool
 

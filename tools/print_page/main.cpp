@@ -7,6 +7,7 @@
 
 #include "print_page/host_job.h"
 #include "print_page/input.h"
+#include "print_page/leftovers.h"
 #include "print_page/options.h"
 #include "print_page/settings.h"
 #include "print_page/summary.h"
@@ -176,6 +177,7 @@ int main(int argc, char** argv) {
   int exitCode = 0;
   const auto options = qrn::tool::ParseOptions(argc, argv, &exitCode);
   if (!options) return exitCode;
+  qrn::tool::CleanUpOnSignals();
   try {
     return qrn::tool::PrintAll(*options);
   } catch (const std::exception& error) {

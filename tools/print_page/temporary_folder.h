@@ -9,19 +9,24 @@
 #include <string>
 #include <system_error>
 
+#include "print_page/leftovers.h"
+
 namespace qrn::tool {
 
 class TemporaryFolder {
  public:
   TemporaryFolder() {
     std::string name = (std::filesystem::temp_directory_path() / "print-page-XXXXXX").string();
+    const auto lock = HoldOffSignals();
     if (mkdtemp(name.data()) == nullptr)
       throw std::runtime_error("no temporary folder can be made");
-    path_ = name;
+    path_ = std::filesystem::absolute(name);  // the current folder changes while it exists
+    NoteFolder(path_);
   }
   ~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+    ForgetFolder(path_);
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
