@@ -34,6 +34,7 @@ std::vector<std::string> GhostscriptCommand(const std::string& document, std::ui
           "-dSAFER",
           "-dBATCH",
           "-dNOPAUSE",
+          "-dPDFSTOPONERROR",  // it would print what it can of a damaged file, and end with 0
           "-sDEVICE=cups",
           "-sPAPERSIZE=a4",
           "-dEPSCrop",
@@ -47,10 +48,11 @@ std::vector<std::string> GhostscriptCommand(const std::string& document, std::ui
           document};
 }
 
-// Transparency lies on white, in each of the file's pictures.
+// Transparency lies on white, in each of the file's pictures. The background stands in front of the
+// picture: behind it, the program keeps silent about damage.
 std::vector<std::string> PictureCommand(const std::string& picture, const std::string& out) {
-  return {"gm",  "convert", picture,     "-background", "white",     "-extent",
-          "0x0", "+matte",  "-compress", "Zip",         "pdf:" + out};
+  return {"gm",  "convert", "-background", "white", picture,     "-extent",
+          "0x0", "+matte",  "-compress",   "Zip",   "pdf:" + out};
 }
 
 struct Magic {
@@ -107,6 +109,7 @@ struct Input::Impl {
   std::string ahead;                       // bytes read to tell the kind, for the reader first
   std::unique_ptr<ChildProcess> renderer;  // where the raster comes from when `file` is not one
   std::unique_ptr<RasterReader> reader;
+  int pages = 0;  // read
 
   std::ptrdiff_t Read(std::uint8_t* buffer, std::size_t bytes) {
     if (renderer != nullptr) return static_cast<std::ptrdiff_t>(renderer->Read(buffer, bytes));
@@ -119,6 +122,16 @@ struct Input::Impl {
     return static_cast<std::ptrdiff_t>(std::fread(buffer, 1, bytes, file.get()));
   }
 
+  // Without the name in the private folder, which says nothing to the user, and what the converter
+  // adds behind it: an error number of another moment.
+  std::string Plain(std::string reason) const {
+    const std::string path = folder.Path("document");
+    reason.resize(std::min(reason.size(), reason.find(" (" + path)));
+    for (std::size_t at = 0; (at = reason.find(path, at)) != std::string::npos;)
+      reason.replace(at, path.size(), "the file");
+    return reason;
+  }
+
   // Starts what makes the file a raster. It reads a link of a plain name, because both programs
   // see more in a file name than a name.
   bool Render(std::string* error) {
@@ -129,7 +142,8 @@ struct Input::Impl {
       const std::string pdf = folder.Path("picture.pdf");
       ChildProcess converter(folder.Path("converter.txt"));
       if (!converter.Start(PictureCommand(magic->format + (":" + document), pdf), error) ||
-          !converter.Wait(error)) {
+          !converter.WaitSilent(error)) {  // it fills in what a damaged picture lacks
+        *error = Plain(*error);
         return false;
       }
       document = pdf;
@@ -142,6 +156,7 @@ struct Input::Impl {
   ReadResult EndOfRenderer(ReadResult result, std::string* why) {
     const bool ended = result != ReadResult::kPage;
     if (renderer == nullptr || !ended || renderer->Wait(why)) return result;
+    *why = Plain(*why);
     return result == ReadResult::kTruncated ? result : ReadResult::kError;
   }
 };
@@ -182,6 +197,9 @@ ReadResult Input::NextPage(RasterPage* page, std::string* error) {
   std::string why;
   ReadResult result = impl_->reader->NextPage(impl_->resolution, page, &why);
   result = impl_->EndOfRenderer(result, &why);
+  if (result == ReadResult::kPage) ++impl_->pages;
+  if (result == ReadResult::kError && impl_->pages > 0)
+    why = "behind page " + std::to_string(impl_->pages) + ": " + why;
   if (!why.empty()) *error = Quoted(impl_->name, why);
   return result;
 }
