@@ -16,9 +16,13 @@ struct HostJob {
   std::function<void(std::uint32_t lines)> onProgress;
 };
 
-// Starts a job, hands over the page and ends the job. False when the line family told that the job
-// did not start; the stream family tells nothing.
-bool PrintPage(const HostJob& job, const sim::RasterSource& page);
+struct HandedOver {
+  bool started = true;      // the line family told so; the stream family tells nothing
+  std::uint32_t lines = 0;  // that the driver took; the stream family seems to take them all
+};
+
+// Starts a job, hands over the page, up to a line that the driver refuses, and ends the job.
+HandedOver PrintPage(const HostJob& job, const sim::RasterSource& page);
 
 }  // namespace qrn::tool
 

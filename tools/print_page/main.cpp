@@ -1,6 +1,11 @@
 // print-page: prints real pages on the virtual printer and proves what came out.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <exception>
 #include <filesystem>
@@ -51,6 +56,7 @@ sim::PrinterStats Difference(const sim::PrinterStats& after, const sim::PrinterS
   stats.swaths = after.swaths - before.swaths;
   stats.feedOnlySwaths = after.feedOnlySwaths - before.feedOnlySwaths;
   stats.inkLaid = after.inkLaid - before.inkLaid;
+  stats.jobsCreated = after.jobsCreated - before.jobsCreated;
   stats.jobsEnded = after.jobsEnded - before.jobsEnded;
   return stats;
 }
@@ -62,6 +68,23 @@ std::string PictureName(const std::string& name, int pageNo) {
   return (path.parent_path() /
           (path.stem().string() + "-" + std::to_string(pageNo) + path.extension().string()))
       .string();
+}
+
+// Why no picture can come there, found before paper is spent on it; "" when it can.
+std::string PictureProblem(const std::string& name) {
+  if (name.empty()) return "";
+  if (fs::is_directory(name)) return "'" + name + "': is a folder";
+  const std::string folder = fs::path(name).parent_path().string();
+  if (access(folder.c_str(), W_OK | X_OK) != 0) return "'" + folder + "': " + std::strerror(errno);
+  return fs::is_directory(folder) ? "" : "'" + folder + "': is not a folder";
+}
+
+// Why this page cannot be printed as asked; "" when it can.
+std::string PageProblem(const Options& options, const RasterPage& page, int pageNo) {
+  const int missing = options.slotsNamed ? MissingPlane(page, options.slots) : kBlank;
+  if (missing == kBlank) return "";
+  return "'" + options.input + "': page " + std::to_string(pageNo) + " has no plane " +
+         std::to_string(missing) + " for --slots";
 }
 
 class Run {
@@ -85,13 +108,16 @@ class Run {
     const std::clock_t cpuStart = std::clock();
     {
       ProgressBar bar(page.Lines());
-      const bool started =
+      const HandedOver handedOver =
           PrintPage({options_.resolution, options_.lineApi,
                      [&](std::uint32_t lines) { bar.Show(lines, printer_.Stats()); }},
                     page);
       report.stats = Difference(printer_.Stats(), before);
-      report.completed = started && report.stats.jobsEnded == 1;
+      report.completed = handedOver.started && report.stats.jobsEnded == 1;
+      if (report.stats.jobsCreated != 0)
+        report.linesPrinted = std::min(handedOver.lines, raster.linesRead);
     }
+    if (!report.completed) report.cause = CauseOf(report.stats);
     report.wallSeconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count();
     report.cpuSeconds = static_cast<double>(std::clock() - cpuStart) / CLOCKS_PER_SEC;
@@ -102,6 +128,16 @@ class Run {
   }
 
  private:
+  std::string CauseOf(const sim::PrinterStats& stats) const {
+    std::string cause = printer_.Trouble();
+    if (cause.empty()) {
+      cause = stats.jobsCreated == 0 ? "the printer was sent no job"
+                                     : "the printer was not told of the job's end";
+    }
+    return cause + (options_.logFolder.empty() ? "; --log-dir keeps the driver's log"
+                                               : "; see the log in " + options_.logFolder);
+  }
+
   static sim::SessionOptions SessionOptionsOf(const Options& options) {
     sim::SessionOptions session;
     session.virtualTime = options.virtualTime;
@@ -127,11 +163,9 @@ class Run {
     picture.columns = options_.verify ? page.LineBytes() * 4 / printer_.BasePassCount() : 0;
     picture.columnsPerInch = options_.resolution / printer_.BasePassCount();
     picture.inkMax = printer_.BasePassCount() * 3;
-    std::string error;
     if (!sim::WritePng(printer_.CurrentPaper(), picture, PictureName(options_.picture, pageNo_),
-                       &error)) {
-      report->completed = false;
-      Fail(error);
+                       &report->pictureError)) {
+      Fail(report->pictureError);
     }
   }
 
@@ -147,6 +181,8 @@ int PrintAll(const Options& options) {
   std::string error;
   if (!options.settingsFile.empty() && !LoadSettings(options.settingsFile, &machine, &error))
     return Fail(error);
+  error = PictureProblem(options.picture);
+  if (!error.empty()) return Fail(error);
   const std::unique_ptr<Input> input = Input::Open(options.input, options.resolution, &error);
   if (input == nullptr) return Fail(error);
   const LogDrive logDrive(options.logFolder);
@@ -154,19 +190,21 @@ int PrintAll(const Options& options) {
   bool succeeded = true;
   RasterPage page;
   for (int pages = 0;; ++pages) {
-    switch (input->NextPage(&page, &error)) {
+    const ReadResult result = input->NextPage(&page, &error);
+    switch (result) {
       case ReadResult::kPage:
-        succeeded &= run.Print(page);
-        break;
       case ReadResult::kTruncated:
-        (void)run.Print(page);
-        return Fail(error);
+        break;
       case ReadResult::kError:
         return Fail(error);
       case ReadResult::kEnd:
         if (pages == 0) return Fail("'" + options.input + "': holds no page");
         return succeeded ? 0 : 1;
     }
+    const std::string problem = PageProblem(options, page, pages + 1);
+    if (!problem.empty()) return Fail(problem);
+    succeeded &= run.Print(page);
+    if (result == ReadResult::kTruncated) return Fail(error);
   }
 }
 

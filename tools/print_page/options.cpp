@@ -1,6 +1,7 @@
 #include "print_page/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -17,8 +18,7 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     "Quirks: connect-refused:count=2,status=4   buffer-full:at=2,count=5   "
     "spool-overflow:at=3,count=1\n"
-    "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (at: swath, for unplug "
-    "message)\n"
+    "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (docs/simulator.md)\n"
     "Exit code: 0 all pages printed and equal, 1 not, or input that cannot be read, 2 wrong usage.";
 
 std::string Absolute(const std::string& path) {
@@ -49,7 +49,10 @@ bool ParseSlots(const std::string& text, SlotMap* slots, std::string* error) {
     }
     (*slots)[slot] = plane ? entry[0] - '0' : kBlank;
   }
-  return true;
+  if (std::count(slots->begin(), slots->end(), kBlank) != static_cast<std::ptrdiff_t>(kSlots))
+    return true;
+  *error = "slots '" + text + "': every slot is blank";
+  return false;
 }
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exitCode) {
@@ -66,9 +69,11 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exit
   app.add_option("--api", api, "family of exports: stream or line")
       ->check(CLI::IsMember({"stream", "line"}))
       ->capture_default_str();
-  app.add_option("--slots", slots,
-                 "page plane (C, M, Y, K = 0..3) that feeds each of the 8 colour slots, - for none")
-      ->capture_default_str();
+  const CLI::Option* slotsOption =
+      app.add_option(
+             "--slots", slots,
+             "page plane (C, M, Y, K = 0..3) that feeds each of the 8 colour slots, - for none")
+          ->capture_default_str();
   app.add_option("-s,--settings", options.settingsFile,
                  "the printer's settings, a TOML file (see samples/printer.toml)");
   app.add_option("-o,--output", options.picture,
@@ -88,6 +93,7 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exit
     return std::nullopt;
   }
   options.lineApi = api == "line";
+  options.slotsNamed = slotsOption->count() != 0;
   std::string error;
   if (!ParseSlots(slots, &options.slots, &error) || !ParseQuirks(quirks, &options.quirks, &error)) {
     std::cerr << "print-page: " << error << "\n";

@@ -16,6 +16,7 @@ struct Options {
   std::uint32_t resolution = 1440;
   bool lineApi = false;
   SlotMap slots{0, 1, 2, 3, kBlank, kBlank, kBlank, kBlank};
+  bool slotsNamed = false;   // by the user, who then means planes that the page has
   std::string settingsFile;  // "" = a machine as it leaves the factory
   std::string picture;       // "" = none
   std::string logFolder;     // "" = no job log
@@ -30,7 +31,7 @@ struct Options {
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exitCode);
 
 // "0,1,2,3,-,-,-,3": the plane of each slot, "-" = blank, missing ones blank. False, with a reason,
-// on anything else.
+// on anything else and when every slot is blank.
 bool ParseSlots(const std::string& text, SlotMap* slots, std::string* error);
 
 }  // namespace qrn::tool

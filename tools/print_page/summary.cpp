@@ -20,8 +20,15 @@ std::string Format(const char* format, Values... values) {
 
 using Count = unsigned long long;
 
+std::string LinesText(const PageReport& report) {
+  const bool whole = report.completed && report.linesPrinted == report.lines;
+  return whole ? Format("%u lines", report.lines)
+               : Format("%u of %u lines handed over", report.linesPrinted, report.lines);
+}
+
 std::string Verdict(const PageReport& report) {
   if (!report.verified) return "not compared";
+  if (report.comparison.cells == 0) return "nothing to compare, blank page";
   const sim::Comparison& found = report.comparison;
   std::string text =
       Format("%llu of %llu cells differ (line origin %d", static_cast<Count>(found.differingCells),
@@ -38,7 +45,7 @@ std::string Verdict(const PageReport& report) {
 
 bool Succeeded(const PageReport& report) {
   const bool equal = !report.verified || report.comparison.differingCells == 0;
-  return report.completed && report.violation.empty() && equal;
+  return report.completed && report.violation.empty() && report.pictureError.empty() && equal;
 }
 
 std::string SummaryOf(const PageReport& report) {
@@ -47,14 +54,15 @@ std::string SummaryOf(const PageReport& report) {
                             report.widthPixels * kMmPerInch / report.resolution,
                             report.lines * kMmPerInch / kLinesPerInch, report.widthPixels,
                             report.lines, report.resolution);
-  text +=
-      Format("printed      %u lines, %u passes with ink, %u swaths, %u of them feed only\n",
-             report.lines, stats.swaths - stats.feedOnlySwaths, stats.swaths, stats.feedOnlySwaths);
+  text += "printed      " + LinesText(report) +
+          Format(", %u passes with ink, %u swaths, %u of them feed only\n",
+                 stats.swaths - stats.feedOnlySwaths, stats.swaths, stats.feedOnlySwaths);
   text += Format("wire         %llu bytes out, %llu bytes in\n",
                  static_cast<Count>(stats.bytesReceived), static_cast<Count>(stats.bytesSent));
   text += Format("time         %.2f s wall, %.2f s CPU\n", report.wallSeconds, report.cpuSeconds);
   text += "comparison   " + Verdict(report) + "\n";
-  if (!report.completed) text += "job          not completed: see the messages and the job log\n";
+  if (!report.completed) text += "job          not completed: " + report.cause + "\n";
+  if (!report.pictureError.empty()) text += "picture      not written\n";
   if (!report.violation.empty()) text += "violation    " + report.violation + "\n";
   return text;
 }

@@ -12,10 +12,13 @@ namespace qrn::tool {
 
 struct PageReport {
   std::uint32_t resolution = 0, widthPixels = 0, lines = 0;
-  sim::PrinterStats stats;  // of this page alone
+  std::uint32_t linesPrinted = 0;  // read and taken by the driver; 0 when the job did not start
+  sim::PrinterStats stats;         // of this page alone
   double wallSeconds = 0, cpuSeconds = 0;
-  bool completed = false;  // the printer answered the job's end
-  std::string violation;   // of framing or protocol; "" = none
+  bool completed = false;    // the printer answered the job's end
+  std::string cause;         // why it did not, and where to look further
+  std::string violation;     // of framing or protocol; "" = none
+  std::string pictureError;  // why the picture could not be written; "" = written, or none asked
   bool verified = false;
   sim::Comparison comparison;  // when verified
 };
