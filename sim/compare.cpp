@@ -5,6 +5,9 @@
 #include <optional>
 #include <vector>
 
+#include "sim/carriage.h"
+#include "sim/reach.h"
+
 namespace qrn::sim {
 namespace {
 
@@ -13,39 +16,89 @@ constexpr std::int32_t kShiftWindow =
     64;  // columns around the estimate in which the reverse shift is looked for
 constexpr std::size_t kSampleLinesMax = 48;  // of each plane
 
-// One raster line as cells: the sum of the drop levels of each column's pixels.
-class CellLines {
+// What should stand on a paper line, as cells: the sum of the drop levels of each column's pixels.
+struct AskedLine {
+  std::vector<std::uint8_t> cells;  // empty when nothing should
+  std::vector<std::uint8_t> least;  // without the pixels that may be out of reach; as many
+};
+
+class AskedLines {
  public:
-  CellLines(const RasterSource& raster, std::uint32_t passCount)
+  AskedLines(const RasterSource& raster, const Reach& reach, std::uint32_t columnPixels)
       : raster_(raster),
-        passCount_(passCount),
-        cells_((std::size_t{raster.LineBytes()} * kPixelsPerByte + passCount - 1) / passCount) {}
+        reach_(reach),
+        columnPixels_(columnPixels),
+        columns_((std::size_t{raster.LineBytes()} * kPixelsPerByte + columnPixels - 1) /
+                 columnPixels) {}
 
-  std::int32_t Columns() const { return static_cast<std::int32_t>(cells_.size()); }
+  std::int32_t Columns() const { return static_cast<std::int32_t>(columns_); }
 
-  // Null when the line is blank. Valid until the next call.
-  const std::vector<std::uint8_t>* Line(int plane, std::int32_t line) {
-    if (line < 0 || line >= static_cast<std::int32_t>(raster_.Lines())) return nullptr;
-    const std::uint8_t* bytes = raster_.Line(plane, static_cast<std::uint32_t>(line));
-    if (bytes == nullptr) return nullptr;
-    std::fill(cells_.begin(), cells_.end(), std::uint8_t{0});
-    bool inked = false;
-    for (std::uint32_t i = 0; i < raster_.LineBytes(); ++i) {
-      if (bytes[i] == 0) continue;
-      inked = true;
-      for (std::uint32_t pixel = 0; pixel < kPixelsPerByte; ++pixel) {
-        const unsigned level = (bytes[i] >> (6 - 2 * pixel)) & 3u;
-        std::uint8_t& cell = cells_[(std::size_t{i} * kPixelsPerByte + pixel) / passCount_];
-        cell = static_cast<std::uint8_t>(cell + level);
-      }
-    }
-    return inked ? &cells_ : nullptr;
+  // Valid until the next call.
+  const AskedLine& Line(int plane, std::int32_t line) {
+    Clear();
+    // A line that is laid above its place shares the paper with the line that belongs there.
+    Add(plane, line, false);
+    Add(plane, line + 1, true);
+    return asked_;
+  }
+
+  // Inked cells of an image line that cannot stand on paper, and that stand one line above.
+  struct Lost {
+    std::uint64_t unreached = 0, displaced = 0;
+  };
+  Lost LostOf(int plane, std::int32_t line) {
+    const LineReach reach = ReachOf(plane, line);
+    if (!reach.none && !reach.above) return {};
+    Clear();
+    AddPixels(plane, line, 0);
+    const auto inked = static_cast<std::uint64_t>(std::count_if(
+        asked_.cells.begin(), asked_.cells.end(), [](auto cell) { return cell != 0; }));
+    return reach.none ? Lost{inked, 0} : Lost{0, inked};
   }
 
  private:
+  bool IsInside(std::int32_t line) const {
+    return line >= 0 && line < static_cast<std::int32_t>(raster_.Lines());
+  }
+  LineReach ReachOf(int plane, std::int32_t line) const {
+    return IsInside(line) ? reach_.OfLine(plane, static_cast<std::uint32_t>(line)) : LineReach{};
+  }
+
+  void Add(int plane, std::int32_t line, bool above) {
+    const LineReach reach = ReachOf(plane, line);
+    if (!reach.none && reach.above == above) AddPixels(plane, line, reach.partPhases);
+  }
+
+  void Clear() {
+    asked_.cells.clear();
+    asked_.least.clear();
+  }
+
+  void AddPixels(int plane, std::int32_t line, unsigned partPhases) {
+    if (!IsInside(line)) return;
+    const std::uint8_t* bytes = raster_.Line(plane, static_cast<std::uint32_t>(line));
+    if (bytes == nullptr) return;
+    for (std::uint32_t i = 0; i < raster_.LineBytes(); ++i) {
+      if (bytes[i] == 0) continue;
+      asked_.cells.resize(columns_);
+      asked_.least.resize(columns_);
+      for (std::uint32_t pixel = 0; pixel < kPixelsPerByte; ++pixel) {
+        const unsigned level = (bytes[i] >> (6 - 2 * pixel)) & 3u;
+        const std::size_t at = std::size_t{i} * kPixelsPerByte + pixel;
+        std::uint8_t& cell = asked_.cells[at / columnPixels_];
+        cell = static_cast<std::uint8_t>(cell + level);
+        if (((partPhases >> at % Reach::kPhases) & 1u) != 0) continue;
+        std::uint8_t& least = asked_.least[at / columnPixels_];
+        least = static_cast<std::uint8_t>(least + level);
+      }
+    }
+  }
+
   const RasterSource& raster_;
-  std::uint32_t passCount_;
-  std::vector<std::uint8_t> cells_;
+  const Reach& reach_;
+  std::uint32_t columnPixels_;
+  std::size_t columns_;
+  AskedLine asked_;
 };
 
 // The two layers of one paper line, the reverse one moved by the calibration.
@@ -79,10 +132,11 @@ bool HasInk(const InkRow* row) {
 
 class Comparer {
  public:
-  Comparer(const RasterSource& raster, const Paper& paper, std::uint32_t passCount)
+  Comparer(const RasterSource& raster, const Paper& paper, const Reach& reach,
+           std::uint32_t columnPixels)
       : paper_(paper),
         lines_(static_cast<std::int32_t>(raster.Lines())),
-        cells_(raster, passCount) {}
+        asked_(raster, reach, columnPixels) {}
 
   Comparison Run() {
     FindLineOrigin();
@@ -115,7 +169,7 @@ class Comparer {
     while (paperLine < PaperLast() && !PaperLineInked(paperLine)) ++paperLine;
     for (std::int32_t line = 0; line < lines_; ++line) {
       for (int plane = 0; plane < kInks; ++plane) {
-        if (cells_.Line(plane, line) == nullptr) continue;
+        if (asked_.Line(plane, line).cells.empty()) continue;
         result_.lineOrigin = paperLine - line;
         return;
       }
@@ -138,10 +192,10 @@ class Comparer {
       }
       const std::size_t step = std::max<std::size_t>(1, inked.size() / kSampleLinesMax);
       for (std::size_t i = 0; i < inked.size(); i += step) {
-        const std::vector<std::uint8_t>* cells = cells_.Line(plane, inked[i]);
-        if (cells == nullptr) continue;
+        const AskedLine& asked = asked_.Line(plane, inked[i]);
+        if (asked.cells.empty()) continue;
         const std::int32_t line = inked[i] + result_.lineOrigin;
-        samples.push_back({*cells, paper_.Row(plane, 0, line), paper_.Row(plane, 1, line)});
+        samples.push_back({asked.cells, paper_.Row(plane, 0, line), paper_.Row(plane, 1, line)});
       }
     }
     return samples;
@@ -183,7 +237,7 @@ class Comparer {
     std::uint64_t differing = 0;
     for (const Sample& sample : samples) {
       const PaperLine printed{sample.forward, sample.reverse, shift};
-      for (std::int32_t column = 0; column < cells_.Columns(); ++column) {
+      for (std::int32_t column = 0; column < asked_.Columns(); ++column) {
         if (printed.At(column) != sample.cells[static_cast<std::size_t>(column)]) ++differing;
       }
       if (differing >= limit) break;
@@ -192,19 +246,26 @@ class Comparer {
   }
 
   void CompareLine(int plane, std::int32_t line) {
-    const std::vector<std::uint8_t>* asked = cells_.Line(plane, line);
+    const AskedLines::Lost lost = asked_.LostOf(plane, line);
+    result_.unreachedCells += lost.unreached;
+    result_.displacedCells += lost.displaced;
+    const AskedLine& asked = asked_.Line(plane, line);
     const std::int32_t paperLine = line + result_.lineOrigin;
     const PaperLine printed{paper_.Row(plane, 0, paperLine), paper_.Row(plane, 1, paperLine),
                             result_.reverseShift};
-    if (asked == nullptr && printed.forward == nullptr && printed.reverse == nullptr) return;
-    const std::int32_t end = printed.End(cells_.Columns());
+    if (asked.cells.empty() && printed.forward == nullptr && printed.reverse == nullptr) return;
+    const std::int32_t end = printed.End(asked_.Columns());
     for (std::int32_t column = printed.First(); column < end; ++column) {
-      const bool inside = asked != nullptr && column >= 0 && column < cells_.Columns();
-      const std::uint32_t wanted = inside ? (*asked)[static_cast<std::size_t>(column)] : 0;
+      const bool inside = !asked.cells.empty() && column >= 0 && column < asked_.Columns();
+      const std::uint32_t wanted = inside ? asked.cells[static_cast<std::size_t>(column)] : 0;
       const std::uint32_t found = printed.At(column);
       if (wanted == 0 && found == 0) continue;
       ++result_.cells;
-      if (wanted != found) Differ(plane, line, column, wanted, found);
+      if (found < wanted && found >= asked.least[static_cast<std::size_t>(column)]) {
+        ++result_.unreachedCells;
+      } else if (wanted != found) {
+        Differ(plane, line, column, wanted, found);
+      }
     }
   }
 
@@ -218,13 +279,12 @@ class Comparer {
 
   const Paper& paper_;
   std::int32_t lines_;
-  CellLines cells_;
+  AskedLines asked_;
   Comparison result_;
 };
 
 // An ink with one row on each head: both rows' dots travel in the bytes of one head.
 std::string SplitInks(const Machine& machine) {
-  if (machine.heads != Heads::kBoth || machine.inkOrder == decltype(machine.inkOrder){}) return "";
   std::string planes;
   for (std::uint8_t plane = 0; plane < kInks; ++plane) {
     const auto& pha = machine.inkOrder[0];
@@ -238,9 +298,10 @@ std::string SplitInks(const Machine& machine) {
 }  // namespace
 
 Comparison Compare(const RasterSource& raster, const Paper& paper, const Machine& machine,
-                   std::uint32_t passCount) {
-  Comparison result = Comparer(raster, paper, passCount).Run();
-  result.reason = SplitInks(machine);
+                   std::uint32_t resolution) {
+  const Reach reach(machine, resolution);
+  Comparison result = Comparer(raster, paper, reach, ColumnPixelsOf(machine, resolution)).Run();
+  result.reason = machine.heads == Heads::kBoth ? SplitInks(machine) : reach.Reason();
   return result;
 }
 

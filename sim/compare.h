@@ -26,20 +26,25 @@ class RasterSource {
 struct Comparison {
   std::uint64_t cells = 0;  // cells compared (inked on either side)
   std::uint64_t differingCells = 0;
+  // Inked cells that the machine cannot print, or not whole, and that hold less than was asked for.
+  std::uint64_t unreachedCells = 0;
+  // Inked cells that the machine can only lay on the line above; they are compared there.
+  std::uint64_t displacedCells = 0;
   std::int32_t lineOrigin = 0;    // paper line of image line 0
   std::int32_t reverseShift = 0;  // columns by which reverse passes lie to the right
   bool reverseFound = false;      // the job had reverse passes with ink
   // First difference in reading order, for a person: plane, line, column, asked for, printed. ""
   // when equal.
   std::string firstDifference;
-  // Why this machine cannot print this job right, where that is known from its settings; ""
-  // otherwise.
+  // Why this machine cannot print every job right and whole, where that is known from its settings;
+  // "" otherwise.
   std::string reason;
 };
 
-// `passCount` is the base pass count: pixels u with u / passCount == c form column c.
+// Pixels u with u / P == c form column c, P being the pixels of a column of this machine at one of
+// the four resolutions.
 Comparison Compare(const RasterSource& raster, const Paper& paper, const Machine& machine,
-                   std::uint32_t passCount);
+                   std::uint32_t resolution);
 
 }  // namespace qrn::sim
 

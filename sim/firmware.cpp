@@ -133,6 +133,10 @@ Reply Firmware::CreateJob(const Packet& packet) {
     Fail("job at " + std::to_string(resolution_) + " dpi");
   } else {
     carriage_ = std::make_unique<Carriage>(machine_, resolution_);
+    const std::uint32_t passes = BasePassCountOf(resolution_);
+    if (packet[8] != (machine_.heads == Heads::kBoth ? passes : 2 * passes))
+      Fail("job of " + std::to_string(packet[8]) + " passes");
+    if (U16(&packet[14]) != (machine_.twoHeadCarriage ? 1800 : 1200)) Fail("job's carriage");
   }
   return MakeReply(kJobCreate, true, kStateRunning, 0);
 }
@@ -215,6 +219,7 @@ void Firmware::PrintSwath(const Packet& packet, const std::vector<std::uint8_t>&
   pass.startPos = U16(&packet[kStartPosAt]);
   pass.feedSteps = U32(&packet[kFeedStepsAt]);
   inkLaid_ += carriage_->Print(pass, data, paper_);
+  if (carriage_->StrayBytes() != 0) Fail("dots for a head that is not in use");
   ++swaths_;
   if (data.empty()) ++feedOnlySwaths_;
 }

@@ -13,6 +13,8 @@ std::uint8_t HeadMask(Heads heads) {
       return 0x10;
     case Heads::kPhb:
       return 0x20;
+    case Heads::kNone:
+      return 0;
     case Heads::kBoth:
       break;
   }

@@ -8,7 +8,12 @@
 
 namespace qrn::sim {
 
-enum class Heads { kBoth, kPha, kPhb };
+enum class Heads {
+  kBoth,
+  kPha,
+  kPhb,
+  kNone,  // the printer reports none in use; the columns then go to PHA
+};
 
 struct Machine {
   Heads heads = Heads::kBoth;
@@ -16,9 +21,10 @@ struct Machine {
   bool mirroredHeads = false;  // head type 1: nozzle rows in the opposite order
   bool bidirectional = true;
   std::uint8_t fixedDir = 0;  // direction of every pass of a unidirectional machine
-  // Ink of nozzle rows 0..7 of PHA and PHB; all zero on a two-head machine: the driver's default
+  // Ink of nozzle rows 0..7 of PHA, PHB and two further heads, of which the last counts when no
+  // head is reported in use. PHA and PHB all zero on a two-head machine: the driver's default
   // order.
-  std::array<std::array<std::uint8_t, 8>, 2> inkOrder{};
+  std::array<std::array<std::uint8_t, 8>, 4> inkOrder{};
   std::array<std::uint8_t, 4> headGapX{};  // columns added to 140 mm; by resolution 1080..2160
   std::array<std::uint8_t, 4>
       headGapY{};  // lines PHB hangs lower than nominal; by resolution 1080..2160
@@ -35,6 +41,11 @@ struct Machine {
   std::uint32_t feedBase = 72001;
   std::uint16_t feedCalib = 2540;
 };
+
+// Whose entry of inkOrder a machine with these heads in use prints by, other than kBoth.
+constexpr std::size_t FiringOrderOf(Heads heads) {
+  return heads == Heads::kPhb ? 1 : heads == Heads::kNone ? 3 : 0;
+}
 
 constexpr std::uint32_t kStepsPerLine = 20;
 

@@ -76,9 +76,6 @@ std::string VirtualPrinter::Trouble() const {
 
 const Paper& VirtualPrinter::CurrentPaper() const { return impl_->firmware.ThePaper(); }
 std::uint32_t VirtualPrinter::ResolutionX() const { return impl_->firmware.ResolutionX(); }
-std::uint32_t VirtualPrinter::BasePassCount() const {
-  return BasePassCountOf(impl_->firmware.ResolutionX());
-}
 void VirtualPrinter::KeepTransfers(bool keep) { impl_->keepTransfers = keep; }
 const std::vector<std::vector<std::uint8_t>>& VirtualPrinter::Transfers() const {
   return impl_->transfers;

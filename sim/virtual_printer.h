@@ -40,9 +40,8 @@ class VirtualPrinter : public UsbPort {
   // The paper of the job so far, or of the last one. Valid until the next job create; only between
   // jobs.
   const Paper& CurrentPaper() const;
-  // Resolution and base pass count (3, 4, 6, 8) of the last job create; 0 before the first.
+  // Resolution of the last job create; 0 before the first.
   std::uint32_t ResolutionX() const;
-  std::uint32_t BasePassCount() const;
 
   // Record of all bytes that the host has written (one entry a transfer), when asked for. Only
   // between jobs.

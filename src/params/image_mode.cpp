@@ -2,6 +2,7 @@
 
 #include "diag/job_log.h"
 #include "params/feather_masks.h"
+#include "params/one_head.h"
 #include "params/param_block.h"
 #include "params/printer_params.h"
 #include "params/resolution.h"
@@ -36,10 +37,6 @@ bool IsImageSupported(const Job& job) {
   }
   if (job.nBitsPerPixel != kBitsPerPixel) {
     LogPrint("图像位模式异常:%d!=%d", static_cast<int>(job.nBitsPerPixel), kBitsPerPixel);
-    return false;
-  }
-  if (job.dualHead != 1) {
-    LogPrint("One print head: not supported, heads 0x%02X", static_cast<unsigned>(job.headMask));
     return false;
   }
   // The bands move by two head heights of rows whatever nResY is, and four times nResY rows must
@@ -125,6 +122,7 @@ bool CheckImageMode(Job& job) {
   BuildFeatherMasks(job);
   CalcBandGeometry(job);
   LogImage(job);
+  if (job.dualHead != 1) WarnOfUnprintedLines(job);
   job.bandLine = 0;
   return true;
 }

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "diag/job_log.h"
+#include "params/one_head.h"
 
 namespace qrn {
 namespace {
@@ -43,6 +44,8 @@ bool SetInkOrder(Job& job, const std::uint8_t* order) {
       return false;
     }
     WarnOfSplitColors(job);
+  } else {
+    WarnOfUnprintedColors(job);
   }
   const auto& pha = job.inkOrder[0];
   const auto& phb = job.inkOrder[1];

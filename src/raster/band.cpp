@@ -17,9 +17,10 @@ constexpr std::uint32_t kBytesPerQuarterBit = 360;
 // Columns of the pass in bytes: the image, the row stagger and 128 columns more. In 64 bits, and at
 // most what the buffers hold: their size was checked against the same widths.
 std::uint32_t PassDataSize(const Job& job) {
-  const std::uint64_t quarters =
-      std::uint64_t{kExtraColumns} * job.passCount + 4ull * job.passRowPad;
-  return Low32((job.passBits + quarters) * kBytesPerQuarterBit / job.passCount);
+  const std::uint32_t pixels = ColumnPixels(job);
+  const std::uint64_t staggerDots = job.rowOffset[0] * pixels / 2;
+  const std::uint64_t quarters = std::uint64_t{kExtraColumns} * pixels + 4 * staggerDots;
+  return Low32((job.passBits + quarters) * kBytesPerQuarterBit / pixels);
 }
 
 bool IsZero(const std::uint8_t* bytes, std::size_t count) {

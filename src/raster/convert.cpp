@@ -1,7 +1,8 @@
 #include "raster/convert.h"
 
+#include "params/ink_order.h"
 #include "platform/bytes.h"
-#include "raster/dual_converters.h"
+#include "raster/row_converters.h"
 
 namespace qrn {
 namespace {
@@ -11,7 +12,7 @@ constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // lines that a head covers
 using Worker = void (*)(Job&, ConvertParams&);
 
 struct Variant {
-  std::uint8_t passCount;
+  std::uint8_t passCount;  // 0 = any
   std::uint16_t colStep;
   Worker forward, reverse;
 };
@@ -22,6 +23,8 @@ constexpr Variant kDualVariants[] = {
     {6, kColStep<Dual6>, Dual6Forward, Dual6Reverse},
     {8, kColStep<Dual8>, Dual8Forward, Dual8Reverse},
 };
+
+constexpr Variant kSingleVariant = {0, kColStep<Single>, SingleForward, SingleReverse};
 
 ConvertParams g_params;
 
@@ -44,11 +47,22 @@ void ConvertDual(Job& job) {
   }
 }
 
+void ConvertSingle(Job& job) {
+  (void)LocateRowsSingle(job.singleHead, job);  // always 1
+  if (job.rowBitA != 0) RunWorker(job, kSingleVariant, job.pPassSrc);
+}
+
+// Bit, column and output of one row of a colour.
+void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, std::uint32_t head, bool rowA) {
+  const std::uint16_t column = Low16(RowColumn(job, slot) + gap);
+  (rowA ? job.rowBitA : job.rowBitB) = Low8(1u << slot);
+  (rowA ? job.rowColA : job.rowColB) = column;
+  (rowA ? job.pOutA : job.pOutB) = job.PrintOutBuf + std::size_t{kColumnBytes} * column + head;
+}
+
 }  // namespace
 
-void ConvertColor(Job& job) {
-  if (job.dualHead == 1) ConvertDual(job);
-}
+void ConvertColor(Job& job) { job.dualHead == 1 ? ConvertDual(job) : ConvertSingle(job); }
 
 int LocateRowsDual(Job& job, std::uint32_t* head) {
   constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
@@ -64,12 +78,18 @@ int LocateRowsDual(Job& job, std::uint32_t* head) {
   // The head that comes second in the direction of travel fires a head distance later.
   const bool second = (job.passDir == 0) == (*head == 1);
   const std::uint32_t gap = second ? job.headGapX : 0;
-  job.rowBitA = Low8(1u << rowA % kPlanes);
-  job.rowColA = Low16(RowColumn(job, rowA % kPlanes) + gap);
-  job.rowBitB = Low8(1u << rowB % kPlanes);
-  job.rowColB = Low16(RowColumn(job, rowB % kPlanes) + gap);
-  job.pOutA = job.PrintOutBuf + std::size_t{kColumnBytes} * job.rowColA + *head;
-  job.pOutB = job.PrintOutBuf + std::size_t{kColumnBytes} * job.rowColB + *head;
+  SetRow(job, rowA % kPlanes, gap, *head, true);
+  SetRow(job, rowB % kPlanes, gap, *head, false);
+  return 1;
+}
+
+int LocateRowsSingle(std::uint32_t head, Job& job) {
+  job.rowBitA = job.rowBitB = 0;
+  job.rowColA = job.rowColB = 0;
+  job.pOutA = job.pOutB = job.PrintOutBuf + head;
+  for (std::uint32_t slot = 0, found = 0; slot < kPlanes && found < 2; ++slot) {
+    if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, head, found++ == 0);
+  }
   return 1;
 }
 

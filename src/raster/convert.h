@@ -21,6 +21,12 @@ namespace qrn {
 constexpr std::uint32_t kPlaneBytes = 2 * kNozzles;
 constexpr std::uint32_t kColumnBytes = 2 * kPlaneBytes;
 constexpr std::uint32_t kPixelsPerByte = 4;
+constexpr std::uint32_t kSingleColumnPixels = 3;  // pixels of a column with one head
+
+// Pixels of a line that an output column stands for. Requires: the final pass count.
+constexpr std::uint32_t ColumnPixels(const Job& job) {
+  return job.dualHead == 1 ? job.passCount : kSingleColumnPixels;
+}
 
 struct ConvertParams {
   std::uint8_t* pLine;        // first line of the current nozzle pair
@@ -31,12 +37,17 @@ struct ConvertParams {
 };
 
 // Converts curColor of the current pass from pPassSrc into PrintOutBuf and clears what it has
-// placed. A two-head pass count other than 3, 4, 6, 8 converts nothing.
+// placed. A two-head pass count other than 3, 4, 6, 8 converts nothing, nor does a colour that the
+// one head in use does not carry.
 void ConvertColor(Job& job);
 
 // Sets rowBitA/B, rowColA/B and pOutA/B for curColor with two heads, and the head whose bytes both
 // rows use; 1.
 int LocateRowsDual(Job& job, std::uint32_t* head);
+
+// The same with one head, whose bytes are those `head` on; a row that the colour does not have gets
+// bit 0. 1.
+int LocateRowsSingle(std::uint32_t head, Job& job);
 
 // Output column offset of a nozzle row in the current direction.
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot);

@@ -1,5 +1,6 @@
 #include "raster/job_memory.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -7,6 +8,7 @@
 #include "diag/job_log.h"
 #include "platform/bytes.h"
 #include "platform/shared.h"
+#include "raster/convert.h"
 
 namespace qrn {
 namespace {
@@ -19,13 +21,24 @@ struct Sizes {
   std::uint64_t printOut;
 };
 
-// The pass's image columns at most, 320 mm of dots for the head distance and the row stagger, in
-// columns of 720 bytes. Requires: a derived geometry. In 64 bits nothing can wrap: all factors
-// together have fewer than 60.
+// What one-head workers write at most: the columns of the widest pass, the row stagger and 128
+// more.
+std::uint64_t SingleOutBytes(const Job& job) {
+  const std::uint64_t lineBytes = job.nLineBits / 8;
+  const std::uint64_t columns = 4 * DivUp<std::uint64_t>(lineBytes, 3) + job.rowOffset[0] + 128;
+  return DivUp<std::uint64_t>(columns * kColumnBytes, kSwathUnitBytes) * kSwathUnitBytes;
+}
+
+// PrintOutBuf: the pass's image columns at most, 320 mm of dots for the head distance and the row
+// stagger, in columns of 720 bytes. One head has twice the passes, but not fewer columns.
+// Requires: a derived geometry. In 64 bits nothing can wrap: all factors together have fewer
+// than 60.
 Sizes SizesOf(const Job& job) {
   const std::uint64_t stride = job.lineStride;
   const std::uint64_t dots640Mm = job.nResX * 6400u / 254u;
-  return {job.nResY * stride * kPassBufferHeights, (dots640Mm + 8 * stride) * 360 / job.passCount};
+  const std::uint64_t printOut = (dots640Mm + 8 * stride) * 360 / job.passCount;
+  return {job.nResY * stride * kPassBufferHeights,
+          job.dualHead == 1 ? printOut : std::max(printOut, SingleOutBytes(job))};
 }
 
 void Release(std::uint8_t** buffer) {

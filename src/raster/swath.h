@@ -49,6 +49,7 @@ struct Swath {
 };
 
 constexpr std::uint8_t kSwathSlots = 6;
+constexpr std::uint32_t kSwathUnitBytes = 320;  // swath data come in multiples of this
 
 }  // namespace qrn
 

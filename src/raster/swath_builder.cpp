@@ -12,7 +12,6 @@
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kDataUnitBytes = 320;        // swath data come in multiples of this
 constexpr std::uint32_t kFeedStepsMax = 0x7FFFFFFF;  // bit 31 of feedSteps is never set
 constexpr std::uint16_t kNoBiDirShift = 32;
 
@@ -69,7 +68,7 @@ void CreateSwath(Job& job, Swath& swath) {
   // The sizes of the job's buffers leave room for every pass; the minimum only guards the buffer's
   // end.
   swath.dataSize = Low32(std::min<std::uint64_t>(
-      DivUp<std::uint64_t>(job.passDataSize, kDataUnitBytes) * kDataUnitBytes,
+      DivUp<std::uint64_t>(job.passDataSize, kSwathUnitBytes) * kSwathUnitBytes,
       job.printOutBufSize));
   std::memcpy(swath.pSwathData, job.PrintOutBuf, swath.dataSize);
 

@@ -187,9 +187,9 @@ JobOutcome RunJob(const JobPlan& plan) {
   outcome.stats = printer.Stats();
   outcome.violation = printer.Violation();
   outcome.transfers = printer.Transfers();
-  if (printer.BasePassCount() != 0) {
+  if (printer.ResolutionX() != 0) {
     outcome.comparison =
-        Compare(image, printer.CurrentPaper(), plan.machine, printer.BasePassCount());
+        Compare(image, printer.CurrentPaper(), plan.machine, printer.ResolutionX());
   }
   return outcome;
 }

@@ -55,10 +55,11 @@ TEST_F(InkOrder, OfOneHeadIsTakenAsItIs) {
   std::uint8_t bytes[32] = {9, 9, 9};
   for (const auto& [mask, log] : std::vector<std::pair<int, const char*>>{
            {0x10, "PHA:9-9, 9-0, 0-0, 0-0\r\n"}, {0x20, "PHB:0-0, 0-0, 0-0, 0-0\r\n"}, {0, ""}}) {
+    job.singleHead = mask == 0x20 ? 1 : 0;
     job.headMask = static_cast<std::uint8_t>(mask);
     EXPECT_TRUE(SetInkOrder(job, bytes));
     EXPECT_EQ(9, job.inkOrder[0][0]);
-    EXPECT_EQ(log, TakeLog());
+    EXPECT_EQ(std::string("One head: colors 0xFE have no nozzle row\r\n") + log, TakeLog());
   }
 }
 

@@ -1,4 +1,4 @@
-// The two-head converters against a slow reference, written pixel by pixel from where each pixel
+// The nozzle-row converters against a slow reference, written pixel by pixel from where each pixel
 // must land.
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "params/feather_masks.h"
 #include "raster/convert.h"
-#include "raster/dual_converters.h"
+#include "raster/row_converters.h"
 #include "support/test_seed.h"
 
 namespace qrn {
@@ -19,7 +19,9 @@ constexpr std::uint8_t kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
 struct Mode {
-  std::uint32_t passCount, groupBytes, needBytes;
+  const char* name;
+  std::uint32_t columnPixels, passesPerPhase, phases;
+  std::uint32_t groupBytes, needBytes;
   void (*forward)(Job&, ConvertParams&);
   void (*reverse)(Job&, ConvertParams&);
   std::uint16_t colStep;
@@ -29,15 +31,21 @@ struct Mode {
 };
 
 const Mode kModes[] = {
-    {3, 3, 3, Dual3Forward, Dual3Reverse, 2880,
+    {"three-pass", 3, 1, 3, 3, 3, Dual3Forward, Dual3Reverse, 2880,
      [](std::uint32_t w) { return 4 * ((w + 2) / 3) + 3; },
      [](std::uint32_t i, std::uint32_t x, std::uint32_t b) { return 4 * ((i + x) % 64) + b; }},
-    {4, 1, 1, Dual4Forward, Dual4Reverse, 720, [](std::uint32_t w) { return w; },
+    {"four-pass", 4, 1, 4, 1, 1, Dual4Forward, Dual4Reverse, 720, [](std::uint32_t w) { return w; },
      [](std::uint32_t i, std::uint32_t x, std::uint32_t) { return (i + x) % 256; }},
-    {6, 3, 3, Dual6Forward, Dual6Reverse, 1440, [](std::uint32_t w) { return 2 * (w / 3); },
+    {"six-pass", 6, 1, 6, 3, 3, Dual6Forward, Dual6Reverse, 1440,
+     [](std::uint32_t w) { return 2 * (w / 3); },
      [](std::uint32_t i, std::uint32_t x, std::uint32_t) { return (i + x) % 256; }},
-    {8, 2, 1, Dual8Forward, Dual8Reverse, 720, [](std::uint32_t w) { return w / 2; },
+    {"eight-pass", 8, 1, 8, 2, 1, Dual8Forward, Dual8Reverse, 720,
+     [](std::uint32_t w) { return w / 2; },
      [](std::uint32_t i, std::uint32_t x, std::uint32_t) { return (i + x) % 256; }},
+    // Phases from 3 on occur where a band has 8 passes or more; they place nothing.
+    {"one head", 3, 2, 4, 3, 3, SingleForward, SingleReverse, 2880,
+     [](std::uint32_t w) { return 4 * ((w + 2) / 3) - 1; },
+     [](std::uint32_t i, std::uint32_t x, std::uint32_t) { return (x / 3 + i) % 256; }},
 };
 
 // A buffer with guard bytes around it.
@@ -52,8 +60,12 @@ struct Guarded {
 
 struct PassSetup {
   const Mode* mode;
-  std::uint32_t phase, width, featherRows;
-  bool reverse;
+  std::uint32_t passIndex, width, featherRows;
+  bool reverse, evenStep;
+  std::uint32_t phase() const { return passIndex / mode->passesPerPhase; }
+  bool oneHead() const { return mode->passesPerPhase == 2; }
+  // One head: reverse passes of even steps take the odd lines first.
+  bool oddLines() const { return oneHead() && reverse && evenStep && passIndex % 2 == 0; }
   std::uint32_t stride() const { return (width + 3) / 4 * 4; }
   std::size_t columns() const { return 4 * ((width + 2) / 3) + 8; }
 };
@@ -64,10 +76,12 @@ void Reference(const PassSetup& setup, Job& job, Guarded& lines, Guarded& out, s
   const Mode& mode = *setup.mode;
   for (std::uint32_t line = 0; line < kLines; ++line) {
     const std::uint32_t nozzle = line / 2;
+    if (setup.oneHead() && (line % 2 == 1) != setup.oddLines()) continue;
     std::uint8_t* bytes = lines.data() + std::size_t{line} * setup.stride();
     for (std::uint32_t pixel = 0; pixel < 4 * setup.stride(); ++pixel) {
       const std::uint32_t byte = pixel / 4, group = byte / mode.groupBytes * mode.groupBytes;
-      if (group + mode.needBytes > setup.width || pixel % mode.passCount != setup.phase) continue;
+      if (group + mode.needBytes > setup.width || pixel % mode.columnPixels != setup.phase())
+        continue;
       const std::uint32_t shift = 6 - 2 * (pixel % 4), level = (bytes[byte] >> shift) & 3u;
       const bool feathered = nozzle >= kNozzles - setup.featherRows;
       if (feathered) {
@@ -76,9 +90,9 @@ void Reference(const PassSetup& setup, Job& job, Guarded& lines, Guarded& out, s
         if (((mask >> shift) & 3u) == 0) continue;
       }
       if (level == 0) continue;
-      const std::uint32_t forward = pixel / mode.passCount;
+      const std::uint32_t forward = pixel / mode.columnPixels;
       const std::uint32_t column = setup.reverse ? mode.lastColumn(setup.width) - forward : forward;
-      const bool rowA = line % 2 == 0;
+      const bool rowA = line % 2 == 0 || setup.oneHead();
       std::uint8_t* dot =
           out.data() + (rowA ? outA : outB) + std::size_t{720} * column + 2 * nozzle;
       const std::uint8_t bit = rowA ? job.rowBitA : job.rowBitB;
@@ -93,7 +107,8 @@ void ExpectLikeReference(const PassSetup& setup, std::mt19937& random) {
   Job job{};
   job.lineStride = setup.stride();
   job.passRightByte = setup.width;
-  job.passIndex = static_cast<std::uint8_t>(setup.phase);
+  job.passIndex = static_cast<std::uint8_t>(setup.passIndex);
+  job.passStep = setup.evenStep ? 38 : 55;
   job.featherPercent = static_cast<std::uint8_t>((setup.featherRows * 100 + 89) / 90);
   BuildFeatherMasks(job);
   ASSERT_EQ(setup.featherRows, job.featherRows);
@@ -118,20 +133,29 @@ void ExpectLikeReference(const PassSetup& setup, std::mt19937& random) {
   ASSERT_TRUE(out.all == wantedOut.all) << "dots";
 }
 
+void ExpectEveryPass(const Mode& mode, std::uint32_t width, std::uint32_t featherRows,
+                     std::mt19937& random) {
+  for (std::uint32_t pass = 0; pass < mode.phases * mode.passesPerPhase; ++pass) {
+    for (const bool reverse : {false, true}) {
+      for (const bool evenStep : {false, true}) {
+        if (evenStep && mode.passesPerPhase == 1) continue;  // makes no difference to two heads
+        SCOPED_TRACE(testing::Message()
+                     << mode.name << ", pass " << pass << ", width " << width << ", reverse "
+                     << reverse << ", feathered " << featherRows << ", even step " << evenStep);
+        ExpectLikeReference({&mode, pass, width, featherRows, reverse, evenStep}, random);
+        if (testing::Test::HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
 TEST(Converters, PlaceAndClearWhatTheReferenceDoes) {
   std::mt19937 random(static_cast<std::uint32_t>(TestSeed()));
   for (const Mode& mode : kModes) {
-    for (std::uint32_t phase = 0; phase < mode.passCount; ++phase) {
-      for (std::uint32_t width = 0; width <= 40; ++width) {
-        for (const bool reverse : {false, true}) {
-          for (const std::uint32_t featherRows : {0u, 1u, 9u, 45u, 90u}) {
-            SCOPED_TRACE(testing::Message()
-                         << mode.passCount << " passes, phase " << phase << ", width " << width
-                         << ", reverse " << reverse << ", feathered " << featherRows);
-            ExpectLikeReference({&mode, phase, width, featherRows, reverse}, random);
-            if (testing::Test::HasFatalFailure()) return;
-          }
-        }
+    for (std::uint32_t width = 0; width <= 40; ++width) {
+      for (const std::uint32_t featherRows : {0u, 1u, 9u, 45u, 90u}) {
+        ExpectEveryPass(mode, width, featherRows, random);
+        if (testing::Test::HasFatalFailure()) return;
       }
     }
   }
@@ -140,7 +164,7 @@ TEST(Converters, PlaceAndClearWhatTheReferenceDoes) {
 // Column, plane bits and cleared pixels of single pixels, worked out by hand.
 struct HandPixel {
   const Mode* mode;
-  std::uint32_t phase, width;
+  std::uint32_t passIndex, width;
   bool reverse;
   std::uint32_t pixel, column;
 };
@@ -154,14 +178,16 @@ TEST(Converters, PutSinglePixelsInTheirColumns) {
       {&kModes[2], 3, 12, false, 9, 1},  {&kModes[2], 3, 12, false, 15, 2},
       {&kModes[2], 3, 12, true, 3, 8},   {&kModes[2], 3, 12, true, 9, 7},
       {&kModes[3], 5, 13, true, 5, 6},   {&kModes[3], 5, 13, true, 53, 0},
-      {&kModes[3], 5, 13, false, 53, 6},
+      {&kModes[3], 5, 13, false, 53, 6}, {&kModes[4], 1, 12, false, 45, 15},
+      {&kModes[4], 1, 12, true, 0, 15},  {&kModes[4], 1, 12, true, 45, 0},
+      {&kModes[4], 1, 13, true, 0, 19},  {&kModes[4], 5, 13, true, 47, 4},
   };
   for (const HandPixel& hand : pixels) {
     for (std::uint32_t level = 1; level <= 3; ++level) {
       Job job{};
       job.lineStride = (hand.width + 3) / 4 * 4;
       job.passRightByte = hand.width;
-      job.passIndex = static_cast<std::uint8_t>(hand.phase);
+      job.passIndex = static_cast<std::uint8_t>(hand.passIndex);
       job.rowBitA = 1;
       BuildFeatherMasks(job);
       std::vector<std::uint8_t> lines(std::size_t{kLines} * job.lineStride), out(720 * 32);
@@ -172,8 +198,8 @@ TEST(Converters, PutSinglePixelsInTheirColumns) {
       params.colStep = hand.mode->colStep;
       job.pOutA = job.pOutB = out.data();
       (hand.reverse ? hand.mode->reverse : hand.mode->forward)(job, params);
-      SCOPED_TRACE(testing::Message() << hand.mode->passCount << " passes, pixel " << hand.pixel
-                                      << ", level " << level);
+      SCOPED_TRACE(testing::Message()
+                   << hand.mode->name << ", pixel " << hand.pixel << ", level " << level);
       EXPECT_EQ(level >= 2 ? 1 : 0, out[720 * hand.column]);
       EXPECT_EQ(level != 2 ? 1 : 0, out[720 * hand.column + 360]);
       EXPECT_EQ(0, lines[hand.pixel / 4]);

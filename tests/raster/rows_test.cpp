@@ -68,5 +68,39 @@ TEST_F(Rows, OfBothHeadsFireThroughTheSecond) {
   Expect({"slot 2 of PHA, slot 5 of PHB", 5, 0, 0, 1, 0x20, 0x04, 20, 35});
 }
 
+struct OneHeadCase {
+  const char* name;
+  std::uint8_t color, dir;
+  std::uint32_t head;
+  std::uint8_t bitA, bitB;
+  std::uint16_t colA, colB;
+};
+
+TEST_F(Rows, OfOneHeadAreItsFirstTwoWithoutAGap) {
+  const std::uint8_t phb[8] = {1, 5, 1, 5, 1, 2, 9, 9}, fourth[8] = {6, 0, 0, 0, 0, 0, 0, 6};
+  std::memcpy(job.inkOrder[1], phb, sizeof phb);
+  std::memcpy(job.inkOrder[3], fourth, sizeof fourth);
+  for (const OneHeadCase& expected : {
+           OneHeadCase{"first row A, second row B, a third ignored", 1, 0, 1, 1, 4, 40, 30},
+           OneHeadCase{"reverse", 1, 1, 1, 1, 4, 0, 10},
+           OneHeadCase{"one row", 2, 0, 1, 0x20, 0, 15, 0},
+           OneHeadCase{"none", 3, 0, 1, 0, 0, 0, 0},
+           OneHeadCase{"PHA", 3, 1, 0, 1, 2, 0, 5},
+           OneHeadCase{"no head in use: the fourth's order, two nozzles on", 6, 0, 4, 1, 0x80, 40,
+                       5},
+       }) {
+    SCOPED_TRACE(expected.name);
+    job.curColor = expected.color;
+    job.passDir = expected.dir;
+    EXPECT_EQ(1, LocateRowsSingle(expected.head, job));
+    EXPECT_EQ(expected.bitA, job.rowBitA);
+    EXPECT_EQ(expected.bitB, job.rowBitB);
+    EXPECT_EQ(expected.colA, job.rowColA);
+    EXPECT_EQ(expected.colB, job.rowColB);
+    EXPECT_EQ(out + 720 * expected.colA + expected.head, job.pOutA);
+    EXPECT_EQ(out + 720 * expected.colB + expected.head, job.pOutB);
+  }
+}
+
 }  // namespace
 }  // namespace qrn

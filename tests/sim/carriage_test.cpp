@@ -52,6 +52,47 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
   }
 }
 
+struct OneHeadDot {
+  const char* name;
+  Heads heads;
+  bool twoHeadCarriage;
+  std::uint16_t startPos;
+  int column, head, slot;
+  int ink, line, paperColumn;  // ink -1: nothing is laid
+};
+
+// Inks 0,0,1..6 on PHA, 7..0 on PHB, 5 on every row of the fourth. The carriage grid stays that of
+// two heads.
+TEST(Carriage, OfOneHeadLaysOnlyThatHeadsDots) {
+  for (const OneHeadDot& dot : {
+           OneHeadDot{"row 0", Heads::kPha, false, 377, 451, 0, 0, 0, 0, 0},
+           OneHeadDot{"PHB on a carriage of its own", Heads::kPhb, false, 377, 3, 1, 7, 0, 0, 3},
+           // (3628 + 4 x 1989) x 150 / 1440 = 1206.6, cut; from there on as above
+           OneHeadDot{"PHB on a carriage for two", Heads::kPhb, true, 1206, 3, 1, 7, 0, 0, 3},
+           OneHeadDot{"PHA on a carriage for two", Heads::kPha, true, 377, 3, 0, 7, 6, 0, 3},
+           OneHeadDot{"a dot for the other head", Heads::kPha, true, 377, 3, 1, 7, -1, 0, 0},
+           OneHeadDot{"none in use: PHA's nozzles", Heads::kNone, false, 377, 3, 0, 7, 5, 0, 3},
+       }) {
+    SCOPED_TRACE(dot.name);
+    Machine machine;
+    machine.heads = dot.heads;
+    machine.twoHeadCarriage = dot.twoHeadCarriage;
+    machine.headGapX.fill(5);
+    machine.inkOrder = {
+        {{0, 0, 1, 2, 3, 4, 5, 6}, {7, 6, 5, 4, 3, 2, 1, 0}, {}, {5, 5, 5, 5, 5, 5, 5, 5}}};
+    Carriage carriage(machine, 1440);
+    Paper paper;
+    std::vector<std::uint8_t> columns(720 * (static_cast<std::size_t>(dot.column) + 1));
+    columns[static_cast<std::size_t>(720 * dot.column + dot.head)] =
+        static_cast<std::uint8_t>(1 << dot.slot);
+    carriage.Print({0, dot.startPos, 0}, columns, paper);
+    EXPECT_EQ(dot.ink < 0 ? 0u : 2u, paper.TotalInk());
+    EXPECT_EQ(dot.ink < 0 ? 1u : 0u, carriage.StrayBytes());
+    if (dot.ink < 0) continue;
+    EXPECT_EQ(2, paper.Ink(dot.ink, 0, dot.line, dot.paperColumn));
+  }
+}
+
 TEST(Carriage, FeedsAfterThePassAndCountsSteps) {
   Machine machine;
   machine.headGapY.fill(9);

@@ -10,7 +10,7 @@
 namespace qrn::sim {
 namespace {
 
-constexpr std::uint32_t kLines = 60, kLineBytes = 24, kPassCount = 4;
+constexpr std::uint32_t kLines = 60, kLineBytes = 24, kPassCount = 4, kResolution = 1440;
 
 class Source : public RasterSource {
  public:
@@ -47,7 +47,7 @@ TEST(Compare, FindsOriginAndShiftAndNothingElse) {
        std::vector<std::pair<int, int>>{{0, 0}, {630, -2}, {-1440, 17}, {5, -300}}) {
     Paper paper;
     Print(source, origin, shift, &paper);
-    const Comparison result = Compare(source, paper, Machine{}, kPassCount);
+    const Comparison result = Compare(source, paper, Machine{}, kResolution);
     EXPECT_EQ(0u, result.differingCells) << result.firstDifference;
     EXPECT_EQ(origin, result.lineOrigin);
     EXPECT_EQ(shift, result.reverseShift);
@@ -70,14 +70,14 @@ TEST(Compare, ReportsOneWrongCellWhereverItIs) {
     AddInk(
         paper.Prepare(extra.plane, extra.direction, extra.line + 100, extra.column, extra.column),
         extra.column, 1);
-    const Comparison result = Compare(source, paper, Machine{}, kPassCount);
+    const Comparison result = Compare(source, paper, Machine{}, kResolution);
     EXPECT_EQ(1u, result.differingCells);
     EXPECT_EQ(0u, result.firstDifference.find("plane " + std::to_string(extra.plane) + ", line " +
                                               std::to_string(extra.line)))
         << result.firstDifference;
   }
   Paper blank;
-  const Comparison nothing = Compare(source, blank, Machine{}, kPassCount);
+  const Comparison nothing = Compare(source, blank, Machine{}, kResolution);
   EXPECT_EQ(nothing.cells, nothing.differingCells);
   EXPECT_GT(nothing.cells, 500u);
 }

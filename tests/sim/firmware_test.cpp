@@ -24,7 +24,7 @@ class FirmwareTest : public testing::Test {
   }
   static Bytes JobCreate() {
     Bytes packet = Command(3);
-    packet[6] = 0xCF, packet[10] = 25, packet[11] = 1;
+    packet[6] = 0xCF, packet[8] = 4, packet[10] = 25, packet[11] = 1;
     PutU16(&packet[14], 1800);
     PutU16(&packet[16], 1440);
     PutU16(&packet[34], 0x2015);

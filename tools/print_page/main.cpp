@@ -17,6 +17,7 @@
 #include "print_page/settings.h"
 #include "print_page/summary.h"
 #include "print_page/temporary_folder.h"
+#include "sim/carriage.h"
 #include "sim/picture.h"
 #include "sim/session.h"
 
@@ -153,16 +154,17 @@ class Run {
     report->verified = options_.verify;
     if (options_.verify) {
       report->comparison =
-          sim::Compare(page, printer_.CurrentPaper(), machine_, printer_.BasePassCount());
+          sim::Compare(page, printer_.CurrentPaper(), machine_, options_.resolution);
     }
     if (options_.picture.empty()) return;
     sim::PictureOptions picture;
     picture.reverseShift = report->comparison.reverseShift;
     picture.lineOrigin = report->comparison.lineOrigin;
     picture.lines = options_.verify ? page.Lines() : 0;
-    picture.columns = options_.verify ? page.LineBytes() * 4 / printer_.BasePassCount() : 0;
-    picture.columnsPerInch = options_.resolution / printer_.BasePassCount();
-    picture.inkMax = printer_.BasePassCount() * 3;
+    const std::uint32_t columnPixels = sim::ColumnPixelsOf(machine_, options_.resolution);
+    picture.columns = options_.verify ? page.LineBytes() * 4 / columnPixels : 0;
+    picture.columnsPerInch = options_.resolution / sim::BasePassCountOf(options_.resolution);
+    picture.inkMax = columnPixels * 3;
     if (!sim::WritePng(printer_.CurrentPaper(), picture, PictureName(options_.picture, pageNo_),
                        &report->pictureError)) {
       Fail(report->pictureError);

@@ -57,7 +57,8 @@ Heads HeadsOf(const toml::node& node) {
   if (value == "both") return Heads::kBoth;
   if (value == "pha") return Heads::kPha;
   if (value == "phb") return Heads::kPhb;
-  Refuse("must be \"both\", \"pha\" or \"phb\"");
+  if (value == "none") return Heads::kNone;
+  Refuse("must be \"both\", \"pha\", \"phb\" or \"none\"");
 }
 
 using Setter = std::function<void(Machine&, const toml::node&)>;
@@ -72,6 +73,7 @@ const std::map<std::string, Setter, std::less<>>& Setters() {
        [](Machine& m, const toml::node& n) { m.fixedDir = Number<std::uint8_t>(n, 1); }},
       {"ink_order_pha", [](Machine& m, const toml::node& n) { m.inkOrder[0] = InkOrder(n); }},
       {"ink_order_phb", [](Machine& m, const toml::node& n) { m.inkOrder[1] = InkOrder(n); }},
+      {"ink_order_fourth", [](Machine& m, const toml::node& n) { m.inkOrder[3] = InkOrder(n); }},
       {"head_gap_x", [](Machine& m, const toml::node& n) { m.headGapX = ByResolution(n); }},
       {"head_gap_y", [](Machine& m, const toml::node& n) { m.headGapY = ByResolution(n); }},
       {"bidirectional_shift",

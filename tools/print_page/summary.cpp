@@ -36,8 +36,16 @@ std::string Verdict(const PageReport& report) {
   text += found.reverseFound ? Format(", reverse shift %d columns)", found.reverseShift)
                              : std::string(")");
   if (found.differingCells != 0) text += "\n             first: " + found.firstDifference;
-  if (found.differingCells != 0 && !found.reason.empty())
-    text += "\n             reason: " + found.reason;
+  if (found.unreachedCells != 0) {
+    text += Format("\n             %llu cells are out of this machine's reach",
+                   static_cast<Count>(found.unreachedCells));
+  }
+  if (found.displacedCells != 0) {
+    text += Format("\n             %llu cells lie one line too high",
+                   static_cast<Count>(found.displacedCells));
+  }
+  const bool imperfect = found.differingCells + found.unreachedCells + found.displacedCells != 0;
+  if (imperfect && !found.reason.empty()) text += "\n             reason: " + found.reason;
   return text;
 }
 

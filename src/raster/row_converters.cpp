@@ -1,4 +1,4 @@
-#include "raster/dual_converters.h"
+#include "raster/row_converters.h"
 
 #include <cstddef>
 
@@ -15,7 +15,7 @@ struct Pick {
 
 template <class Mode>
 Pick PickOf(std::uint32_t phase, std::uint32_t k) {
-  const std::uint32_t pixel = k * Mode::kPassCount + phase;
+  const std::uint32_t pixel = k * Mode::kColumnPixels + phase;
   return {static_cast<std::uint8_t>(pixel / kPixelsPerByte),
           static_cast<std::uint8_t>(6 - 2 * (pixel % kPixelsPerByte))};
 }
@@ -35,14 +35,19 @@ void MovePixel(std::uint8_t* source, Pick pick, std::uint8_t mask, std::uint8_t*
   source[pick.byte] = static_cast<std::uint8_t>(source[pick.byte] & ~bits);
 }
 
-// All groups of the two lines of one nozzle. `feather` is the nozzle's mask index; kFeathered tells
+template <class Mode>
+std::uint32_t PhaseOf(const Job& job) {
+  return job.passIndex / Mode::kPassesPerPhase;
+}
+
+// All groups of the lines of one nozzle. `feather` is the nozzle's mask index; kFeathered tells
 // whether it has one.
 template <class Mode, bool kReverse, bool kFeathered>
 void ConvertNozzle(Job& job, ConvertParams& params, std::uint32_t feather) {
   constexpr std::uint32_t kPicks = kPixelsTaken<Mode>;
   constexpr std::uint32_t kReverseLeadBytes = Mode::kReverseLead * kColumnBytes;
   Pick picks[kPicks];
-  for (std::uint32_t k = 0; k < kPicks; ++k) picks[k] = PickOf<Mode>(job.passIndex, k);
+  for (std::uint32_t k = 0; k < kPicks; ++k) picks[k] = PickOf<Mode>(PhaseOf<Mode>(job), k);
   const std::uint8_t* masks = job.pFeatherMask + std::size_t{feather} * kFeatherMaskBytes;
   const std::uint32_t end = job.passRightByte;
 
@@ -55,7 +60,8 @@ void ConvertNozzle(Job& job, ConvertParams& params, std::uint32_t feather) {
       const std::uint32_t out = kReverse ? params.outOffset + kReverseLeadBytes - kColumnBytes * k
                                          : params.outOffset + kColumnBytes * k;
       MovePixel(params.pLine + x, picks[k], mask, job.pOutA + out, job.rowBitA);
-      MovePixel(params.pLine2 + x, picks[k], mask, job.pOutB + out, job.rowBitB);
+      if constexpr (Mode::kLinesPerNozzle == 2)
+        MovePixel(params.pLine2 + x, picks[k], mask, job.pOutB + out, job.rowBitB);
     }
     // Below the first column there is no further group: the value that wraps there is never used.
     params.outOffset += kReverse ? 0u - params.colStep : params.colStep;
@@ -78,7 +84,8 @@ void FeatherZone(Job& job, ConvertParams& params, std::uint32_t firstNozzle) {
 }
 
 template <class Mode, bool kReverse>
-void ConvertDual(Job& job, ConvertParams& params) {
+void ConvertRows(Job& job, ConvertParams& params) {
+  if (PhaseOf<Mode>(job) >= Mode::kColumnPixels) return;
   for (std::uint32_t nozzle = 0; nozzle < params.nozzleCount; ++nozzle) {
     ConvertNozzle<Mode, kReverse, false>(job, params, 0);
     NextNozzle(job, params);
@@ -88,13 +95,23 @@ void ConvertDual(Job& job, ConvertParams& params) {
 
 }  // namespace
 
-void Dual3Forward(Job& job, ConvertParams& params) { ConvertDual<Dual3, false>(job, params); }
-void Dual3Reverse(Job& job, ConvertParams& params) { ConvertDual<Dual3, true>(job, params); }
-void Dual4Forward(Job& job, ConvertParams& params) { ConvertDual<Dual4, false>(job, params); }
-void Dual4Reverse(Job& job, ConvertParams& params) { ConvertDual<Dual4, true>(job, params); }
-void Dual6Forward(Job& job, ConvertParams& params) { ConvertDual<Dual6, false>(job, params); }
-void Dual6Reverse(Job& job, ConvertParams& params) { ConvertDual<Dual6, true>(job, params); }
-void Dual8Forward(Job& job, ConvertParams& params) { ConvertDual<Dual8, false>(job, params); }
-void Dual8Reverse(Job& job, ConvertParams& params) { ConvertDual<Dual8, true>(job, params); }
+void Dual3Forward(Job& job, ConvertParams& params) { ConvertRows<Dual3, false>(job, params); }
+void Dual3Reverse(Job& job, ConvertParams& params) { ConvertRows<Dual3, true>(job, params); }
+void Dual4Forward(Job& job, ConvertParams& params) { ConvertRows<Dual4, false>(job, params); }
+void Dual4Reverse(Job& job, ConvertParams& params) { ConvertRows<Dual4, true>(job, params); }
+void Dual6Forward(Job& job, ConvertParams& params) { ConvertRows<Dual6, false>(job, params); }
+void Dual6Reverse(Job& job, ConvertParams& params) { ConvertRows<Dual6, true>(job, params); }
+void Dual8Forward(Job& job, ConvertParams& params) { ConvertRows<Dual8, false>(job, params); }
+void Dual8Reverse(Job& job, ConvertParams& params) { ConvertRows<Dual8, true>(job, params); }
+
+void SingleForward(Job& job, ConvertParams& params) { ConvertRows<Single, false>(job, params); }
+
+// With an odd step the two passes of a phase start on rows of both parities by themselves. With an
+// even one all passes start on even rows: the first pass of the pair then takes the odd lines,
+// which forward passes never reach.
+void SingleReverse(Job& job, ConvertParams& params) {
+  if (job.passStep % 2 == 0 && job.passIndex % 2 == 0) params.pLine += job.lineStride;
+  ConvertRows<Single, true>(job, params);
+}
 
 }  // namespace qrn

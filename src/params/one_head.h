@@ -1,0 +1,18 @@
+// What a job with one head in use cannot print, told in the job log at job start. docs/one-head.md
+// explains each case. Transmit thread, within the connect processing.
+#ifndef QRN_PARAMS_ONE_HEAD_H_
+#define QRN_PARAMS_ONE_HEAD_H_
+
+#include "host/job.h"
+
+namespace qrn {
+
+// Lines that the passes do not reach, or reach with feathered nozzles only. Needs the band
+// geometry.
+void WarnOfUnprintedLines(const Job& job);
+// Colours without a nozzle row on the head. Needs the ink order.
+void WarnOfUnprintedColors(const Job& job);
+
+}  // namespace qrn
+
+#endif  // QRN_PARAMS_ONE_HEAD_H_
