@@ -138,9 +138,17 @@ class Comparer {
         lines_(static_cast<std::int32_t>(raster.Lines())),
         asked_(raster, reach, columnPixels) {}
 
-  Comparison Run() {
+  void Calibrate() {
     FindLineOrigin();
     FindReverseShift();
+  }
+  void CalibrateLike(const Comparison& other) {
+    result_.lineOrigin = other.lineOrigin;
+    result_.reverseShift = other.reverseShift;
+    result_.reverseFound = other.reverseFound;
+  }
+
+  Comparison Run() {
     // All image lines, and all paper lines outside the image.
     const std::int32_t first = std::min(0, PaperFirst() - result_.lineOrigin);
     const std::int32_t last = std::max(lines_ - 1, PaperLast() - result_.lineOrigin);
@@ -271,6 +279,7 @@ class Comparer {
 
   void Differ(int plane, std::int32_t line, std::int32_t column, std::uint32_t wanted,
               std::uint32_t found) {
+    if (found > wanted) ++result_.overInkedCells;
     if (result_.differingCells++ != 0) return;
     result_.firstDifference = "plane " + std::to_string(plane) + ", line " + std::to_string(line) +
                               ", column " + std::to_string(column) + ": asked " +
@@ -295,14 +304,28 @@ std::string SplitInks(const Machine& machine) {
   return planes.empty() ? "" : "one nozzle row on each head for planes" + planes;
 }
 
+Comparison Judged(Comparer& comparer, const Machine& machine, const Reach& reach) {
+  Comparison result = comparer.Run();
+  result.reason = machine.heads == Heads::kBoth ? SplitInks(machine) : reach.Reason();
+  return result;
+}
+
 }  // namespace
 
 Comparison Compare(const RasterSource& raster, const Paper& paper, const Machine& machine,
                    std::uint32_t resolution) {
   const Reach reach(machine, resolution);
-  Comparison result = Comparer(raster, paper, reach, ColumnPixelsOf(machine, resolution)).Run();
-  result.reason = machine.heads == Heads::kBoth ? SplitInks(machine) : reach.Reason();
-  return result;
+  Comparer comparer(raster, paper, reach, ColumnPixelsOf(machine, resolution));
+  comparer.Calibrate();
+  return Judged(comparer, machine, reach);
+}
+
+Comparison CompareCalibrated(const RasterSource& raster, const Paper& paper, const Machine& machine,
+                             std::uint32_t resolution, const Comparison& calibrated) {
+  const Reach reach(machine, resolution);
+  Comparer comparer(raster, paper, reach, ColumnPixelsOf(machine, resolution));
+  comparer.CalibrateLike(calibrated);
+  return Judged(comparer, machine, reach);
 }
 
 }  // namespace qrn::sim

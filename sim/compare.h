@@ -26,6 +26,7 @@ class RasterSource {
 struct Comparison {
   std::uint64_t cells = 0;  // cells compared (inked on either side)
   std::uint64_t differingCells = 0;
+  std::uint64_t overInkedCells = 0;  // of these, cells with more ink than was asked for
   // Inked cells that the machine cannot print, or not whole, and that hold less than was asked for.
   std::uint64_t unreachedCells = 0;
   // Inked cells that the machine can only lay on the line above; they are compared there.
@@ -45,6 +46,10 @@ struct Comparison {
 // the four resolutions.
 Comparison Compare(const RasterSource& raster, const Paper& paper, const Machine& machine,
                    std::uint32_t resolution);
+// The same with the vertical origin and the shift that another comparison found: for a page that
+// was not printed to its end, which lacks what they are found by.
+Comparison CompareCalibrated(const RasterSource& raster, const Paper& paper, const Machine& machine,
+                             std::uint32_t resolution, const Comparison& calibrated);
 
 }  // namespace qrn::sim
 

@@ -1,0 +1,272 @@
+#include "jobs/sim_world.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "jobs/heap_watch.h"
+#include "platform/bytes.h"
+#include "platform/platform.h"
+#include "sim/sim_platform.h"
+#include "sim/wire.h"
+
+using qrn::DeviceHandle;
+using qrn::LocalTime;
+using qrn::ThreadHandle;
+using qrn::UsbList;
+using qrn::UsbPathStatus;
+using qrn::UsbStep;
+
+namespace {
+
+constexpr std::uint32_t kSwathCode = 4;
+constexpr std::size_t kDataSizeAt = 8, kHeaderAt = 28, kNumberAt = 48;
+constexpr std::uint32_t kErrorNoFile = 2, kErrorGone = 31;
+
+// Takes the swaths down.
+class SwathBook {
+ public:
+  void Take(const std::uint8_t* data, std::uint32_t bytes) {
+    std::vector<qrn::sim::WireMessage> messages;
+    receiver_.Take(data, bytes, &messages);
+    for (const auto& message : messages) {
+      if (message.isData) {
+        Enter(message.bytes);
+        continue;
+      }
+      packet_ = message.bytes;
+      if (qrn::U32(packet_.data()) == kSwathCode && qrn::U32(&packet_[kDataSizeAt]) == 0) Enter({});
+    }
+  }
+  void Reopened() { receiver_.Reopened(); }
+
+  std::vector<SentSwath> swaths;
+  std::string fault;
+
+ private:
+  void Enter(const std::vector<std::uint8_t>& data) {
+    SentSwath swath{};
+    std::copy_n(&packet_[kHeaderAt], swath.header.size(), swath.header.begin());
+    swath.dataBytes = static_cast<std::uint32_t>(data.size());
+    Digest digest;
+    digest.Add(data.data(), data.size());
+    swath.dataDigest = digest.Value();
+    const std::uint32_t number = qrn::U32(&packet_[kNumberAt]);
+    if (number == swaths.size() + 1) {
+      swaths.push_back(swath);
+    } else if (fault.empty() && (number == 0 || number > swaths.size())) {
+      fault = "swath " + std::to_string(number) + " behind " + std::to_string(swaths.size());
+    } else if (fault.empty() && swaths[number - 1] != swath) {
+      fault = "swath " + std::to_string(number) + " was sent again, changed";
+    }
+  }
+
+  qrn::sim::WireReceiver receiver_;
+  std::vector<std::uint8_t> packet_;
+};
+
+// The line between driver and printer.
+class SlowLine final : public qrn::UsbPort {
+ public:
+  SlowLine(qrn::UsbPort& printer, const SimPlan& plan, std::uint64_t seed)
+      : printer_(printer), plan_(plan), random_(seed) {}
+
+  bool Listable(std::uint32_t nowMs) override { return printer_.Listable(nowMs); }
+  const char* PathAt(std::uint32_t index, std::uint32_t nowMs) override {
+    return pulled_ ? nullptr : printer_.PathAt(index, nowMs);
+  }
+  std::uint32_t Open(const char* path, std::uint32_t nowMs, std::uint32_t* error) override {
+    moving_ = false;
+    *error = kErrorNoFile;
+    const std::uint32_t handle = pulled_ ? 0 : printer_.Open(path, nowMs, error);
+    if (handle != 0) book_.Reopened();
+    return handle;
+  }
+  void Close(std::uint32_t handle, std::uint32_t nowMs) override {
+    moving_ = false;
+    printer_.Close(handle, nowMs);
+  }
+  UsbStep Write(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
+                std::uint32_t nowMs) override {
+    const UsbStep step = Move(plan_.writeLatencyMaxMs, nowMs,
+                              [&] { return printer_.Write(handle, data, bytes, nowMs); });
+    if (step.state != UsbStep::kDone) return step;
+    book_.Take(data, bytes);
+    digest_.Add(nowMs);
+    digest_.Add(data, bytes);
+    return step;
+  }
+  UsbStep Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
+               std::uint32_t nowMs) override {
+    return Move(plan_.readLatencyMaxMs, nowMs,
+                [&] { return printer_.Read(handle, data, bytes, nowMs); });
+  }
+
+  const SwathBook& Book() const { return book_; }
+  bool Pulled() const { return pulled_; }
+  const Digest& Written() const { return digest_; }
+
+ private:
+  // One transfer, asked for again until it has ended.
+  template <class Transfer>
+  UsbStep Move(std::uint32_t latencyMaxMs, std::uint32_t nowMs, Transfer transfer) {
+    if (!moving_) {
+      moving_ = true;
+      beganMs_ = nowMs;
+      dueMs_ = nowMs + random_.Below(latencyMaxMs + 1);
+    }
+    if (static_cast<std::int32_t>(nowMs - dueMs_) < 0) return {UsbStep::kWait, dueMs_};
+    UsbStep step = pulled_ ? UsbStep{UsbStep::kFailed, kErrorGone} : transfer();
+    if (step.state == UsbStep::kWait && nowMs - beganMs_ > plan_.patienceMs) {
+      pulled_ = true;
+      step = {UsbStep::kFailed, kErrorGone};
+    }
+    moving_ = step.state == UsbStep::kWait;
+    return step;
+  }
+
+  qrn::UsbPort& printer_;
+  const SimPlan& plan_;
+  SeedStream random_;
+  bool moving_ = false, pulled_ = false;
+  std::uint32_t beganMs_ = 0, dueMs_ = 0;
+  SwathBook book_;
+  Digest digest_;
+};
+
+// Forwards every call and keeps what the surroundings take from the heap out of the library's
+// account.
+class Surroundings final : public qrn::Platform {
+ public:
+  explicit Surroundings(qrn::Platform& platform) : platform_(platform) {}
+
+  UsbList UsbListOpen() override {
+    return OutsideLibrary([&] { return platform_.UsbListOpen(); });
+  }
+  UsbPathStatus UsbListPath(UsbList list, std::uint32_t index, const char** path) override {
+    return OutsideLibrary([&] { return platform_.UsbListPath(list, index, path); });
+  }
+  void UsbListClose(UsbList list) override {
+    OutsideLibrary([&] { platform_.UsbListClose(list); });
+  }
+  DeviceHandle DeviceOpen(const char* path) override {
+    return OutsideLibrary([&] { return platform_.DeviceOpen(path); });
+  }
+  void DeviceClose(DeviceHandle device) override {
+    OutsideLibrary([&] { platform_.DeviceClose(device); });
+  }
+  bool BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) override {
+    return OutsideLibrary([&] { return platform_.BulkWrite(device, data, bytes); });
+  }
+  bool BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) override {
+    return OutsideLibrary([&] { return platform_.BulkRead(device, data, bytes); });
+  }
+  std::uint32_t LastError() override {
+    return OutsideLibrary([&] { return platform_.LastError(); });
+  }
+  std::uint32_t TickMs() override {
+    return OutsideLibrary([&] { return platform_.TickMs(); });
+  }
+  void SleepMs(std::uint32_t ms) override {
+    OutsideLibrary([&] { platform_.SleepMs(ms); });
+  }
+  LocalTime LocalTimeNow() override {
+    return OutsideLibrary([&] { return platform_.LocalTimeNow(); });
+  }
+  ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) override {
+    procedure_ = procedure;
+    argument_ = argument;
+    return OutsideLibrary([&] { return platform_.ThreadStart(&Surroundings::RunThread, this); });
+  }
+  void ThreadRaisePriority(ThreadHandle thread) override {
+    OutsideLibrary([&] { platform_.ThreadRaisePriority(thread); });
+  }
+  void ThreadTerminate(ThreadHandle thread) override {
+    OutsideLibrary([&] { platform_.ThreadTerminate(thread); });
+  }
+  void ThreadRelease(ThreadHandle thread) override {
+    OutsideLibrary([&] { platform_.ThreadRelease(thread); });
+  }
+  std::uint32_t SystemLocaleId() override {
+    return OutsideLibrary([&] { return platform_.SystemLocaleId(); });
+  }
+  void ShowBox(const char* text, const char* caption) override {
+    OutsideLibrary([&] {
+      boxes.emplace_back(text);
+      platform_.ShowBox(text, caption);
+    });
+  }
+  bool PathExists(const char* path) override {
+    return OutsideLibrary([&] { return platform_.PathExists(path); });
+  }
+
+  std::vector<std::string> boxes;
+
+ private:
+  static void RunThread(void* self) {
+    const LibraryScope inside(true);
+    auto* world = static_cast<Surroundings*>(self);
+    world->procedure_(world->argument_);
+  }
+
+  qrn::Platform& platform_;
+  void (*procedure_)(void*) = nullptr;
+  void* argument_ = nullptr;
+};
+
+qrn::sim::SimOptions OptionsOf(const SimPlan& plan, std::uint64_t seed) {
+  qrn::sim::SimOptions options;
+  options.seed = seed;
+  options.startTickMs = plan.startTickMs;
+  options.localeId = plan.chinese ? 0x0404 : 0x0409;
+  options.boxOpenMs = plan.boxOpenMs;
+  options.failThreadStart = plan.noThread;
+  options.limitMs = plan.BoundMs();
+  return options;
+}
+
+}  // namespace
+
+void Digest::Add(const void* bytes, std::size_t count) {
+  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15u;
+  const auto* from = static_cast<const std::uint8_t*>(bytes);
+  for (; count > 0;
+       from += std::min<std::size_t>(count, 8), count -= std::min<std::size_t>(count, 8)) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, from, std::min<std::size_t>(count, 8));
+    value_ = (value_ ^ word) * kFactor;
+    value_ ^= value_ >> 29;
+  }
+}
+
+struct SimWorld::Impl {
+  Impl(const SimPlan& plan, const qrn::sim::QuirkScript& quirks, std::uint64_t seed)
+      : printer(plan.machine, quirks),
+        line(printer, plan, seed ^ 0x5117),
+        platform(line, OptionsOf(plan, seed)),
+        surroundings(platform),
+        startTickMs(plan.startTickMs) {}
+
+  qrn::sim::VirtualPrinter printer;
+  SlowLine line;
+  qrn::sim::SimPlatform platform;
+  Surroundings surroundings;
+  std::uint32_t startTickMs;
+};
+
+SimWorld::SimWorld(const SimPlan& plan, const qrn::sim::QuirkScript& quirks, std::uint64_t seed)
+    : impl_(std::make_unique<Impl>(plan, quirks, seed)) {
+  qrn::UsePlatform(&impl_->surroundings);
+}
+
+SimWorld::~SimWorld() { qrn::UsePlatform(nullptr); }
+
+qrn::sim::VirtualPrinter& SimWorld::Printer() { return impl_->printer; }
+std::uint64_t SimWorld::ElapsedMs() const { return impl_->platform.TickMs() - impl_->startTickMs; }
+void SimWorld::RestMs(std::uint32_t ms) { impl_->platform.SleepMs(ms); }
+const std::vector<SentSwath>& SimWorld::Swaths() const { return impl_->line.Book().swaths; }
+const std::string& SimWorld::SwathFault() const { return impl_->line.Book().fault; }
+const std::vector<std::string>& SimWorld::Boxes() const { return impl_->surroundings.boxes; }
+bool SimWorld::PatienceLost() const { return impl_->line.Pulled(); }
+std::uint32_t SimWorld::LiveThreads() const { return impl_->platform.LiveThreads(); }
+std::uint32_t SimWorld::OpenDevices() const { return impl_->platform.OpenDevices(); }
+std::uint64_t SimWorld::LineDigest() const { return impl_->line.Written().Value(); }
