@@ -77,12 +77,13 @@ const char* UsbBus::PathAt(std::size_t index) const {
 }
 
 std::uint32_t UsbBus::Open(const char* path, std::uint32_t* error) {
-  *error = kErrorFileNotFound;
   for (std::size_t i = 1; i < devices_.size(); ++i) {
     Device& device = devices_[i];
     if (device.path != path || device.away) continue;
-    *error = kErrorAccessDenied;
-    if (device.held || handle_ != 0) return 0;
+    if (device.held || handle_ != 0) {
+      *error = kErrorAccessDenied;
+      return 0;
+    }
     if (!chosen_) {
       for (Device& other : devices_) other.held = true;
       device.held = false;
@@ -92,6 +93,7 @@ std::uint32_t UsbBus::Open(const char* path, std::uint32_t* error) {
     handle_ = ++lastHandle_;
     return handle_;
   }
+  *error = kErrorFileNotFound;
   return 0;
 }
 

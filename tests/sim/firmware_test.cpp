@@ -7,45 +7,13 @@
 
 #include "platform/bytes.h"
 #include "support/quirk_text.h"
+#include "support/wire_bytes.h"
 
 namespace qrn::sim {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 class FirmwareTest : public testing::Test {
  protected:
-  static Bytes Command(std::uint8_t code) {
-    Bytes packet(64);
-    packet[0] = code;
-    return packet;
-  }
-  static Bytes Connect() {
-    Bytes packet = Command(2);
-    packet[32] = packet[33] = 0x11, packet[34] = 0x13, packet[35] = 0x20;
-    return packet;
-  }
-  static Bytes JobCreate() {
-    Bytes packet = Command(3);
-    packet[6] = 0xCF, packet[8] = 4, packet[10] = 25, packet[11] = 1;
-    PutU16(&packet[14], 1800);
-    PutU16(&packet[16], 1440);
-    PutU16(&packet[34], 0x2015);
-    return packet;
-  }
-  // Like the job create before it, with another code.
-  static Bytes InJob(std::uint8_t code) {
-    Bytes packet = JobCreate();
-    packet[0] = code;
-    return packet;
-  }
-  static Bytes Swath(std::uint32_t number, std::uint32_t bytes) {
-    Bytes packet = Command(4);
-    PutU32(&packet[8], bytes);
-    PutU16(&packet[36], 377);
-    PutU32(&packet[48], number);
-    return packet;
-  }
   // Reply's words code, ok, sub, status; empty when there is none.
   std::vector<int> Tell(const Bytes& packet, bool isData = false) {
     const auto reply = firmware->Take({isData, packet}, now);
