@@ -177,7 +177,7 @@ std::string Parse(const std::string& text, Quirk* quirk) {
   *quirk = Quirk{};
   quirk->kind = rule->kind;
   for (const Field& field : rule->fields) quirk->*field.value = field.initial.value_or(0);
-  quirk->moment = rule->fields[0].moment.value_or(Moment::kSwath);
+  quirk->moment = rule->fields[0].moment.value_or(Moment::kStart);
   return TakeFields(*rule, text, colon == std::string::npos ? colon : colon + 1, quirk);
 }
 

@@ -62,6 +62,7 @@ struct Quirk {
   };
   // What `at` counts; the first is 1. A quirk is due from its moment on, until it is used up.
   enum class Moment {
+    kStart,    // nothing: the quirk is due from the start
     kSwath,    // swaths of a job, feed-only ones included; a swath's buffer query belongs to it
     kMessage,  // messages since the printer was switched on: a command is one, its data another
     kWrite,    // bulk writes, failed ones included

@@ -18,7 +18,8 @@ TEST(ParseQuirk, TakesWhatAKindHeedsAndFillsInTheRest) {
     Quirk quirk;
   };
   for (const Case& expected : {
-           Case{"connect-refused:count=2,status=0x54", {Kind::kConnectRefused, 1, 2, 84}},
+           Case{"connect-refused:count=2,status=0x54",
+                {Kind::kConnectRefused, 1, 2, 84, 0, Moment::kStart}},
            Case{"buffer-full", {Kind::kBufferFull}},
            Case{"buffer-full:count=1000,at=4294967295", {Kind::kBufferFull, 0xFFFFFFFF, 1000}},
            Case{"pause:at=010,ms=3600000", {Kind::kPause, 10, 1, 0, 3600000}},
