@@ -13,6 +13,11 @@ namespace {
 constexpr std::uint32_t kGroupBytes = 12, kPlanes = 8;
 constexpr std::uint32_t kSlack = 64;  // bytes that a long line may have too many
 
+// Bytes of a line that are printed in every mode: whole groups.
+std::uint32_t InkBytes(const SimPlan& plan) {
+  return plan.widthPixels * 2 / 8 / kGroupBytes * kGroupBytes;
+}
+
 void FillRandom(std::uint8_t* bytes, std::uint32_t count, std::uint32_t keepOf3,
                 SeedStream& random) {
   for (std::uint32_t i = 0; i < count; i += 4) {
@@ -25,8 +30,8 @@ void FillRandom(std::uint8_t* bytes, std::uint32_t count, std::uint32_t keepOf3,
 }
 
 // Lines first..end-1 of some planes.
-void DrawBlock(Page& page, std::uint32_t first, std::uint32_t end, bool solid, SeedStream& random) {
-  const std::uint32_t inkBytes = page.LineBytes() / kGroupBytes * kGroupBytes;
+void DrawBlock(Page& page, std::uint32_t inkBytes, std::uint32_t first, std::uint32_t end,
+               bool solid, SeedStream& random) {
   const std::uint64_t planes = random.Next() | (random.Percent(60) ? 0xFF : 1u);
   for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
     if (((planes >> plane) & 1u) == 0) continue;
@@ -90,24 +95,22 @@ std::uint8_t* Page::Edit(std::uint32_t plane, std::uint32_t line) {
 Page DrawPage(const SimPlan& plan) {
   SeedStream random(plan.seed ^ 0x1A6E);
   Page page(plan.lines, plan.LineBytes());
-  const std::uint32_t groups = plan.widthPixels * 2 / 8 / kGroupBytes;
-  if (groups == 0) return page;
+  const std::uint32_t inkBytes = InkBytes(plan);
   switch (plan.image) {
     case ImageKind::kRandom:
       for (std::uint32_t line = 0; line < plan.lines; line += 50) {
-        if (random.Percent(80)) DrawBlock(page, line, line + 50, false, random);
+        if (random.Percent(80)) DrawBlock(page, inkBytes, line, line + 50, false, random);
       }
       break;
     case ImageKind::kSolid:
-      DrawBlock(page, 0, plan.lines, true, random);
+      DrawBlock(page, inkBytes, 0, plan.lines, true, random);
       break;
     case ImageKind::kSparse:
       for (std::uint32_t line = random.Below(20); line < plan.lines; line += random.Between(1, 700))
-        DrawBlock(page, line, line + random.Between(1, 30), random.Percent(30), random);
+        DrawBlock(page, inkBytes, line, line + random.Between(1, 30), random.Percent(30), random);
       break;
     case ImageKind::kDot:
-      page.Edit(random.Below(kPlanes),
-                random.Below(plan.lines))[random.Below(groups * kGroupBytes)] =
+      page.Edit(random.Below(kPlanes), random.Below(plan.lines))[random.Below(inkBytes)] =
           static_cast<std::uint8_t>(1u << 2 * random.Below(4));
       break;
     case ImageKind::kBlank:
@@ -229,8 +232,8 @@ void SimHost::GiveBehind() {
   const std::uint32_t calls = lineApi_ ? 2 : 2 * kPlanes + 1;
   std::memset(scratch_.data(), 0xFF, scratch_.size());
   // A job that was handed too few lines takes these in.
-  const std::uint32_t whole = plan_.LineBytes() / kGroupBytes * kGroupBytes;
-  for (std::uint32_t i = 0; i < calls; ++i) GivePlane(i % kPlanes, scratch_.data(), whole);
+  for (std::uint32_t i = 0; i < calls; ++i)
+    GivePlane(i % kPlanes, scratch_.data(), InkBytes(plan_));
 }
 
 void SimHost::GivePlane(std::uint32_t plane, const std::uint8_t* bytes, std::uint32_t count) {

@@ -1,0 +1,33 @@
+// Faults that the whole-job simulation has found, each as the smallest plan that shows it.
+#include <gtest/gtest.h>
+
+#include "jobs/sim_invariants.h"
+#include "jobs/sim_plan.h"
+#include "jobs/sim_run.h"
+
+namespace {
+
+SimPlan SmallPlan(std::vector<std::string> quirks) {
+  SimPlan plan;
+  plan.widthPixels = 240;
+  plan.lines = plan.linesHanded = 4;
+  plan.quirks = std::move(quirks);
+  return plan;
+}
+
+void ExpectGood(const SimPlan& plan) {
+  SCOPED_TRACE(plan.Text());
+  for (const std::string& fault : CheckRun(plan, RunPlan(plan))) ADD_FAILURE() << fault;
+}
+
+// Seed 400. A packet without a reply made the driver send a swath again; its second reply then
+// settled the next swath, and so on, until the reply to one that was refused fell out at the end.
+TEST(Regression, APacketWithoutAReplyLeavesNoReplyTooMany) {
+  for (const char* form : {"empty", "kind", "words"}) {
+    const std::string garbage = std::string("garbage:at=4,count=2,form=") + form;
+    ExpectGood(SmallPlan({garbage, "refuse:code=4,status=0,at=8"}));
+    ExpectGood(SmallPlan({garbage, "spool-overflow:at=8"}));
+  }
+}
+
+}  // namespace
