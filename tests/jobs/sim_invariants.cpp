@@ -58,6 +58,7 @@ class Checker {
     CheckPaper();
     SimPlan clean = plan_;
     clean.quirks.clear();
+    clean.mistakes = 0;
     CheckJob("next", clean, run_.next);
     CheckNext();
     return faults_;
@@ -80,7 +81,7 @@ class Checker {
            std::to_string(run.stats.swaths) + " swaths accepted, " +
                std::to_string(run.swaths.size()) + " sent");
     CheckLeftBehind(name, run);
-    CheckLogLines(run, Printed(run), complain);
+    CheckLogLines(plan, run, Printed(run), complain);
     CheckErrors(plan, run, complain);
   }
 

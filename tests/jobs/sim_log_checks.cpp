@@ -125,7 +125,8 @@ std::size_t CountOf(const std::string& log, const std::string& text) {
   return count;
 }
 
-void CheckLogLines(const SimJobRun& run, bool printed, const Complain& complain) {
+void CheckLogLines(const SimPlan& plan, const SimJobRun& run, bool printed,
+                   const Complain& complain) {
   if (run.logs.empty()) {
     complain("no log");
     return;
@@ -136,9 +137,9 @@ void CheckLogLines(const SimJobRun& run, bool printed, const Complain& complain)
   CheckSwathLines(lines, complain);
   CheckClosing(run, log, printed, complain);
   CheckLinkLosses(log, complain);
-  const bool refusedLines = printed && run.host.badLines != 0;
-  ExpectCount(log, "AddLine: unusable line", refusedLines ? 1 : 0, run.host.badLines != 0 ? 1 : 0,
-              complain);
+  const bool badLines = run.host.badLines != 0;
+  ExpectCount(log, "AddLine: unusable line", printed && badLines ? 1 : 0,
+              badLines || plan.Makes(kBadJob) ? 1 : 0, complain);
   ExpectCount(log, "Queue ready Error overflow", 0, 0, complain);
 }
 

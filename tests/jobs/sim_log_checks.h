@@ -14,7 +14,8 @@ using Complain = std::function<void(const std::string& what)>;
 std::size_t CountOf(const std::string& log, const std::string& text);
 
 // Of the job itself; `printed`: it went through to its end.
-void CheckLogLines(const SimJobRun& run, bool printed, const Complain& complain);
+void CheckLogLines(const SimPlan& plan, const SimJobRun& run, bool printed,
+                   const Complain& complain);
 // Boxes against log lines and the recorded code.
 void CheckErrors(const SimPlan& plan, const SimJobRun& run, const Complain& complain);
 
