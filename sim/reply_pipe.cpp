@@ -10,7 +10,7 @@ namespace qrn::sim {
 namespace {
 
 constexpr std::uint32_t kLatencyMs = 1;
-constexpr std::uint32_t kSilencePollMs = 10;
+constexpr std::uint32_t kSilencePollMs = 100;
 constexpr std::size_t kZeroAnswerBytes = 16;
 constexpr std::uint32_t kSplitWords = 2;
 constexpr std::size_t kOverlongBytes = 3200;  // more than a host has room for

@@ -314,7 +314,7 @@ TEST_F(PrinterTest, SpellsItsPathAsAsked) {
   };
   for (const Case& expected : {Case{"path", "#VID_5E3C&PID_A71D#", false},
                                Case{"path:case=lower", "#vid_5e3c&pid_a71d#", false},
-                               Case{"path:case=mixed,long=1", "#vId_5e3C&PiD_A71D#", true}}) {
+                               Case{"path:case=mixed,long=1", "#vId_5E3C&PiD_A71d#", true}}) {
     SwitchOn({expected.quirk});
     const std::string path = Paths().at(1);
     EXPECT_NE(std::string::npos, path.find(expected.identifiers)) << path;
