@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
 
 namespace qrn::sim {
 namespace {
@@ -43,6 +44,10 @@ std::int32_t StaggerColumns(std::size_t row, bool mirrored, double columnsPerInc
     return static_cast<std::int32_t>(std::lround(inch * columnsPerInch));
   };
   return mirrored ? standard(0) - standard(row) : standard(row);
+}
+
+bool IsBlank(const std::uint8_t* bytes, std::size_t count) {
+  return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
 }
 
 }  // namespace
@@ -150,6 +155,7 @@ std::uint64_t Carriage::PrintHead(std::size_t head, std::int32_t gridStart, int 
   for (std::int32_t column = 0; column < columnCount; ++column) {
     const std::size_t begin = static_cast<std::size_t>(column) * kColumnBytes;
     const std::size_t end = std::min(begin + kColumnBytes, columns.size());
+    if (IsBlank(&columns[begin], end - begin)) continue;
     const std::int32_t grid = gridStart + step * column;
     for (std::size_t at = begin + head; at < end; at += 2) {
       if (columns[at] == 0) continue;

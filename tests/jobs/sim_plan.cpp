@@ -53,8 +53,8 @@ void DrawInks(Machine& machine, SeedStream& random) {
 Machine DrawMachine(SeedStream& random) {
   Machine machine;
   const std::uint32_t heads = random.Below(100);
-  machine.heads = heads < 60   ? Heads::kBoth
-                  : heads < 78 ? Heads::kPha
+  machine.heads = heads < 48   ? Heads::kBoth
+                  : heads < 72 ? Heads::kPha
                   : heads < 96 ? Heads::kPhb
                                : Heads::kNone;
   machine.twoHeadCarriage = machine.heads == Heads::kBoth || random.Percent(50);

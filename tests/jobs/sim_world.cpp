@@ -7,7 +7,6 @@
 #include "platform/bytes.h"
 #include "platform/platform.h"
 #include "sim/sim_platform.h"
-#include "sim/wire.h"
 
 using qrn::DeviceHandle;
 using qrn::LocalTime;
@@ -19,38 +18,47 @@ using qrn::UsbStep;
 namespace {
 
 constexpr std::uint32_t kSwathCode = 4;
-constexpr std::size_t kPacketBytes = 128;
+constexpr std::size_t kPacketBytes = 128, kSlotBytes = 8192, kFrameBytes = 32;
+constexpr std::size_t kTypeAt = 14, kKindAt = 16, kWordsAt = 22;  // of a frame
+constexpr std::uint16_t kTypeData = 0x85B5, kKindLast = 0xF002, kKindOnly = 0xF008;
 constexpr std::size_t kDataSizeAt = 8, kHeaderAt = 28, kNumberAt = 48;
 constexpr std::uint32_t kErrorNoFile = 2, kErrorGone = 31;
 
-// Takes the swaths down.
+// Takes the swaths down. It trusts the frames: the printer's wire layer checks them.
 class SwathBook {
  public:
   void Take(const std::uint8_t* data, std::uint32_t bytes) {
-    std::vector<qrn::sim::WireMessage> messages;
-    receiver_.Take(data, bytes, &messages);
-    for (const auto& message : messages) {
-      if (message.isData) {
-        Enter(message.bytes);
-        continue;
-      }
-      packet_ = message.bytes;
-      if (qrn::U32(packet_.data()) == kSwathCode && qrn::U32(&packet_[kDataSizeAt]) == 0) Enter({});
+    if (qrn::U16(data + kTypeAt) != kTypeData) {
+      std::copy_n(data + kFrameBytes, packet_.size(), packet_.begin());
+      Reopened();
+      if (qrn::U32(packet_.data()) == kSwathCode && qrn::U32(&packet_[kDataSizeAt]) == 0) Enter();
+      return;
+    }
+    for (std::size_t at = 0; at < bytes; at += kSlotBytes) {
+      const std::uint8_t* slot = data + at;
+      const std::size_t payload = 2 * (qrn::U16(slot + kWordsAt) + std::size_t{1});
+      data_.Add(slot + kFrameBytes, payload);
+      dataBytes_ += static_cast<std::uint32_t>(payload);
+      const std::uint16_t kind = qrn::U16(slot + kKindAt);
+      if (kind != kKindLast && kind != kKindOnly) continue;
+      Enter();
+      return;
     }
   }
-  void Reopened() { receiver_.Reopened(); }
+  // A message that is not whole comes again from its start.
+  void Reopened() {
+    data_ = Digest{};
+    dataBytes_ = 0;
+  }
 
   std::vector<SentSwath> swaths;
   std::string fault;
 
  private:
-  void Enter(const std::vector<std::uint8_t>& data) {
-    SentSwath swath{};
+  void Enter() {
+    SentSwath swath{{}, dataBytes_, data_.Value()};
     std::copy_n(&packet_[kHeaderAt], swath.header.size(), swath.header.begin());
-    swath.dataBytes = static_cast<std::uint32_t>(data.size());
-    Digest digest;
-    digest.Add(data.data(), data.size());
-    swath.dataDigest = digest.Value();
+    Reopened();
     const std::uint32_t number = qrn::U32(&packet_[kNumberAt]);
     if (number == swaths.size() + 1) {
       swaths.push_back(swath);
@@ -61,8 +69,9 @@ class SwathBook {
     }
   }
 
-  qrn::sim::WireReceiver receiver_;
-  std::vector<std::uint8_t> packet_;
+  std::array<std::uint8_t, 64> packet_{};  // the last command
+  Digest data_;
+  std::uint32_t dataBytes_ = 0;
 };
 
 // The line between driver and printer.
