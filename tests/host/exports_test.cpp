@@ -50,6 +50,8 @@ TEST_F(Exports, TellOfAStartThatFailedEachInItsWay) {
   EXPECT_EQ(8, job.nColors);
   EXPECT_EQ(2u, job.nBitsPerPixel);
   EXPECT_EQ(0xFFFFFFFFu, job.nSwathLimit);
+  EXPECT_STREQ("pid_a71d", job.szPid);  // without it every device would be the printer
+  EXPECT_STREQ("vid_5e3c", job.szVid);
   EXPECT_STREQ("c:/p2debug/Y20240307_0905.txt", job.szLogFile);
   const std::uint8_t line[12] = {};
   EXPECT_EQ(0, PP_SendALineAColorData(7, 12, line, 0));

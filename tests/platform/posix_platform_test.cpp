@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <vector>
 
 #include "platform/fake_port.h"
 
@@ -28,6 +32,9 @@ TEST_F(Posix, ListsWhatIsPluggedInAndNothingElse) {
   EXPECT_EQ(31u, platform.LastError());
   platform.Plug(nullptr);
   EXPECT_EQ(UsbPathStatus::kEnd, platform.UsbListPath(list, 0, &path));
+  EXPECT_NE(0u, platform.UsbListOpen());
+  EXPECT_FALSE(platform.BulkWrite(1, "", 1));
+  platform.DeviceClose(1);
   EXPECT_EQ(0u, platform.DeviceOpen("one"));
   std::uint8_t packet[128];
   EXPECT_FALSE(platform.BulkRead(1, packet, sizeof packet));
@@ -73,6 +80,48 @@ TEST_F(Posix, WaitsForThePortAndForTheEndOfAThread) {
   platform.ThreadRelease(thread);
   EXPECT_EQ(3, reader.state);
   EXPECT_GE(static_cast<std::int32_t>(platform.TickMs() - port.dueMs), 0);
+}
+
+TEST_F(Posix, ShowsBoxesInUtf8WhereTheUserLooks) {
+  std::string shown;
+  platform.HandleBoxes(
+      [](void* context, const char* text, const char* caption) {
+        *static_cast<std::string*>(context) = std::string(caption) + ": " + text;
+      },
+      &shown);
+  platform.ShowBox("\xB4\xF2\xD3\xA1 ok", "Tip");  // code page 936
+  EXPECT_EQ("Tip: 打印 ok", shown);
+  platform.HandleBoxes(nullptr, nullptr);
+  testing::internal::CaptureStderr();
+  platform.ShowBox("\xC4\xAB", "Tip");
+  EXPECT_EQ("Tip: 墨\n", testing::internal::GetCapturedStderr());
+}
+
+TEST_F(Posix, SpeaksTheLanguageOfItsEnvironment) {
+  const char* const before = std::getenv("LANG");
+  const std::string kept = before != nullptr ? before : "";
+  for (const auto& [language, primary] : std::vector<std::pair<const char*, std::uint32_t>>{
+           {"zh_CN.UTF-8", 4}, {"zh", 4}, {"en_US", 9}, {"za_CN", 9}, {"ah", 9}, {"", 9}}) {
+    setenv("LANG", language, 1);
+    EXPECT_EQ(primary, platform.SystemLocaleId() & 0xFFu) << language;
+  }
+  unsetenv("LANG");
+  EXPECT_EQ(9u, platform.SystemLocaleId() & 0xFFu);
+  if (before != nullptr) setenv("LANG", kept.c_str(), 1);
+}
+
+TEST_F(Posix, TellsLocalTimeAndWhatExists) {
+  const std::time_t before = std::time(nullptr);
+  const LocalTime now = platform.LocalTimeNow();
+  std::tm parts{};
+  parts.tm_year = now.year - 1900, parts.tm_mon = now.month - 1, parts.tm_mday = now.day;
+  parts.tm_hour = now.hour, parts.tm_min = now.minute, parts.tm_sec = now.second;
+  parts.tm_isdst = -1;
+  const std::time_t told = std::mktime(&parts);
+  EXPECT_LE(before, told);
+  EXPECT_LE(told, std::time(nullptr));
+  EXPECT_TRUE(platform.PathExists("/"));
+  EXPECT_FALSE(platform.PathExists("/no such file"));
 }
 
 }  // namespace
