@@ -104,9 +104,7 @@ bool TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes) {
 
 ReplyVerdict ParseReply(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
   const ReplyRec record = DecodeReply(reply, bytes);
-  // What holds no code answers nothing: the reply is still to come. Sending again would leave one
-  // reply too many in the pipe, and every later swath would be settled by that of the one before.
-  if (bytes < sizeof record.code || record.code != job.nTxCmd) return kReplyOther;
+  if (bytes >= sizeof record.code && record.code != job.nTxCmd) return kReplyOther;
   if (bytes < BytesNeeded(job.nTxCmd)) return kReplyAgain;
 
   switch (job.nTxCmd) {

@@ -183,11 +183,11 @@ TEST_F(Replies, HaveTheirVerdictStateAndLine) {
   }
 }
 
-TEST_F(Replies, ThatAreTooShortAreAskedForAgainAndWithoutACodePassedOver) {
+TEST_F(Replies, ThatAreTooShortAreAskedForAgainAndChangeNothing) {
   const std::vector<std::uint16_t> paused = {4, 1, 3, 0, 0, 0, 0x1122, 0};
   for (std::size_t bytes = 0; bytes < 16; ++bytes) {
-    EXPECT_EQ(bytes >= 2 ? kReplyAgain : kReplyOther, Parse(4, paused, bytes)) << bytes;
-    EXPECT_EQ(kReplyOther, Parse(10, paused, bytes)) << bytes;
+    EXPECT_EQ(kReplyAgain, Parse(4, paused, bytes)) << bytes;
+    EXPECT_EQ(bytes >= 2 ? kReplyOther : kReplyAgain, Parse(10, paused, bytes)) << bytes;
   }
   EXPECT_EQ(0, job.bPrnPause);
   EXPECT_TRUE(platform.sleeps.empty());
