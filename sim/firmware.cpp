@@ -3,14 +3,15 @@
 #include <algorithm>
 
 #include "platform/bytes.h"
+#include "sim/block_defects.h"
 #include "sim/protocol_check.h"
 
 namespace qrn::sim {
 namespace {
 
-constexpr std::uint16_t kStateCancelled = 2, kStatePaused = 3, kStateResumed = 4, kStateRunning = 5;
 constexpr std::uint16_t kStatusSpoolOverflow = 7;
 constexpr std::size_t kReplyBytes = 16;  // up to the word behind the two of a pause reply
+constexpr std::size_t kUpdateMarkAt = 12;
 
 Reply MakeReply(std::uint32_t code, bool ok, std::uint16_t sub, std::uint16_t status) {
   Reply reply(kReplyBytes);
@@ -21,40 +22,22 @@ Reply MakeReply(std::uint32_t code, bool ok, std::uint16_t sub, std::uint16_t st
   return reply;
 }
 
-bool Passed(std::uint32_t nowMs, std::uint32_t momentMs) {
-  return static_cast<std::int32_t>(nowMs - momentMs) >= 0;
-}
-
 }  // namespace
 
-Firmware::Firmware(const Machine& machine, QuirkScript quirks)
-    : machine_(machine), quirks_(std::move(quirks)) {}
+Firmware::Firmware(const Machine& machine, QuirkMoments& moments)
+    : machine_(machine), moments_(&moments), state_(moments) {}
 
 void Firmware::Fail(const std::string& what) {
-  if (violation_.empty()) violation_ = "message " + std::to_string(messages_) + ": " + what;
+  if (violation_.empty())
+    violation_ = "message " + std::to_string(moments_->Messages()) + ": " + what;
 }
 
-bool Firmware::Present(std::uint32_t nowMs) {
-  if (away_ && !awayForGood_ && Passed(nowMs, awayUntilMs_)) away_ = false;
-  return !away_;
-}
-
-Quirk* Firmware::Due(Quirk::Kind kind, std::uint32_t moment) {
-  for (Quirk& quirk : quirks_) {
-    if (quirk.kind == kind && quirk.count > 0 && moment >= quirk.at) return &quirk;
-  }
-  return nullptr;
+bool Firmware::IsTest(const WireMessage& message) {
+  return !message.isData && IsAnswerTest(message.bytes);
 }
 
 std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t nowMs) {
-  ++messages_;
-  if (Quirk* quirk = Due(Quirk::Kind::kUnplug, messages_)) {
-    quirk->count = 0;
-    away_ = true;
-    awayForGood_ = quirk->durationMs == 0;
-    awayUntilMs_ = nowMs + quirk->durationMs;
-    trouble_ = "the printer was unplugged at message " + std::to_string(messages_);
-  }
+  moments_->CountMessage();
   if (message.isData) {
     if (awaitedSwath_.empty()) {
       Fail("swath data without a swath command");
@@ -80,18 +63,20 @@ std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t no
 
 Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
   const std::uint32_t code = U32(packet.data());
+  if (code == kSwath) return TakeSwath(packet, {}, nowMs);
+  if (const Quirk* refusal = Refusal(code))
+    return MakeReply(code, false, state_.Tell(nowMs), Low16(refusal->value));
   switch (code) {
     case kConnect:
       return Connect();
     case kJobCreate:
       ++jobsCreated_;
       return CreateJob(packet);
-    case kSwath:
-      return TakeSwath(packet, {}, nowMs);
     case kBufferQuery:
       return AnswerBufferQuery(nowMs);
     case kPausePoll:
       if (IsAnswerTest(packet)) return MakeReply(code, true, kStateRunning, 0);
+      Watch(Via::kPoll, nowMs);
       break;
     case kJobEnd:
       ++jobsEnded_;
@@ -104,19 +89,45 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
       !std::equal(packet.begin() + 4, packet.end(), jobCreate_.begin() + 4, jobCreate_.end())) {
     Fail("command " + std::to_string(code) + " without the job create's body");
   }
-  return MakeReply(code, true, JobState(nowMs), 0);
+  return StateReply(code, nowMs);
+}
+
+const Quirk* Firmware::Refusal(std::uint32_t code) {
+  return moments_->Use(Quirk::Kind::kRefuse,
+                       [code](const Quirk& quirk) { return quirk.code == code; });
+}
+
+Reply Firmware::StateReply(std::uint32_t code, std::uint32_t nowMs) {
+  const std::uint16_t state = state_.Tell(nowMs);
+  Reply reply = MakeReply(code, true, state, 0);
+  const std::vector<std::uint8_t> update =
+      state == kStatePaused ? state_.UpdateSection(machine_) : std::vector<std::uint8_t>{};
+  if (update.empty()) return reply;
+  reply.resize(kUpdateMarkAt);
+  reply.insert(reply.end(), update.begin(), update.end());
+  return reply;
+}
+
+void Firmware::Watch(Via reply, std::uint32_t nowMs) {
+  if (state_.Watch(reply, nowMs)) {
+    trouble_ = "the job was cancelled at the printer, at swath " + std::to_string(lastSwathNo_);
+  }
 }
 
 Reply Firmware::Connect() {
-  if (Quirk* quirk = Due(Quirk::Kind::kConnectRefused, 1)) {
-    --quirk->count;
+  if (const Quirk* quirk = moments_->Use(Quirk::Kind::kConnectRefused)) {
     trouble_ = "the printer refused the connect with status " + std::to_string(quirk->value);
     return MakeReply(kConnect, false, 0, Low16(quirk->value));
   }
   trouble_.clear();
   Reply reply = MakeReply(kConnect, true, 0, 0);
   reply.resize(8);
-  const auto block = ParameterBlock(machine_);
+  const auto whole = ParameterBlock(machine_);
+  std::vector<std::uint8_t> block(whole.begin(), whole.end());
+  if (const Quirk* defect = moments_->Use(Quirk::Kind::kBlock)) {
+    SpoilBlock(static_cast<Defect>(defect->which), &block);
+    trouble_ = "the printer's parameter block has a defect";
+  }
   reply.insert(reply.end(), block.begin(), block.end());
   return reply;
 }
@@ -127,7 +138,8 @@ Reply Firmware::CreateJob(const Packet& packet) {
   paper_.Clear();
   lastSwathNo_ = 0;
   lastSwath_.clear();
-  cancelled_ = paused_ = false;
+  moments_->SetSwath(0);
+  state_.Begin();
   carriage_.reset();
   if (ResolutionIndexOf(resolution_) < 0) {
     Fail("job at " + std::to_string(resolution_) + " dpi");
@@ -141,23 +153,13 @@ Reply Firmware::CreateJob(const Packet& packet) {
   return MakeReply(kJobCreate, true, kStateRunning, 0);
 }
 
-std::uint16_t Firmware::JobState(std::uint32_t nowMs) {
-  if (cancelled_) return kStateCancelled;
-  if (!paused_) return kStateRunning;
-  if (!Passed(nowMs, pausedUntilMs_)) return kStatePaused;
-  paused_ = false;
-  return kStateResumed;
-}
-
 Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
-  const std::uint16_t state = JobState(nowMs);
-  std::uint32_t room = state == kStatePaused ? 0 : spool_.Room(nowMs);
-  if (Quirk* quirk = Due(Quirk::Kind::kBufferFull, lastSwathNo_ + 1)) {
-    --quirk->count;
-    room = 0;
-  }
-  Reply reply = MakeReply(kBufferQuery, true, state, 0);
-  PutU32(&reply[8], room);
+  moments_->SetSwath(lastSwathNo_ + 1);
+  Watch(Via::kBuffer, nowMs);
+  Reply reply = StateReply(kBufferQuery, nowMs);
+  const bool full = moments_->Use(Quirk::Kind::kBufferFull) != nullptr;
+  const bool paused = U16(&reply[4]) == kStatePaused;
+  PutU32(&reply[8], full || paused ? 0 : spool_.Room(nowMs));
   return reply;
 }
 
@@ -187,11 +189,12 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
          std::to_string(U32(&packet[kDataSizeAt])));
   }
   const std::uint32_t number = U32(&packet[kSwathNoAt]);
-  Quirk* overflow = Due(Quirk::Kind::kSpoolOverflow, number);
-  if (overflow != nullptr && number == overflow->at) {
-    --overflow->count;
+  moments_->SetSwath(number);
+  const auto itself = [number](const Quirk& quirk) { return quirk.at == number; };
+  if (moments_->Use(Quirk::Kind::kSpoolOverflow, itself) != nullptr)
     return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
-  }
+  if (const Quirk* refusal = Refusal(kSwath))
+    return MakeReply(kSwath, false, kStateRunning, Low16(refusal->value));
   if (CheckSwathOrder(packet, data)) {
     if (!spool_.Take(data.size(), nowMs))
       return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
@@ -200,17 +203,8 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
     lastSwath_ = packet;
     lastData_ = data;
   }
-  if (Quirk* quirk = Due(Quirk::Kind::kCancel, number)) {
-    quirk->count = 0;
-    cancelled_ = true;
-    trouble_ = "the job was cancelled at the printer, at swath " + std::to_string(number);
-  }
-  if (Quirk* quirk = Due(Quirk::Kind::kPause, number)) {
-    quirk->count = 0;
-    paused_ = true;
-    pausedUntilMs_ = nowMs + quirk->durationMs;
-  }
-  return MakeReply(kSwath, true, JobState(nowMs), 0);
+  Watch(Via::kSwath, nowMs);
+  return StateReply(kSwath, nowMs);
 }
 
 void Firmware::PrintSwath(const Packet& packet, const std::vector<std::uint8_t>& data) {

@@ -10,26 +10,29 @@
 #include <vector>
 
 #include "sim/carriage.h"
+#include "sim/job_state.h"
 #include "sim/machine.h"
 #include "sim/paper.h"
-#include "sim/quirks.h"
+#include "sim/quirk_moments.h"
+#include "sim/reply_pipe.h"
 #include "sim/spool.h"
 #include "sim/wire.h"
 
 namespace qrn::sim {
 
-using Reply = std::vector<std::uint8_t>;
-
 class Firmware {
  public:
-  Firmware(const Machine& machine, QuirkScript quirks);
+  // `moments` outlives the firmware.
+  Firmware(const Machine& machine, QuirkMoments& moments);
 
   // Takes one message; the reply to it, or none while more is to come.
   std::optional<Reply> Take(const WireMessage& message, std::uint32_t nowMs);
   // The link was opened anew.
   void Reopened() { awaitedSwath_.clear(); }
-  // False while a quirk keeps the device away from the bus.
-  bool Present(std::uint32_t nowMs);
+  // True for the packet that tests, after a reconnection, whether the printer answers.
+  static bool IsTest(const WireMessage& message);
+  // Something befell the printer, beside what the firmware does itself.
+  void Note(const std::string& trouble) { trouble_ = trouble; }
 
   const std::string& Violation() const { return violation_; }
   // What may have cost the host its job, last of all since the last connect; "" = nothing.
@@ -53,13 +56,16 @@ class Firmware {
   Reply AnswerBufferQuery(std::uint32_t nowMs);
   void PrintSwath(const Packet& packet, const std::vector<std::uint8_t>& data);
   bool CheckSwathOrder(const Packet& packet, const std::vector<std::uint8_t>& data);
-  // The job's state as replies tell it at this moment: 2, 3, 4 once after a pause, else 5.
-  std::uint16_t JobState(std::uint32_t nowMs);
-  // A quirk of this kind that is due and not used up; null if there is none.
-  Quirk* Due(Quirk::Kind kind, std::uint32_t moment);
+  // A reply that tells the job's state, with the parameter update that goes with a pause.
+  Reply StateReply(std::uint32_t code, std::uint32_t nowMs);
+  // A reply of this kind is on its way: the pauses and cancels that are due in it happen.
+  void Watch(Via reply, std::uint32_t nowMs);
+  // The quirk that refuses this message, if one is due; it is used once.
+  const Quirk* Refusal(std::uint32_t code);
 
   Machine machine_;
-  QuirkScript quirks_;
+  QuirkMoments* moments_;
+  JobState state_;
   Paper paper_;
   std::unique_ptr<Carriage> carriage_;  // null before the first job create
   std::string violation_;
@@ -72,15 +78,7 @@ class Firmware {
   std::uint32_t lastSwathNo_ = 0;
   Spool spool_;
 
-  bool cancelled_ = false;
-  bool paused_ = false;
-  std::uint32_t pausedUntilMs_ = 0;
-  bool away_ = false;
-  bool awayForGood_ = false;
-  std::uint32_t awayUntilMs_ = 0;
-
   std::uint32_t resolution_ = 0;
-  std::uint32_t messages_ = 0;
   std::uint32_t swaths_ = 0, feedOnlySwaths_ = 0, jobsCreated_ = 0, jobsEnded_ = 0;
   std::uint64_t inkLaid_ = 0;
 };

@@ -2,37 +2,94 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 #include <set>
 
 namespace qrn::sim {
 namespace {
 
+using Moment = Quirk::Moment;
+
 struct Field {
   const char* name;
   std::uint32_t Quirk::*value;
-  bool required;
-  std::uint32_t min, max;
+  std::optional<std::uint32_t> initial;  // none: the field is required
+  std::uint32_t min = 0, max = 0;
+  std::vector<const char*> words = {};  // instead of numbers: the value is the word's place
+  std::optional<Moment> moment = {};    // the field says what `at` counts; a quirk has one
 };
 
 struct KindRule {
   const char* name;
   Quirk::Kind kind;
-  std::vector<Field> fields;  // all that the kind heeds; one that is left out keeps its default
+  std::vector<Field> fields;  // all that the kind heeds; its own moment comes first
 };
 
+Field MomentField(const char* name, Moment moment) {
+  return {name, &Quirk::at, 1, 1, UINT32_MAX, {}, moment};
+}
+
+Field WordField(const char* name, std::uint32_t Quirk::*value, std::optional<std::uint32_t> initial,
+                std::vector<const char*> words) {
+  return {name, value, initial, 0, 0, std::move(words)};
+}
+
 const std::vector<KindRule>& Kinds() {
-  const Field at{"at", &Quirk::at, false, 1, UINT32_MAX};
-  const Field count{"count", &Quirk::count, false, 1, kQuirkCountMax};
-  const Field status{"status", &Quirk::value, true, 0, 0xFFFF};
-  const Field ms{"ms", &Quirk::durationMs, true, 1, kQuirkMsMax};
-  const Field msOrForGood{"ms", &Quirk::durationMs, false, 0, kQuirkMsMax};
+  using Kind = Quirk::Kind;
+  const Field at = MomentField("at", Moment::kSwath), msg = MomentField("msg", Moment::kMessage),
+              atMessage = MomentField("at", Moment::kMessage),
+              write = MomentField("write", Moment::kWrite),
+              read = MomentField("read", Moment::kRead), byte = MomentField("byte", Moment::kByte),
+              chunk = MomentField("chunk", Moment::kChunk);
+  const Field t{"t", &Quirk::at, 1, 0, kQuirkMsMax, {}, Moment::kTime};
+  const Field count{"count", &Quirk::count, 1, 1, kQuirkCountMax};
+  const Field statusNeeded{"status", &Quirk::value, std::nullopt, 0, 0xFFFF};
+  const Field status{"status", &Quirk::value, 0, 0, 0xFFFF};
+  const Field error{"error", &Quirk::value, 31, 1, 0xFFFF};
+  const Field ms{"ms", &Quirk::durationMs, std::nullopt, 1, kQuirkMsMax};
+  const Field msOrForGood{"ms", &Quirk::durationMs, 0, 0, kQuirkMsMax};
+  const Field heldMs{"held-ms", &Quirk::heldMs, 0, 0, kQuirkMsMax};
+  const Field code{"code", &Quirk::code, std::nullopt, 3, 12};
+  const Field held{"held", &Quirk::held, 0, 0, 1}, first{"first", &Quirk::first, 0, 0, 1};
+  const Field longPath{"long", &Quirk::longPath, 0, 0, 1};
+  const auto word = [](const char* name, std::optional<std::uint32_t> initial,
+                       std::vector<const char*> words) {
+    return WordField(name, &Quirk::which, initial, std::move(words));
+  };
   static const std::vector<KindRule> kinds = {
-      {"connect-refused", Quirk::Kind::kConnectRefused, {count, status}},
-      {"buffer-full", Quirk::Kind::kBufferFull, {at, count}},
-      {"pause", Quirk::Kind::kPause, {at, ms}},
-      {"cancel", Quirk::Kind::kCancel, {at}},
-      {"spool-overflow", Quirk::Kind::kSpoolOverflow, {at, count}},
-      {"unplug", Quirk::Kind::kUnplug, {at, msOrForGood}},
+      {"connect-refused", Kind::kConnectRefused, {count, statusNeeded}},
+      {"buffer-full", Kind::kBufferFull, {at, msg, t, count}},
+      {"refuse", Kind::kRefuse, {msg, at, t, code, status, count}},
+      {"spool-overflow", Kind::kSpoolOverflow, {at, count}},
+      {"pause",
+       Kind::kPause,
+       {at, msg, t, ms, word("via", 0, {"swath", "buffer", "poll"}),
+        WordField("update", &Quirk::update, 0, {"none", "same", "db", "calib", "short"})}},
+      {"cancel", Kind::kCancel, {at, msg, t, word("via", 0, {"swath", "buffer", "poll", "gone"})}},
+      {"other-code", Kind::kOtherCode, {msg, at, t, count}},
+      {"late", Kind::kLate, {msg, at, t, ms}},
+      {"silence", Kind::kSilence, {msg, at, t, msOrForGood}},
+      {"garbage",
+       Kind::kGarbage,
+       {msg, at, t, count,
+        word("form", std::nullopt,
+             {"kind", "random", "words", "short", "empty", "split", "overlong", "restart"})}},
+      {"zero-answers", Kind::kZeroAnswers, {count}},
+      {"write-fails",
+       Kind::kWriteFails,
+       {write, msg, t, count, error, word("where", 0, {"any", "packet", "data"})}},
+      {"read-fails", Kind::kReadFails, {read, msg, t, count, error}},
+      {"unplug",
+       Kind::kUnplug,
+       {atMessage, msg, write, read, byte, chunk, t, msOrForGood, heldMs,
+        word("back", 0, {"same", "other", "held"})}},
+      {"second-printer", Kind::kSecondPrinter, {held, first}},
+      {"path", Kind::kPath, {longPath, word("case", 0, {"upper", "lower", "mixed"})}},
+      {"block",
+       Kind::kBlock,
+       {count, word("defect", std::nullopt,
+                    {"signature", "short", "head", "resolution", "width", "selector", "calib",
+                     "ink", "feather"})}},
   };
   return kinds;
 }
@@ -55,7 +112,27 @@ std::string NamesOf(const KindRule& rule) {
   return names;
 }
 
-// Takes one "name=number"; why it is not one of the kind's, or "".
+// Why the text is no value of the field, or "".
+std::string ParseValue(const Field& field, const std::string& text, std::uint32_t* value) {
+  const std::string name = field.name;
+  if (!field.words.empty()) {
+    const auto word = std::find(field.words.begin(), field.words.end(), text);
+    *value = static_cast<std::uint32_t>(word - field.words.begin());
+    if (word != field.words.end()) return "";
+    std::string words;
+    for (const char* known : field.words) words += (words.empty() ? "" : ", ") + std::string(known);
+    return name + " must be one of " + words;
+  }
+  std::uint64_t number = 0;
+  if (!ParseNumber(text, &number) || number < field.min || number > field.max) {
+    return name + " must be a number from " + std::to_string(field.min) + " to " +
+           std::to_string(field.max);
+  }
+  *value = static_cast<std::uint32_t>(number);
+  return "";
+}
+
+// Takes one "name=value"; why it is not one of the kind's, or "".
 std::string TakeField(const KindRule& rule, const std::string& text, Quirk* quirk,
                       std::set<std::string>* named) {
   const std::size_t equals = std::min(text.find('='), text.size());
@@ -64,14 +141,13 @@ std::string TakeField(const KindRule& rule, const std::string& text, Quirk* quir
                                   [&name](const Field& known) { return name == known.name; });
   if (field == rule.fields.end() || equals == text.size())
     return "'" + text + "' is not one of " + NamesOf(rule);
-  std::uint64_t number = 0;
-  if (!ParseNumber(text.substr(equals + 1), &number) || number < field->min ||
-      number > field->max) {
-    return name + " must be a number from " + std::to_string(field->min) + " to " +
-           std::to_string(field->max);
-  }
+  const std::string why = ParseValue(*field, text.substr(equals + 1), &(quirk->*field->value));
+  if (!why.empty()) return why;
   if (!named->insert(name).second) return name + " stands there twice";
-  quirk->*field->value = static_cast<std::uint32_t>(number);
+  if (field->moment) {
+    if (!named->insert("a moment").second) return name + " is a second moment";
+    quirk->moment = *field->moment;
+  }
   return "";
 }
 
@@ -86,7 +162,7 @@ std::string TakeFields(const KindRule& rule, const std::string& text, std::size_
     from = comma == std::string::npos ? comma : comma + 1;
   }
   for (const Field& field : rule.fields) {
-    if (field.required && named.count(field.name) == 0)
+    if (!field.initial && named.count(field.name) == 0)
       return "needs " + std::string(field.name) + "=";
   }
   return "";
@@ -100,6 +176,8 @@ std::string Parse(const std::string& text, Quirk* quirk) {
   if (rule == Kinds().end()) return "no such kind";
   *quirk = Quirk{};
   quirk->kind = rule->kind;
+  for (const Field& field : rule->fields) quirk->*field.value = field.initial.value_or(0);
+  quirk->moment = rule->fields[0].moment.value_or(Moment::kStart);
   return TakeFields(*rule, text, colon == std::string::npos ? colon : colon + 1, quirk);
 }
 

@@ -1,46 +1,61 @@
 #include "sim/virtual_printer.h"
 
-#include <cstring>
-#include <deque>
+#include <algorithm>
+#include <mutex>
 
 #include "sim/firmware.h"
+#include "sim/quirk_moments.h"
+#include "sim/reply_pipe.h"
+#include "sim/usb_bus.h"
 #include "sim/wire.h"
 
 namespace qrn::sim {
 namespace {
 
-// What stands on the bus: a mouse first, then the printer.
-constexpr const char* kForeignPath =
-    R"(\\?\usb#vid_1c4f&pid_0034#5&2c1e7f2&0&4#{a5dcbf10-6530-11d2-901f-00c04fb951ed})";
-constexpr const char* kPrinterPath =
-    R"(\\?\usb#VID_5E3C&PID_A71D#0001#{a5dcbf10-6530-11d2-901f-00c04fb951ed})";
-
-constexpr std::uint32_t kErrorFileNotFound = 2, kErrorAccessDenied = 5, kErrorGenFailure = 31,
-                        kErrorNotConnected = 1167;
-constexpr std::uint32_t kReplyLatencyMs = 1;
-constexpr std::uint32_t kSilencePollMs = 10;
+constexpr std::uint32_t kErrorGenFailure = 31, kErrorNotConnected = 1167;
 
 }  // namespace
 
 struct VirtualPrinter::Impl {
-  struct Packet {
-    std::vector<std::uint8_t> bytes;
-    std::uint32_t dueMs;
-  };
+  Impl(const Machine& machine, const QuirkScript& quirks)
+      : moments(quirks), bus(moments), pipe(moments), firmware(machine, moments) {}
 
-  Impl(const Machine& machine, const QuirkScript& quirks) : firmware(machine, quirks) {}
+  // Time has passed or something has come: the printer may leave the bus by that, or be back.
+  void Look(std::uint32_t nowMs) {
+    moments.PassTime(nowMs);
+    if (bus.Look(nowMs)) {
+      firmware.Note("the printer was unplugged at message " + std::to_string(moments.Messages()));
+    }
+  }
 
-  bool Usable(std::uint32_t asked, std::uint32_t nowMs) {
-    return firmware.Present(nowMs) && asked == handle && handle != 0;
+  // The quirk by which this write fails, if one is due; it is used once.
+  const Quirk* WriteFault(bool isCommand) {
+    return moments.Use(Quirk::Kind::kWriteFails, [isCommand](const Quirk& quirk) {
+      return quirk.Is(Where::kAny) || quirk.Is(isCommand ? Where::kPacket : Where::kData);
+    });
+  }
+
+  UsbStep ReadStep(std::uint32_t asked, std::uint8_t* data, std::uint32_t bytes,
+                   std::uint32_t nowMs) {
+    if (!bus.Usable(asked)) return {UsbStep::kFailed, kErrorNotConnected};
+    if (const Quirk* fault = moments.Use(Quirk::Kind::kReadFails))
+      return {UsbStep::kFailed, fault->value};
+    std::uint32_t lookAgainMs = 0;
+    const std::vector<std::uint8_t>* packet = pipe.Front(nowMs, &lookAgainMs);
+    if (packet == nullptr) return {UsbStep::kWait, moments.NoLongerThan(lookAgainMs)};
+    if (bytes < packet->size()) return {UsbStep::kFailed, kErrorGenFailure};
+    std::copy(packet->begin(), packet->end(), data);
+    bytesSent += packet->size();
+    pipe.Pop();
+    return {UsbStep::kDone, 0};
   }
 
   mutable std::mutex mutex;
+  QuirkMoments moments;
+  UsbBus bus;
   WireReceiver wire;
-  ReplyPacker packer;
+  ReplyPipe pipe;
   Firmware firmware;
-  std::deque<Packet> outgoing;
-  std::uint32_t handle = 0;  // the open one
-  std::uint32_t lastHandle = 0;
   std::uint64_t bytesReceived = 0, bytesSent = 0;
   bool keepTransfers = false;
   std::vector<std::vector<std::uint8_t>> transfers;
@@ -85,46 +100,48 @@ bool VirtualPrinter::Listable(std::uint32_t) { return true; }
 
 const char* VirtualPrinter::PathAt(std::uint32_t index, std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
-  if (index == 0) return kForeignPath;
-  return index == 1 && impl_->firmware.Present(nowMs) ? kPrinterPath : nullptr;
+  impl_->Look(nowMs);
+  return impl_->bus.PathAt(index);
 }
 
 std::uint32_t VirtualPrinter::Open(const char* path, std::uint32_t nowMs, std::uint32_t* error) {
   const std::lock_guard lock(impl_->mutex);
-  if (std::strcmp(path, kPrinterPath) != 0 || !impl_->firmware.Present(nowMs)) {
-    *error = kErrorFileNotFound;
-    return 0;
-  }
-  if (impl_->handle != 0) {
-    *error = kErrorAccessDenied;
-    return 0;
-  }
-  impl_->handle = ++impl_->lastHandle;
-  impl_->outgoing.clear();
+  impl_->Look(nowMs);
+  const std::uint32_t handle = impl_->bus.Open(path, error);
+  if (handle == 0) return 0;
+  impl_->moments.EndRead();
+  impl_->pipe.Reopened();
   impl_->wire.Reopened();
   impl_->firmware.Reopened();
-  return impl_->handle;
+  return handle;
 }
 
 void VirtualPrinter::Close(std::uint32_t handle, std::uint32_t) {
   const std::lock_guard lock(impl_->mutex);
-  if (handle == impl_->handle) impl_->handle = 0;
+  impl_->bus.Close(handle);
 }
 
+// A write that fails, or in the middle of which the printer leaves, has brought it nothing that it
+// heeds: the message comes again from its start.
 UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
                               std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
-  if (!impl_->Usable(handle, nowMs)) return {UsbStep::kFailed, kErrorGenFailure};
+  impl_->Look(nowMs);
+  if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
+  impl_->moments.BeginWrite(bytes);
+  impl_->Look(nowMs);
+  if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
+  if (const Quirk* fault = impl_->WriteFault(IsCommandWrite(data, bytes)))
+    return {UsbStep::kFailed, fault->value};
   impl_->bytesReceived += bytes;
   if (impl_->keepTransfers) impl_->transfers.emplace_back(data, data + bytes);
   std::vector<WireMessage> messages;
   impl_->wire.Take(data, bytes, &messages);
   for (const WireMessage& message : messages) {
     const std::optional<Reply> reply = impl_->firmware.Take(message, nowMs);
-    if (!reply) continue;
-    for (auto& packet : impl_->packer.Pack(*reply)) {
-      impl_->outgoing.push_back({std::move(packet), nowMs + kReplyLatencyMs});
-    }
+    impl_->Look(nowMs);  // a printer that has left by now answers nothing
+    if (reply && impl_->bus.Usable(handle))
+      impl_->pipe.Send(*reply, Firmware::IsTest(message), nowMs);
   }
   return {UsbStep::kDone, 0};
 }
@@ -132,15 +149,11 @@ UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, st
 UsbStep VirtualPrinter::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
                              std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
-  if (!impl_->Usable(handle, nowMs)) return {UsbStep::kFailed, kErrorNotConnected};
-  if (impl_->outgoing.empty()) return {UsbStep::kWait, nowMs + kSilencePollMs};
-  const Impl::Packet& packet = impl_->outgoing.front();
-  if (static_cast<std::int32_t>(nowMs - packet.dueMs) < 0) return {UsbStep::kWait, packet.dueMs};
-  if (bytes < packet.bytes.size()) return {UsbStep::kFailed, kErrorGenFailure};
-  std::memcpy(data, packet.bytes.data(), packet.bytes.size());
-  impl_->bytesSent += packet.bytes.size();
-  impl_->outgoing.pop_front();
-  return {UsbStep::kDone, 0};
+  impl_->moments.BeginRead();
+  impl_->Look(nowMs);
+  const UsbStep step = impl_->ReadStep(handle, data, bytes, nowMs);
+  if (step.state != UsbStep::kWait) impl_->moments.EndRead();
+  return step;
 }
 
 }  // namespace qrn::sim

@@ -54,8 +54,8 @@ void WireReceiver::Take(const std::uint8_t* data, std::size_t bytes,
     return;
   }
   // A frame that breaks the rules is reported once and read no further: hardware would drop it.
-  const bool isPacket = U16(data + 14) == kCmm;
-  if (!(isPacket ? TakePacket(data, bytes, messages) : TakeGroup(data, bytes, messages)))
+  if (!(IsCommandWrite(data, bytes) ? TakePacket(data, bytes, messages)
+                                    : TakeGroup(data, bytes, messages)))
     partial_ = Partial{};
 }
 
@@ -192,12 +192,17 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
   return true;
 }
 
-std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::uint8_t>& reply) {
+bool IsCommandWrite(const std::uint8_t* data, std::size_t bytes) {
+  return bytes >= kHeaderBytes && U16(data + 14) == kCmm;
+}
+
+std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::uint8_t>& reply,
+                                                         std::uint32_t packetWords) {
   const auto words = static_cast<std::uint32_t>(reply.size() / 2);
-  const std::uint32_t count = DivUp(words, kPacketWords);
+  const std::uint32_t count = DivUp(words, packetWords);
   std::vector<std::vector<std::uint8_t>> packets;
   for (std::uint32_t index = 0; index < count; ++index) {
-    const std::uint32_t chunk = std::min(words - index * kPacketWords, kPacketWords);
+    const std::uint32_t chunk = std::min(words - index * packetWords, packetWords);
     std::vector<std::uint8_t> packet(kPacketBytes);
     for (std::size_t i = 0; i < kMarks.size(); ++i) PutU16(&packet[2 * i], kMarks[i]);
     PutU16(&packet[14], kCmm);
@@ -209,7 +214,7 @@ std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::
     PutU16(&packet[26], Low16(words >> 16));
     PutU16(&packet[28], Low16(words));
     PutU16(&packet[kHeaderCheckAt], Sum(packet.data(), 15));
-    std::copy_n(reply.begin() + 2 * index * kPacketWords, 2 * chunk, packet.begin() + kHeaderBytes);
+    std::copy_n(reply.begin() + 2 * index * packetWords, 2 * chunk, packet.begin() + kHeaderBytes);
     PutU16(&packet[kPacketCheckAt], Sum(packet.data(), kPacketCheckAt / 2));
     packets.push_back(std::move(packet));
   }

@@ -52,10 +52,17 @@ class WireReceiver {
   std::string violation_;
 };
 
-// Packs one reply into 128-byte packets.
+constexpr std::uint32_t kReplyPacketWords = 47;
+constexpr std::size_t kFrameKindAt = 16, kFrameWordsAt = 22, kFramePayloadAt = 32;
+
+// True when this bulk write carries a command packet, false when it carries swath data.
+bool IsCommandWrite(const std::uint8_t* data, std::size_t bytes);
+
+// Packs one reply into 128-byte packets of up to `packetWords` words.
 class ReplyPacker {
  public:
-  std::vector<std::vector<std::uint8_t>> Pack(const std::vector<std::uint8_t>& reply);
+  std::vector<std::vector<std::uint8_t>> Pack(const std::vector<std::uint8_t>& reply,
+                                              std::uint32_t packetWords = kReplyPacketWords);
 
  private:
   std::uint16_t sequence_ = 1;

@@ -3,66 +3,42 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "platform/bytes.h"
+#include "support/quirk_text.h"
+#include "support/wire_bytes.h"
 
 namespace qrn::sim {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 class FirmwareTest : public testing::Test {
  protected:
-  static Bytes Command(std::uint8_t code) {
-    Bytes packet(64);
-    packet[0] = code;
-    return packet;
-  }
-  static Bytes Connect() {
-    Bytes packet = Command(2);
-    packet[32] = packet[33] = 0x11, packet[34] = 0x13, packet[35] = 0x20;
-    return packet;
-  }
-  static Bytes JobCreate() {
-    Bytes packet = Command(3);
-    packet[6] = 0xCF, packet[8] = 4, packet[10] = 25, packet[11] = 1;
-    PutU16(&packet[14], 1800);
-    PutU16(&packet[16], 1440);
-    PutU16(&packet[34], 0x2015);
-    return packet;
-  }
-  // Like the job create before it, with another code.
-  static Bytes InJob(std::uint8_t code) {
-    Bytes packet = JobCreate();
-    packet[0] = code;
-    return packet;
-  }
-  static Bytes Swath(std::uint32_t number, std::uint32_t bytes) {
-    Bytes packet = Command(4);
-    PutU32(&packet[8], bytes);
-    PutU16(&packet[36], 377);
-    PutU32(&packet[48], number);
-    return packet;
-  }
   // Reply's words code, ok, sub, status; empty when there is none.
   std::vector<int> Tell(const Bytes& packet, bool isData = false) {
-    const auto reply = firmware.Take({isData, packet}, now);
+    const auto reply = firmware->Take({isData, packet}, now);
     if (!reply) return {};
     return {U16(reply->data()), U16(reply->data() + 2), U16(reply->data() + 4),
             U16(reply->data() + 6)};
   }
-  void Restart(const QuirkScript& quirks) {
-    firmware = Firmware(Machine{}, quirks);
+  void SwitchOn(const std::vector<const char*>& quirks) {
+    moments = QuirkMoments(Script(quirks));
+    firmware.emplace(Machine{}, moments);
+  }
+  void Restart(const std::vector<const char*>& quirks) {
+    SwitchOn(quirks);
     Tell(Connect());
     Tell(JobCreate());
   }
   std::uint32_t now = 1000;
-  Firmware firmware{Machine{}, {}};
+  QuirkMoments moments{{}};
+  std::optional<Firmware> firmware{std::in_place, Machine{}, moments};
 };
 
 using Words = std::vector<int>;
 
 TEST_F(FirmwareTest, AnswersAJobFromConnectToEnd) {
-  const auto connect = firmware.Take({false, Connect()}, now);
+  const auto connect = firmware->Take({false, Connect()}, now);
   ASSERT_EQ(216u, connect->size());
   EXPECT_EQ(0x5213, U16(connect->data() + 8 + 204));
   EXPECT_EQ((Words{3, 1, 5, 0}), Tell(JobCreate()));
@@ -71,13 +47,13 @@ TEST_F(FirmwareTest, AnswersAJobFromConnectToEnd) {
   EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(2, 0)));
   EXPECT_EQ((Words{4, 1, 5, 0}),
             Tell(Swath(2, 0)));  // its reply was lost: taken, not printed twice
-  EXPECT_EQ(2u, firmware.Swaths());
-  EXPECT_EQ(1u, firmware.FeedOnlySwaths());
+  EXPECT_EQ(2u, firmware->Swaths());
+  EXPECT_EQ(1u, firmware->FeedOnlySwaths());
   EXPECT_EQ((Words{10, 1, 5, 0}), Tell(InJob(10)));
   EXPECT_EQ((Words{10, 1, 5, 0}), Tell(Command(10)));  // the answer test
   EXPECT_EQ((Words{5, 1, 5, 0}), Tell(InJob(5)));
-  EXPECT_EQ(1u, firmware.JobsEnded());
-  EXPECT_EQ("", firmware.Violation());
+  EXPECT_EQ(1u, firmware->JobsEnded());
+  EXPECT_EQ("", firmware->Violation());
 }
 
 TEST_F(FirmwareTest, HoldsBrokenRulesAgainstTheHost) {
@@ -110,27 +86,29 @@ TEST_F(FirmwareTest, HoldsBrokenRulesAgainstTheHost) {
     SCOPED_TRACE(expected.name);
     Restart({});
     Tell(expected.packet, expected.isData);
-    EXPECT_NE(std::string::npos, firmware.Violation().find(expected.place)) << firmware.Violation();
-    EXPECT_EQ(0u, firmware.Violation().find("message 3: "));
+    EXPECT_NE(std::string::npos, firmware->Violation().find(expected.place))
+        << firmware->Violation();
+    EXPECT_EQ(0u, firmware->Violation().find("message 3: "));
   }
   Restart({});
   Tell(Swath(1, 320));
   Tell(Bytes(640), true);
-  EXPECT_NE(std::string::npos, firmware.Violation().find("640 bytes of swath data, announced 320"));
+  EXPECT_NE(std::string::npos,
+            firmware->Violation().find("640 bytes of swath data, announced 320"));
   Restart({});
   Tell(Swath(1, 320));
   Tell(Swath(1, 320));
-  EXPECT_NE(std::string::npos, firmware.Violation().find("instead of swath data"));
+  EXPECT_NE(std::string::npos, firmware->Violation().find("instead of swath data"));
   Restart({});
   Tell(Swath(1, 0));
   Tell(with(Swath(1, 0), 34, 1));
-  EXPECT_NE(std::string::npos, firmware.Violation().find("swath 1 came again, but changed"));
+  EXPECT_NE(std::string::npos, firmware->Violation().find("swath 1 came again, but changed"));
 }
 
 TEST_F(FirmwareTest, SpoolsDataDrainsThemAndRefusesWhatDoesNotFitByHalf) {
   constexpr std::uint32_t kLarge = 100u << 20;  // of 128 MiB
   const auto room = [this] {
-    const auto reply = firmware.Take({false, Command(12)}, now);
+    const auto reply = firmware->Take({false, Command(12)}, now);
     return U32(reply->data() + 8);
   };
   const auto send = [this](std::uint32_t number, std::uint32_t bytes) {
@@ -152,30 +130,30 @@ TEST_F(FirmwareTest, SpoolsDataDrainsThemAndRefusesWhatDoesNotFitByHalf) {
   EXPECT_EQ(1u << 20, room());
   now += 0x80000000;  // a day later, across the wrap
   EXPECT_EQ(128u << 20, room());
-  EXPECT_EQ("", firmware.Violation());
+  EXPECT_EQ("", firmware->Violation());
 }
 
 TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
-  firmware = Firmware(Machine{}, {{Quirk::Kind::kConnectRefused, 0, 2, 0x54, 0}});
+  SwitchOn({"connect-refused:count=2,status=0x54"});
   EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
   EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
   EXPECT_EQ((Words{2, 1, 0, 0}), Tell(Connect()));
 
   const auto room = [this] {
-    const auto reply = firmware.Take({false, Command(12)}, now);
+    const auto reply = firmware->Take({false, Command(12)}, now);
     return U32(reply->data() + 8);
   };
-  Restart({{Quirk::Kind::kBufferFull, 2, 1, 0, 0}});
+  Restart({"buffer-full:at=2"});
   EXPECT_NE(0u, room());
   Tell(Swath(1, 0));
   EXPECT_EQ(0u, room());
   EXPECT_NE(0u, room());
 
-  Restart({{Quirk::Kind::kSpoolOverflow, 1, 1, 0, 0}});
+  Restart({"spool-overflow:at=1"});
   EXPECT_EQ((Words{4, 0, 5, 7}), Tell(Swath(1, 0)));
   EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(1, 0)));
 
-  Restart({{Quirk::Kind::kPause, 1, 1, 0, 300}});
+  Restart({"pause:at=1,ms=300"});
   EXPECT_EQ((Words{4, 1, 3, 0}), Tell(Swath(1, 0)));
   EXPECT_EQ(0u, room());
   now += 299;
@@ -184,16 +162,104 @@ TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
   EXPECT_EQ((Words{10, 1, 4, 0}), Tell(InJob(10)));
   EXPECT_EQ((Words{10, 1, 5, 0}), Tell(InJob(10)));
 
-  Restart({{Quirk::Kind::kCancel, 1, 1, 0, 0}});
+  Restart({"cancel:at=1"});
   EXPECT_EQ((Words{4, 1, 2, 0}), Tell(Swath(1, 0)));
   EXPECT_EQ((Words{9, 1, 2, 0}), Tell(InJob(9)));
+  EXPECT_EQ("", firmware->Violation());
+}
 
-  Restart({{Quirk::Kind::kUnplug, 3, 1, 0, 500}});
-  EXPECT_TRUE(firmware.Present(now));
-  Tell(Swath(1, 0));
-  EXPECT_FALSE(firmware.Present(now + 499));
-  EXPECT_TRUE(firmware.Present(now + 500));
-  EXPECT_EQ("", firmware.Violation());
+TEST_F(FirmwareTest, RefusesMessagesOfACodeAndTakesThemWhenTheyComeAgain) {
+  Restart({"refuse:code=4,status=9,at=2", "refuse:code=5,count=2", "refuse:code=12,msg=6"});
+  EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(1, 0)));
+  EXPECT_EQ((Words{12, 1, 5, 0}), Tell(Command(12)));
+  EXPECT_EQ((Words{}), Tell(Swath(2, 320)));
+  EXPECT_EQ((Words{4, 0, 5, 9}), Tell(Bytes(320), true));
+  EXPECT_EQ(1u, firmware->Swaths());
+  EXPECT_EQ((Words{12, 0, 5, 0}), Tell(Command(12)));
+  EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(2, 0)));
+  EXPECT_EQ(2u, firmware->Swaths());
+  EXPECT_EQ((Words{5, 0, 5, 0}), Tell(InJob(5)));
+  EXPECT_EQ((Words{5, 0, 5, 0}), Tell(InJob(5)));
+  EXPECT_EQ(0u, firmware->JobsEnded());
+  EXPECT_EQ((Words{5, 1, 5, 0}), Tell(InJob(5)));
+  EXPECT_EQ("", firmware->Violation());
+}
+
+// A pause or cancel shows in the reply that it names, and no sooner.
+TEST_F(FirmwareTest, ReportsPauseAndCancelWhereTheyAreToShow) {
+  constexpr std::uint8_t kAsked[] = {12, 10, 4};
+  struct Case {
+    const char* quirk;
+    int state;  // there, and in every reply behind it
+    std::uint8_t shownBy;
+  };
+  for (const Case& expected :
+       {Case{"pause:ms=5,via=swath", 3, 4}, Case{"pause:ms=5,via=buffer", 3, 12},
+        Case{"pause:ms=5,via=poll", 3, 10}, Case{"cancel:via=swath", 2, 4},
+        Case{"cancel:via=gone", 0, 4}, Case{"cancel:via=buffer", 2, 12},
+        Case{"cancel:via=poll", 2, 10}}) {
+    SCOPED_TRACE(expected.quirk);
+    Restart({expected.quirk});
+    moments.SetSwath(1);  // the moment of all of them
+    const auto ask = [this](std::uint8_t code) {
+      return Tell(code == 4 ? Swath(1, 0) : code == 10 ? InJob(10) : Command(12))[2];
+    };
+    for (const std::uint8_t other : kAsked) {
+      EXPECT_TRUE(other == expected.shownBy || ask(other) == 5) << int{other};
+    }
+    EXPECT_EQ(expected.state, ask(expected.shownBy));
+    for (const std::uint8_t code : kAsked) EXPECT_EQ(expected.state, ask(code));
+    EXPECT_EQ("", firmware->Violation());
+  }
+}
+
+TEST_F(FirmwareTest, SendsTheParameterUpdateWithThePause) {
+  const auto block = ParameterBlock(Machine{});
+  const Bytes section(block.begin() + 8, block.begin() + 78);
+  struct Case {
+    const char* quirk;
+    std::size_t bytes;
+    std::vector<std::pair<std::size_t, int>> changed;  // place in the block, by how much
+  };
+  for (const Case& expected :
+       {Case{"pause:ms=5,update=none", 16, {}}, Case{"pause:ms=5,update=same", 84, {}},
+        Case{"pause:ms=5,update=db", 84, {{41, 1}, {42, 1}, {43, 1}, {44, 1}}},
+        Case{"pause:ms=5,update=calib", 84, {{72, 1}}}, Case{"pause:ms=5,update=short", 24, {}}}) {
+    SCOPED_TRACE(expected.quirk);
+    Restart({expected.quirk});
+    const auto reply = firmware->Take({false, Swath(1, 0)}, now);
+    ASSERT_EQ(expected.bytes, reply->size());
+    if (expected.bytes == 16) continue;
+    EXPECT_EQ(0x1122, U16(reply->data() + 12));
+    Bytes update = section;
+    for (const auto& [at, by] : expected.changed) update[at - 8] = Low8(update[at - 8] + by);
+    EXPECT_TRUE(std::equal(reply->begin() + 14, reply->end(), update.begin()));
+    now += 5;
+    EXPECT_EQ(16u, firmware->Take({false, InJob(10)}, now)->size());  // resumed
+  }
+}
+
+TEST_F(FirmwareTest, ReportsABlockWithADefectAndThenAWholeOne) {
+  struct Case {
+    const char* quirk;
+    std::size_t at;  // in the block
+    int value;
+  };
+  for (const Case& expected :
+       {Case{"block:defect=signature", 204, 0x12}, Case{"block:defect=head", 91, 0x21},
+        Case{"block:defect=resolution", 41, 255}, Case{"block:defect=width", 193, 0},
+        Case{"block:defect=selector", 8, 5}, Case{"block:defect=calib", 77, 0},
+        Case{"block:defect=ink", 9, 8}, Case{"block:defect=feather", 109, 101}}) {
+    SCOPED_TRACE(expected.quirk);
+    SwitchOn({expected.quirk});
+    const auto spoilt = firmware->Take({false, Connect()}, now);
+    ASSERT_EQ(216u, spoilt->size());
+    EXPECT_EQ(expected.value, (*spoilt)[8 + expected.at]);
+    const auto whole = firmware->Take({false, Connect()}, now);
+    EXPECT_NE(expected.value, (*whole)[8 + expected.at]);
+  }
+  SwitchOn({"block:defect=short"});
+  EXPECT_EQ(8u + 104u, firmware->Take({false, Connect()}, now)->size());
 }
 
 }  // namespace

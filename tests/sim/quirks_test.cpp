@@ -7,29 +7,44 @@ namespace qrn::sim {
 namespace {
 
 TEST(ParseQuirk, TakesWhatAKindHeedsAndFillsInTheRest) {
+  using Kind = Quirk::Kind;
+  using Moment = Quirk::Moment;
+  const auto with = [](Quirk quirk, std::uint32_t Quirk::*field, std::uint32_t value) {
+    quirk.*field = value;
+    return quirk;
+  };
   struct Case {
     const char* text;
     Quirk quirk;
   };
-  for (const Case& expected :
-       {Case{"connect-refused:count=2,status=0x54", {Quirk::Kind::kConnectRefused, 1, 2, 84, 0}},
-        Case{"buffer-full", {Quirk::Kind::kBufferFull, 1, 1, 0, 0}},
-        Case{"buffer-full:count=1000,at=4294967295",
-             {Quirk::Kind::kBufferFull, 0xFFFFFFFF, 1000, 0, 0}},
-        Case{"pause:at=010,ms=3600000", {Quirk::Kind::kPause, 10, 1, 0, 3600000}},
-        Case{"cancel:at=4", {Quirk::Kind::kCancel, 4, 1, 0, 0}},
-        Case{"spool-overflow:at=3,count=5", {Quirk::Kind::kSpoolOverflow, 3, 5, 0, 0}},
-        Case{"unplug:at=9", {Quirk::Kind::kUnplug, 9, 1, 0, 0}},
-        Case{"unplug:ms=6000", {Quirk::Kind::kUnplug, 1, 1, 0, 6000}}}) {
+  for (const Case& expected : {
+           Case{"connect-refused:count=2,status=0x54",
+                {Kind::kConnectRefused, 1, 2, 84, 0, Moment::kStart}},
+           Case{"buffer-full", {Kind::kBufferFull}},
+           Case{"buffer-full:count=1000,at=4294967295", {Kind::kBufferFull, 0xFFFFFFFF, 1000}},
+           Case{"pause:at=010,ms=3600000", {Kind::kPause, 10, 1, 0, 3600000}},
+           Case{"pause:t=0,ms=1,update=short,via=poll",
+                with({Kind::kPause, 0, 1, 0, 1, Moment::kTime, 2}, &Quirk::update, 4)},
+           Case{"cancel:at=4", {Kind::kCancel, 4}},
+           Case{"cancel:via=gone", {Kind::kCancel, 1, 1, 0, 0, Moment::kSwath, 3}},
+           Case{"spool-overflow:at=3,count=5", {Kind::kSpoolOverflow, 3, 5}},
+           Case{"unplug:at=9", {Kind::kUnplug, 9, 1, 0, 0, Moment::kMessage}},
+           Case{"unplug:ms=6000", {Kind::kUnplug, 1, 1, 0, 6000, Moment::kMessage}},
+           Case{"unplug:byte=70000,back=held,held-ms=5",
+                with({Kind::kUnplug, 70000, 1, 0, 0, Moment::kByte, 2}, &Quirk::heldMs, 5)},
+           Case{"garbage:form=restart", {Kind::kGarbage, 1, 1, 0, 0, Moment::kMessage, 7}},
+           Case{"write-fails:where=data", {Kind::kWriteFails, 1, 1, 31, 0, Moment::kWrite, 2}},
+       }) {
     SCOPED_TRACE(expected.text);
-    Quirk quirk{Quirk::Kind::kCancel, 77, 77, 77, 77};  // of which nothing may stay
+    Quirk quirk{Kind::kCancel, 77, 77, 77, 77};  // of which nothing may stay
     std::string error;
     ASSERT_TRUE(ParseQuirk(expected.text, &quirk, &error)) << error;
     EXPECT_EQ(expected.quirk.kind, quirk.kind);
-    EXPECT_EQ(expected.quirk.at, quirk.at);
-    EXPECT_EQ(expected.quirk.count, quirk.count);
-    EXPECT_EQ(expected.quirk.value, quirk.value);
-    EXPECT_EQ(expected.quirk.durationMs, quirk.durationMs);
+    EXPECT_EQ(expected.quirk.moment, quirk.moment);
+    for (const auto field : {&Quirk::at, &Quirk::count, &Quirk::value, &Quirk::durationMs,
+                             &Quirk::which, &Quirk::update, &Quirk::heldMs}) {
+      EXPECT_EQ(expected.quirk.*field, quirk.*field);
+    }
   }
 }
 
@@ -52,11 +67,15 @@ TEST(ParseQuirk, SaysWhatIsWrong) {
            Case{"pause:ms=0x", "ms must be"},
            Case{"pause:ms=", "ms must be"},
            Case{"pause:ms=1,ms=2", "ms stands there twice"},
-           Case{"pause:ms=1,", "'' is not one of at=, ms="},
+           Case{"pause:ms=1,", "'' is not one of at=, msg=, t=, ms=, via=, update="},
            Case{"pause:", "'' is not one of"},
            Case{"pause:ms", "'ms' is not one of"},
-           Case{"pause:ms=1,count=2", "'count=2' is not one of at=, ms="},
+           Case{"pause:ms=1,count=2", "'count=2' is not one of at=, msg="},
            Case{"cancel:ms=4", "'ms=4' is not one of at="},
+           Case{"pause:ms=1,at=2,t=3", "t is a second moment"},
+           Case{"cancel:via=job", "via must be one of swath, buffer, poll, gone"},
+           Case{"garbage:form=", "form must be one of kind, random,"},
+           Case{"garbage", "needs form="},
            Case{"cancel:at=0", "at must be a number from 1"},
            Case{"unplug:ms=3600001", "ms must be a number from 0"},
            Case{"buffer-full:count=0", "count must be a number from 1 to 1000"},

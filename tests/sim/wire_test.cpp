@@ -7,39 +7,10 @@
 #include <numeric>
 
 #include "platform/bytes.h"
+#include "support/wire_bytes.h"
 
 namespace qrn::sim {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-
-void Sign(Bytes* packet) {
-  const auto sum = [packet](std::size_t words) {
-    std::uint32_t total = 0;
-    for (std::size_t i = 0; i < words; ++i) total += U16(&(*packet)[2 * i]);
-    return Low16(total);
-  };
-  PutU16(&(*packet)[30], sum(15));
-  if (U16(&(*packet)[14]) == 0x0BAA) PutU16(&(*packet)[126], sum(63));
-}
-
-Bytes Frame(std::uint16_t type, std::uint16_t kind, std::uint16_t number, std::uint16_t index,
-            std::uint16_t word22, std::uint16_t count, std::uint32_t words, std::size_t size) {
-  Bytes bytes(size);
-  const std::uint16_t header[15] = {
-      0xABCD,      0xEC38, 0xB92B, 0x7CAE, 0x9899, 0xC2F0, 0xDC35,
-      type,        kind,   number, index,  word22, count,  Low16(words >> 16),
-      Low16(words)};
-  for (std::size_t i = 0; i < 15; ++i) PutU16(&bytes[2 * i], header[i]);
-  Sign(&bytes);
-  return bytes;
-}
-
-Bytes Command(std::uint16_t number) { return Frame(0x0BAA, 0xF008, number, 0, 47, 1, 32, 128); }
-Bytes Data(std::uint16_t number, std::uint32_t words) {
-  return Frame(0x85B5, 0xF008, number, 0, static_cast<std::uint16_t>(words - 1), 1, words,
-               32 + 2 * words);
-}
 
 class Wire : public testing::Test {
  protected:
@@ -58,7 +29,7 @@ TEST_F(Wire, NoticesEachBrokenPart) {
     const char* place;
   };
   const auto broken = [](std::size_t at, int by, bool sign) {
-    Bytes packet = Command(5);
+    Bytes packet = CommandWrite(5);
     PutU16(&packet[at], Low16(static_cast<std::uint32_t>(U16(&packet[at]) + by)));
     if (sign) Sign(&packet);
     return packet;
@@ -86,7 +57,7 @@ TEST_F(Wire, NoticesEachBrokenPart) {
           {"fill", [&] { return broken(100, 1, true); }, "not zero behind word 32"},
           {"too short a packet",
            [] {
-             Bytes b = Command(5);
+             Bytes b = CommandWrite(5);
              b.resize(126);
              return b;
            },
@@ -94,14 +65,14 @@ TEST_F(Wire, NoticesEachBrokenPart) {
           {"no header", [] { return Bytes(31); }, "no frame header"},
           {"data with its zero tail",
            [] {
-             Bytes b = Data(5, 10);
+             Bytes b = DataWrite(5, 10);
              b.resize(b.size() + 32);
              return b;
            },
            "group of 84 bytes, not 52"},
           {"data cut short",
            [] {
-             Bytes b = Data(5, 10);
+             Bytes b = DataWrite(5, 10);
              b.resize(b.size() - 2);
              return b;
            },
@@ -119,7 +90,7 @@ TEST_F(Wire, NoticesEachBrokenPart) {
     SCOPED_TRACE(expected.name);
     receiver = WireReceiver{};
     messages.clear();
-    EXPECT_EQ("", Take(Command(4)));
+    EXPECT_EQ("", Take(CommandWrite(4)));
     const std::string violation = Take(expected.write());
     EXPECT_NE(std::string::npos, violation.find(expected.place)) << violation;
     EXPECT_EQ(0u, violation.find("write 2: "));
@@ -140,9 +111,9 @@ TEST_F(Wire, JoinsDataAndTakesAnInterruptedMessageAgain) {
 
   EXPECT_EQ("", Take(Frame(0x0BAA, 0xF001, 10, 0, 47, 2, 60, 128)));
   receiver.Reopened();  // the second packet never came
-  EXPECT_EQ("", Take(Command(10)));
-  EXPECT_EQ("", Take(Command(11)));
-  EXPECT_NE("", Take(Command(11)));
+  EXPECT_EQ("", Take(CommandWrite(10)));
+  EXPECT_EQ("", Take(CommandWrite(11)));
+  EXPECT_NE("", Take(CommandWrite(11)));
 }
 
 TEST(ReplyPacker, CutsRepliesIntoPacketsThatTheReceiverWouldJoin) {

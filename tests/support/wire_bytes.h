@@ -1,0 +1,83 @@
+// Commands and frames as a host writes them, put together by hand.
+#ifndef QRN_TESTS_SUPPORT_WIRE_BYTES_H_
+#define QRN_TESTS_SUPPORT_WIRE_BYTES_H_
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/bytes.h"
+
+namespace qrn::sim {
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes Command(std::uint8_t code) {
+  Bytes packet(64);
+  packet[0] = code;
+  return packet;
+}
+
+inline Bytes Connect() {
+  Bytes packet = Command(2);
+  packet[32] = packet[33] = 0x11, packet[34] = 0x13, packet[35] = 0x20;
+  return packet;
+}
+
+inline Bytes JobCreate() {
+  Bytes packet = Command(3);
+  packet[6] = 0xCF, packet[8] = 4, packet[10] = 25, packet[11] = 1;
+  PutU16(&packet[14], 1800);
+  PutU16(&packet[16], 1440);
+  PutU16(&packet[34], 0x2015);
+  return packet;
+}
+
+// Like the job create before it, with another code.
+inline Bytes InJob(std::uint8_t code) {
+  Bytes packet = JobCreate();
+  packet[0] = code;
+  return packet;
+}
+
+inline Bytes Swath(std::uint32_t number, std::uint32_t bytes) {
+  Bytes packet = Command(4);
+  PutU32(&packet[8], bytes);
+  PutU16(&packet[36], 377);
+  PutU32(&packet[48], number);
+  return packet;
+}
+
+inline void Sign(Bytes* packet) {
+  const auto sum = [packet](std::size_t words) {
+    std::uint32_t total = 0;
+    for (std::size_t i = 0; i < words; ++i) total += U16(&(*packet)[2 * i]);
+    return Low16(total);
+  };
+  PutU16(&(*packet)[30], sum(15));
+  if (packet->size() == 128 && U16(&(*packet)[14]) == 0x0BAA) PutU16(&(*packet)[126], sum(63));
+}
+
+inline Bytes Frame(std::uint16_t type, std::uint16_t kind, std::uint16_t number,
+                   std::uint16_t index, std::uint16_t word22, std::uint16_t count,
+                   std::uint32_t words, std::size_t size) {
+  Bytes bytes(size);
+  const std::uint16_t header[15] = {
+      0xABCD,      0xEC38, 0xB92B, 0x7CAE, 0x9899, 0xC2F0, 0xDC35,
+      type,        kind,   number, index,  word22, count,  Low16(words >> 16),
+      Low16(words)};
+  for (std::size_t i = 0; i < 15; ++i) PutU16(&bytes[2 * i], header[i]);
+  Sign(&bytes);
+  return bytes;
+}
+
+inline Bytes CommandWrite(std::uint16_t number) {
+  return Frame(0x0BAA, 0xF008, number, 0, 47, 1, 32, 128);
+}
+inline Bytes DataWrite(std::uint16_t number, std::uint32_t words) {
+  return Frame(0x85B5, 0xF008, number, 0, static_cast<std::uint16_t>(words - 1), 1, words,
+               32 + 2 * words);
+}
+
+}  // namespace qrn::sim
+
+#endif  // QRN_TESTS_SUPPORT_WIRE_BYTES_H_
