@@ -8,7 +8,7 @@
 
 qrn::ThreadHandle TimedPlatform::ThreadStart(void (*procedure)(void*), void* argument) {
   started_.push_back({this, procedure, argument});
-  return inner_.ThreadStart(
+  return inner.ThreadStart(
       [](void* started) {
         const auto* self = static_cast<Started*>(started);
         self->procedure(self->argument);
@@ -38,7 +38,7 @@ void TimedPlatform::ReadOn() {
     if (c != '\n') {
       line += c;
     } else if (!line.empty()) {
-      lines_.push_back({inner_.TickMs() - startMs_, std::move(line)});
+      lines_.push_back({inner.TickMs() - startMs_, std::move(line)});
       line.clear();
     }
   }

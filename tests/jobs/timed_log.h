@@ -9,65 +9,58 @@
 #include <vector>
 
 #include "sim/sim_platform.h"
+#include "support/forwarding_platform.h"
 
 struct LogLine {
   std::uint32_t ms;  // since the platform was put in place
   std::string text;  // UTF-8, without its ends
 };
 
-class TimedPlatform final : public qrn::Platform {
+// A base, so that it is there before the one that hands calls on to it.
+struct SimPlatformHolder {
+  qrn::sim::SimPlatform inner;
+};
+
+class TimedPlatform final : private SimPlatformHolder, public qrn::ForwardingPlatform {
  public:
   TimedPlatform(qrn::UsbPort& port, qrn::sim::SimOptions options)
-      : inner_(port, std::move(options)), startMs_(inner_.TickMs()) {}
+      : SimPlatformHolder{{port, std::move(options)}},
+        ForwardingPlatform(inner),
+        startMs_(inner.TickMs()) {}
 
   // The lines of all logs so far. Blank ones are left out.
   const std::vector<LogLine>& Lines() {
     Note();
     return lines_;
   }
-  const qrn::sim::SimPlatform& Inner() const { return inner_; }
+  const qrn::sim::SimPlatform& Inner() const { return inner; }
 
-  qrn::UsbList UsbListOpen() override { return inner_.UsbListOpen(); }
-  qrn::UsbPathStatus UsbListPath(qrn::UsbList list, std::uint32_t index,
-                                 const char** path) override {
-    return inner_.UsbListPath(list, index, path);
-  }
-  void UsbListClose(qrn::UsbList list) override { inner_.UsbListClose(list); }
-  qrn::DeviceHandle DeviceOpen(const char* path) override { return inner_.DeviceOpen(path); }
-  void DeviceClose(qrn::DeviceHandle device) override { inner_.DeviceClose(device); }
+  // In front of everything that lets time pass.
   bool BulkWrite(qrn::DeviceHandle device, const void* data, std::uint32_t bytes) override {
     Note();
-    return inner_.BulkWrite(device, data, bytes);
+    return inner.BulkWrite(device, data, bytes);
   }
   bool BulkRead(qrn::DeviceHandle device, void* data, std::uint32_t bytes) override {
     Note();
-    return inner_.BulkRead(device, data, bytes);
+    return inner.BulkRead(device, data, bytes);
   }
-  std::uint32_t LastError() override { return inner_.LastError(); }
-  std::uint32_t TickMs() override { return inner_.TickMs(); }
   void SleepMs(std::uint32_t ms) override {
     Note();
-    inner_.SleepMs(ms);
+    inner.SleepMs(ms);
   }
-  qrn::LocalTime LocalTimeNow() override { return inner_.LocalTimeNow(); }
   qrn::ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) override;
-  void ThreadRaisePriority(qrn::ThreadHandle thread) override {
-    inner_.ThreadRaisePriority(thread);
-  }
   void ThreadTerminate(qrn::ThreadHandle thread) override {
     Note();
-    inner_.ThreadTerminate(thread);
+    inner.ThreadTerminate(thread);
   }
   void ThreadRelease(qrn::ThreadHandle thread) override {
     Note();
-    inner_.ThreadRelease(thread);
+    inner.ThreadRelease(thread);
   }
-  std::uint32_t SystemLocaleId() override { return inner_.SystemLocaleId(); }
   void ShowBox(const char* text, const char* caption) override {
     Note();
-    inner_.ShowBox(text, caption);
+    inner.ShowBox(text, caption);
   }
-  bool PathExists(const char* path) override { return inner_.PathExists(path); }
 
  private:
   struct Started {
@@ -76,12 +69,11 @@ class TimedPlatform final : public qrn::Platform {
     void* argument;
   };
 
-  // Takes in what stands in the log now. Called in front of everything that lets time pass: what
-  // has come since the last call was written at this very moment, for one thread runs at a time.
+  // Takes in what stands in the log now. What has come since the last call was written at this very
+  // moment, for one thread runs at a time.
   void Note();
   void ReadOn();
 
-  qrn::sim::SimPlatform inner_;
   std::uint32_t startMs_;
   std::string file_;  // the log being read
   std::size_t read_ = 0;
