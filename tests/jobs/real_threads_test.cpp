@@ -135,7 +135,8 @@ const Fault& DrawFault(std::mt19937_64& random) {
   return *fault;
 }
 
-// Plays one job; true when a fault was to befall it.
+// Plays one job, drawn from the seed (how its threads meet is not). True when a fault was to befall
+// it.
 bool PlayOne(std::mt19937_64& random, Watched& watched) {
   const Fault& fault = DrawFault(random);
   std::string quirk = fault.quirk;
@@ -160,7 +161,7 @@ bool PlayOne(std::mt19937_64& random, Watched& watched) {
   if (fault.printedWhole && !plan.skipEndCall && plan.linesHanded >= plan.lines) {
     EXPECT_EQ(0u, outcome.comparison.differingCells) << outcome.comparison.firstDifference;
     EXPECT_TRUE(outcome.boxes.empty());
-    EXPECT_EQ(1u, outcome.stats.jobsEnded);
+    EXPECT_LE(1u, outcome.stats.jobsEnded);  // again when the answer was lost
   }
   return !quirk.empty();
 }
