@@ -171,6 +171,12 @@ TEST_F(Program, TellsWhyAJobWasNotCompleted) {
   Write("page.ras", Raster(Page()));
   Run("page.ras --quirk pause:at=2,ms=60000 --quirk unplug:at=6,ms=3000");
   ExpectExit(0, "comparison   0 of ");
+  Run("page.ras --quirk unplug:byte=9000,ms=100,back=other --quirk garbage:form=split,count=9");
+  ExpectExit(0, "comparison   0 of ");
+  Run("page.ras --api line --quirk block:defect=signature");
+  EXPECT_NE(std::string::npos,
+            out.find("not completed: the printer's parameter block has a defect"))
+      << out;
   Run("page.ras --quirk cancel:at=2");
   EXPECT_EQ(1, exitCode);
   EXPECT_NE(std::string::npos,
