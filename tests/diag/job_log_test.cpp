@@ -44,6 +44,18 @@ TEST_F(JobLog, IsOffWithoutItsFolder) {
   EXPECT_EQ(0, job.bLogOn);
 }
 
+TEST_F(JobLog, LosesItsLinesWithItsFolderAndFindsItAgain) {
+  Open();
+  LogPrint("one");
+  const fs::path moved = folder.string() + "-moved";
+  fs::rename(folder, moved);
+  LogPrint("two");
+  EXPECT_FALSE(fs::exists(folder));
+  fs::rename(moved, folder);
+  LogPrint("three");
+  EXPECT_EQ("one\r\nthree\r\n", Bytes());
+}
+
 TEST_F(JobLog, HoldsItsLinesInCodePageBytesWithCrLf) {
   Open();
   LogPrint("Connect");

@@ -166,10 +166,12 @@ JobOutcome RunJob(const JobPlan& plan) {
   options.onBox = [&outcome](const std::string& text) { outcome.boxes.push_back(text); };
   {
     const Session session(printer, options);
+    if (plan.watched != nullptr) qrn::UsePlatform(plan.watched);
     const std::uint32_t startMs = session.TickMs();
     const HostJobDesc desc = DescOf(plan);
     outcome.started = (plan.lineApi ? PP_Init(&desc) : StartPrint(&desc, 0)) == 1;
     HandOver(plan, image);
+    if (plan.napMs != 0) qrn::ThePlatform().SleepMs(plan.napMs);
     if (!plan.skipEndCall) {
       if (plan.lineApi) {
         PP_Uninit();

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/platform.h"
 #include "sim/compare.h"
 #include "sim/machine.h"
 #include "sim/quirks.h"
@@ -56,9 +57,11 @@ struct JobPlan {
   qrn::sim::QuirkScript quirks;
   std::vector<LineRange> solid;            // a solid image; none: a random one
   std::uint32_t linesHanded = UINT32_MAX;  // the host stops short behind so many
+  std::uint32_t napMs = 0;                 // of the host in front of the end call
   bool skipEndCall = false;
   std::uint64_t limitMs = 7ull * 24 * 3600 * 1000;  // of virtual time
   bool realTime = false;                            // real threads instead of virtual time
+  qrn::Platform* watched = nullptr;                 // in front of the platform of real time
 };
 
 std::string Describe(const JobPlan& plan);

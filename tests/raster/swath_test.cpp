@@ -143,6 +143,17 @@ TEST_F(Swaths, SplitAFeedThatIsTooLongForOne) {
   EXPECT_EQ(wanted, sent);
 }
 
+TEST_F(Swaths, DropTheRestOfAFeedWhenTheJobStopsInFrontOfIt) {
+  for (int pass = 0; pass < 5; ++pass) ASSERT_TRUE(PrintingPass());
+  platform.onSleep = [this] { job.nErrCode = 26; };
+  EmptySteps(job, 0x7FFFFFFFull + 5);  // one slot is left for it
+  EXPECT_EQ(0x7FFFFFFFu, job.swathQueue[5].header.feedSteps);
+  EXPECT_EQ(kSwathReady, job.swathQueue[5].state);
+  EXPECT_TRUE(HasLines(TakeLog(), {"EmptySteps: -2147483644\r\n", "Get Pc buffer... bur quit!",
+                                   "EmptySwathPswath=NULL\r\r\n\r\n"}));
+  EXPECT_EQ(6u, job.swathCount);
+}
+
 TEST_F(Swaths, WaitForASlotAndSayOnceThatTheyDo) {
   for (int pass = 0; pass < 6; ++pass) ASSERT_TRUE(PrintingPass());
   std::size_t sleepsBefore = platform.sleeps.size();

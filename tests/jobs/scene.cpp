@@ -1,0 +1,185 @@
+#include "jobs/scene.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <sstream>
+
+#include "diag/error_texts.h"
+#include "host/job.h"
+#include "jobs/job_runner.h"
+#include "support/log_text.h"
+#include "support/test_seed.h"
+
+namespace {
+
+constexpr std::uint32_t kWidth = 48, kLines = 2, kResolution = 1440;
+
+// Line 0 of the inks of PHA, or of all, at the highest level: each prints in four passes.
+class OneLine : public qrn::sim::RasterSource {
+ public:
+  explicit OneLine(bool allPlanes) : allPlanes_(allPlanes) {}
+  std::uint32_t Lines() const override { return kLines; }
+  std::uint32_t LineBytes() const override { return static_cast<std::uint32_t>(full_.size()); }
+  const std::uint8_t* Line(int plane, std::uint32_t line) const override {
+    const bool pha = plane == 0 || plane == 3 || plane == 4 || plane == 7;
+    return line == 0 && (allPlanes_ || pha) ? full_.data() : nullptr;
+  }
+
+ private:
+  bool allPlanes_;
+  std::vector<std::uint8_t> full_ = std::vector<std::uint8_t>(kWidth / 4, 0xFF);
+};
+
+// True when every line was taken.
+bool HandOver(const Scene& scene, const OneLine& image) {
+  const std::vector<std::uint8_t> blank(image.LineBytes());
+  bool taken = true;
+  for (std::uint32_t i = 0; i < kLines * 8; ++i) {
+    const std::uint8_t* line = image.Line(static_cast<int>(i % 8), i / 8);
+    if (line == nullptr) line = blank.data();
+    if (scene.lineApi) {
+      taken &= PP_SendALineAColorData(i % 8, image.LineBytes(), line, 0) == 1;
+    } else {
+      WriteRipData(line, image.LineBytes());
+    }
+  }
+  return scene.lineApi ? taken : qrn::GetJob().linesReceived == kLines;
+}
+
+void RunHost(const Scene& scene, const OneLine& image, qrn::Platform& platform, Outcome* outcome) {
+  HostJobDesc desc{};
+  desc.resX = kResolution;
+  desc.resY = 360;
+  desc.height = kLines;
+  desc.width = kWidth;
+  desc.colors = 8;
+  desc.bitsPerPixel = 2;
+  if (scene.describe != nullptr) scene.describe(desc);
+  outcome->started = (scene.lineApi ? PP_Init(&desc) : StartPrint(&desc, 0)) == 1;
+  outcome->linesTaken = HandOver(scene, image);
+  platform.SleepMs(scene.hostNapMs);
+  if (scene.skipEndCall) {
+    desc.resX = 0;  // a job that the printer does not get to see beyond its connect
+    PP_Init(&desc);
+  }
+  EXPECT_EQ(1, scene.lineApi ? PP_Uninit() : EndRipData());
+}
+
+void ExpectNothingLeft(const qrn::sim::SimPlatform& platform) {
+  const qrn::Job& job = qrn::GetJob();
+  EXPECT_EQ(0u, platform.LiveThreads());
+  EXPECT_EQ(0u, platform.OpenDevices());
+  EXPECT_EQ(0u, job.hDevice);
+  EXPECT_EQ(nullptr, job.PrintOutBuf);
+  EXPECT_EQ(nullptr, job.Mem.pPassBuffer[0]);
+  EXPECT_EQ(nullptr, job.swathQueue[0].pSwathData);
+}
+
+// How a good job is set up and cut into passes.
+bool IsPlain(const std::string& line) {
+  static const char* const kPlain[] = {
+      "Lanternfly", "V2.07",     "2024.",        "====",       "主板:",     "小车:",
+      "速度:",      "水平:",     "2pheads:",     "喷头:",      "羽化",      "图像96x",
+      "最大",       "PHA:",      "PHB:",         "纵轴(",      "mem: ",     "WAVE:",
+      "Jobinfo",    "Rip last ", "Create Swath", "EmptySteps", "Link Start"};
+  if (line.starts_with("mem: malloc p")) return false;  // that one tells of a failure
+  if (line.starts_with("swath") && line.ends_with(" empty")) return true;
+  return std::any_of(std::begin(kPlain), std::end(kPlain),
+                     [&line](const char* start) { return line.starts_with(start); });
+}
+
+std::string Utf8TextOf(int error, bool chinese) {
+  char slot[qrn::kErrorSlotBytes];
+  qrn::CopyErrorText(static_cast<std::uint32_t>(error), chinese, slot);
+  return CodePageToUtf8(slot);
+}
+
+// One entry a line: a text of several lines becomes several.
+std::vector<Expected> Expand(const std::vector<Expected>& expected, bool chinese) {
+  std::vector<Expected> lines;
+  for (const Expected& entry : expected) {
+    if (!entry.text.starts_with("Error: ")) {
+      lines.push_back(entry);
+      continue;
+    }
+    std::istringstream text("Error: " + Utf8TextOf(std::atoi(entry.text.c_str() + 7), chinese));
+    for (std::string line; std::getline(text, line);) {
+      std::erase(line, '\r');
+      if (!line.empty()) lines.push_back({entry.ms, line});
+    }
+  }
+  return lines;
+}
+
+bool Matches(const std::string& text, const std::string& wanted) {
+  if (!wanted.ends_with('*')) return text == wanted;
+  return text.starts_with(wanted.substr(0, wanted.size() - 1));
+}
+
+}  // namespace
+
+Outcome Play(const Scene& scene) {
+  static const std::uint64_t seed = TestSeed();
+  static std::uint32_t scenes = 0;
+  const LogFolder folder;
+  const OneLine image(scene.allPlanes);
+  qrn::sim::VirtualPrinter printer(scene.machine);
+  ScriptedPort port(printer, scene.script);
+  port.bus = scene.bus;
+  Outcome outcome;
+  qrn::sim::SimOptions options;
+  options.seed = seed;
+  options.localeId = scene.localeId;
+  options.boxOpenMs = scene.boxOpenMs;
+  options.failThreadStart = scene.failThreadStart;
+  // The period of pause polls outlives a job: each scene is far from the one before.
+  options.startTickMs = ++scenes * 10'000'019u;
+  options.onBox = [&outcome](const std::string& text) {
+    outcome.boxes.push_back(CodePageToUtf8(text));
+  };
+  {
+    TimedPlatform platform(port, options);
+    qrn::UsePlatform(&platform);
+    RunHost(scene, image, platform, &outcome);
+    outcome.log = platform.Lines();
+    ExpectNothingLeft(platform.Inner());
+    qrn::UsePlatform(nullptr);
+  }
+  outcome.violation = printer.Violation();
+  outcome.swathsTaken = printer.Stats().swaths;
+  if (printer.ResolutionX() != 0) {
+    outcome.printedWhole =
+        qrn::sim::Compare(image, printer.CurrentPaper(), scene.machine, kResolution)
+            .differingCells == 0;
+  }
+  return outcome;
+}
+
+testing::AssertionResult Tells(const std::vector<LogLine>& log,
+                               const std::vector<Expected>& expected, bool chinese) {
+  const std::vector<Expected> wanted = Expand(expected, chinese);
+  std::size_t matched = 0;
+  std::uint32_t startMs = 0;
+  std::ostringstream seen;
+  for (const LogLine& line : log) {
+    if (IsPlain(line.text)) continue;
+    if (matched == 0 && !Matches(line.text, wanted[0].text)) continue;
+    if (matched == 0) startMs = line.ms;
+    const std::uint32_t ms = line.ms - startMs;
+    seen << "  " << ms << " " << line.text << "\n";
+    const Expected& next = wanted[matched];
+    if (!Matches(line.text, next.text) || (next.ms != kAnyTime && next.ms != ms)) {
+      return testing::AssertionFailure() << "not \"" << next.text << "\" at " << next.ms << " but\n"
+                                         << seen.str();
+    }
+    if (++matched == wanted.size()) return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure() << "no \"" << wanted[matched].text << "\" in\n" << seen.str();
+}
+
+std::vector<std::string> BoxesOf(const std::vector<int>& errors, bool chinese) {
+  std::vector<std::string> boxes;
+  for (const int error : errors) boxes.push_back(Utf8TextOf(error, chinese));
+  return boxes;
+}
