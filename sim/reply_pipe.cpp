@@ -14,7 +14,7 @@ constexpr std::uint32_t kSilencePollMs = 100;
 constexpr std::size_t kZeroAnswerBytes = 16;
 constexpr std::uint32_t kSplitWords = 2;
 constexpr std::size_t kOverlongBytes = 3200;  // more than a host has room for
-constexpr std::uint16_t kUnknownKind = 0xF003, kFirst = 0xF001, kMiddle = 0xF004;
+constexpr std::uint16_t kUnknownKind = 0xF003, kFirst = 0xF001, kMiddle = 0xF004, kOnly = 0xF008;
 constexpr std::uint16_t kTooManyWords = 49;  // a packet has room for 48
 
 std::int32_t Until(std::uint32_t momentMs, std::uint32_t nowMs) {
@@ -83,6 +83,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
       PutU16(&packet[kFrameWordsAt], kTooManyWords);
       break;
     case Garbage::kEmpty:
+      PutU16(&packet[kFrameKindAt], kOnly);  // else a host would wait for the rest of it
       PutU16(&packet[kFrameWordsAt], 0);
       break;
     case Garbage::kShort:
