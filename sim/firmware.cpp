@@ -190,8 +190,7 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
   }
   const std::uint32_t number = U32(&packet[kSwathNoAt]);
   moments_->SetSwath(number);
-  const auto itself = [number](const Quirk& quirk) { return quirk.at == number; };
-  if (moments_->Use(Quirk::Kind::kSpoolOverflow, itself) != nullptr)
+  if (moments_->Use(Quirk::Kind::kSpoolOverflow) != nullptr)
     return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
   if (const Quirk* refusal = Refusal(kSwath))
     return MakeReply(kSwath, false, kStateRunning, Low16(refusal->value));

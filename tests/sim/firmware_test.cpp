@@ -165,6 +165,11 @@ TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
   Restart({"cancel:at=1"});
   EXPECT_EQ((Words{4, 1, 2, 0}), Tell(Swath(1, 0)));
   EXPECT_EQ((Words{9, 1, 2, 0}), Tell(InJob(9)));
+
+  Restart({"cancel:at=1,via=poll"});
+  Tell(Swath(1, 0));
+  Tell(JobCreate());
+  EXPECT_EQ((Words{10, 1, 5, 0}), Tell(InJob(10)));  // each job counts its own swaths
   EXPECT_EQ("", firmware->Violation());
 }
 

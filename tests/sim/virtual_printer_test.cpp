@@ -141,6 +141,13 @@ TEST_F(PrinterTest, AnswersLateOrNotAtAll) {
   ASSERT_EQ(0u, Open());
   EXPECT_EQ(1, delay(Command(10)));
   EXPECT_EQ("", printer->Violation());
+
+  SwitchOn({"silence", "read-fails:read=2"});
+  ASSERT_EQ(0u, Open());
+  EXPECT_EQ(-1, delay(Connect()));
+  ASSERT_EQ(0u, Open());  // the read that was given up is the first
+  EXPECT_EQ(-1, delay(Command(10)));
+  EXPECT_EQ(UsbStep::kFailed, step.state);
 }
 
 TEST_F(PrinterTest, SpoilsReplies) {
@@ -306,6 +313,14 @@ TEST_F(PrinterTest, StandsBesideASecondOneAndStaysTheOneThatWasOpened) {
   }
 }
 
+TEST_F(PrinterTest, LeavesTheBusBeforeItWasOpened) {
+  SwitchOn({"second-printer:first=1,held=1", "unplug:t=0,ms=100"});
+  EXPECT_EQ(2u, Paths().size());
+  EXPECT_EQ(5u, Open(1));  // the second one stays
+  now += 100;
+  EXPECT_EQ(0u, Open(2));
+}
+
 TEST_F(PrinterTest, SpellsItsPathAsAsked) {
   struct Case {
     const char* quirk;
@@ -343,6 +358,14 @@ TEST_F(PrinterTest, ActsOnSeveralQuirksAtOnce) {
   EXPECT_EQ(3, Code());
   EXPECT_EQ(302u, now - sent);
   EXPECT_EQ("", printer->Violation());
+
+  SwitchOn({"unplug:at=1,ms=100", "other-code:msg=1"});
+  ASSERT_EQ(0u, Open());
+  Send(Connect());
+  now += 100;
+  ASSERT_EQ(0u, Open());
+  Send(Command(10));
+  EXPECT_EQ(0x10A, Code());  // a reply that was never sent has used up nothing
 }
 
 }  // namespace
