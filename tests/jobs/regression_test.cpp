@@ -1,5 +1,5 @@
-// Faults that the whole-job simulation has found, each as the smallest plan that shows it, and cases
-// that it seldom draws.
+// Faults that the whole-job simulation has found, each as the smallest plan that shows it, and
+// cases that it seldom draws.
 #include <gtest/gtest.h>
 
 #include "jobs/sim_invariants.h"
