@@ -91,9 +91,19 @@ Verdict RunSeed(const SimPlan& plan) {
 }
 
 struct Statistics {
-  std::uint64_t schedules = 0, failed = 0, replayed = 0, hours = 0, virtualMs = 0;
-  std::map<std::string, std::uint64_t> quirks, outcomes;
+  std::uint64_t schedules = 0, failed = 0, replayed = 0, virtualMs = 0;
+  std::map<std::string, std::uint64_t> outcomes, quirks, mistakes;
 };
+
+void Print(const char* what, const std::map<std::string, std::uint64_t>& counts) {
+  std::printf("%s:", what);
+  const char* comma = "";
+  for (const auto& [name, count] : counts) {
+    std::printf("%s %s %llu", comma, name.c_str(), static_cast<unsigned long long>(count));
+    comma = ",";
+  }
+  std::printf("\n");
+}
 
 void Print(const Statistics& statistics, double seconds) {
   std::printf(
@@ -102,13 +112,9 @@ void Print(const Statistics& statistics, double seconds) {
       static_cast<unsigned long long>(statistics.replayed),
       static_cast<double>(statistics.virtualMs) / 3.6e6,
       static_cast<unsigned long long>(statistics.failed));
-  std::printf("outcomes:");
-  for (const auto& [name, count] : statistics.outcomes)
-    std::printf(" %s %llu,", name.c_str(), static_cast<unsigned long long>(count));
-  std::printf("\nquirks drawn:");
-  for (const auto& [name, count] : statistics.quirks)
-    std::printf(" %s %llu,", name.c_str(), static_cast<unsigned long long>(count));
-  std::printf("\n");
+  Print("outcomes", statistics.outcomes);
+  Print("quirks drawn", statistics.quirks);
+  Print("mistakes of the host", statistics.mistakes);
 }
 
 void TakeSeed(std::uint64_t seed, Statistics* statistics) {
@@ -123,6 +129,7 @@ void TakeSeed(std::uint64_t seed, Statistics* statistics) {
   statistics->virtualMs += verdict.elapsedMs;
   for (const std::string& quirk : plan.quirks)
     ++statistics->quirks[quirk.substr(0, quirk.find(':'))];
+  for (const std::string& mistake : plan.MistakeNames()) ++statistics->mistakes[mistake];
   if (verdict.outcome != Outcome::kCount) ++statistics->outcomes[NameOf(verdict.outcome)];
   if (verdict.faults.empty()) return;
   ++statistics->failed;

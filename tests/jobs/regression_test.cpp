@@ -36,6 +36,12 @@ TEST(Regression, APacketWithoutAReplyLeavesNoReplyTooMany) {
 // What a seed seldom draws: the thread hangs in a read, and the host does not wait for it.
 TEST(SilentPrinter, IsLeftByForceWhenTheNextJobStarts) {
   SimPlan plan = SmallPlan({"silence:msg=4"});
+  plan.machine.heads = qrn::sim::Heads::kPha;
+  plan.machine.inkOrder.fill({0, 1, 2, 3, 4, 5, 6, 7});
+  plan.resolution = 1080;
+  // One band, whose six swaths fit the queue, and a rest in which the first of them is sent.
+  plan.lines = plan.linesHanded = plan.restEveryLines = 400;
+  plan.restMs = 1000;
   plan.mistakes = kNoEnd;
   EXPECT_EQ(Outcome::kForced, ExpectGood(plan));
 }

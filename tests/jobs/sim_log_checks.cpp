@@ -97,7 +97,8 @@ void CheckLinkLosses(const std::string& log, const Complain& complain) {
                            CountOf(log, "连接3成功!") + CountOf(log, "连接4成功!");
   ExpectCount(log, "\n重新连接失败!", 0, 1, complain);
   const std::size_t givenUp = CountOf(log, "\n重新连接失败!");
-  if (CountOf(log, "\n连接失败") != givenUp)
+  // A thread may be ended by force while its first box is still open.
+  if (CountOf(log, "\n连接失败") != givenUp && CountOf(log, kForced) == 0)
     complain("the link was given up, but not in both places");
   const bool manyTimes = CountOf(log, "连接5成功!") != 0;
   if (!manyTimes && CountOf(log, kForced) == 0 && losses != back + givenUp) {

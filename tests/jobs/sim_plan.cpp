@@ -195,6 +195,14 @@ std::uint64_t SimPlan::BoundMs() const {
   return bound + 8ull * boxOpenMs + 2 * 22'000;
 }
 
+std::vector<std::string> SimPlan::MistakeNames() const {
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < kMistakeNames.size(); ++i) {
+    if (((mistakes >> i) & 1u) != 0) names.push_back(kMistakeNames[i]);
+  }
+  return names;
+}
+
 std::string SimPlan::Text() const {
   std::ostringstream text;
   text << "seed=" << seed << " " << resolution << "dpi " << widthPixels << "x" << lines << " "
@@ -211,9 +219,7 @@ std::string SimPlan::Text() const {
     text << (&head != &machine.inkOrder.back() ? "-" : "");
   }
   text << " api=" << (lineApi ? "line" : "stream") << "," << (nextLineApi ? "line" : "stream");
-  for (std::size_t i = 0; i < kMistakeNames.size(); ++i) {
-    if (((mistakes >> i) & 1u) != 0) text << " " << kMistakeNames[i];
-  }
+  for (const std::string& mistake : MistakeNames()) text << " " << mistake;
   if (Makes(kStopsShort)) text << "=" << linesHanded;
   if (Makes(kBadJob)) text << " bad=" << int{static_cast<std::uint8_t>(badJob)};
   if (restEveryLines != 0) text << " rest=" << restMs << "ms/" << restEveryLines;

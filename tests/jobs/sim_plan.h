@@ -82,6 +82,7 @@ struct SimPlan {
   static SimPlan Draw(std::uint64_t seed);
 
   bool Makes(HostMistake mistake) const { return (mistakes & mistake) != 0; }
+  std::vector<std::string> MistakeNames() const;
   std::uint32_t LineBytes() const { return (widthPixels * 2 + 31) / 32 * 4; }
   qrn::sim::QuirkScript Script() const;
   // Virtual time in which both jobs and all that befalls them are over.
