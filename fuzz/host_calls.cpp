@@ -21,7 +21,8 @@ using namespace qrn;
 namespace {
 
 constexpr std::uint64_t kLimitMs = 2 * 3600 * 1000;
-constexpr int kJobsMax = 6;
+constexpr int kJobsMax = 4;
+constexpr std::uint32_t kPassesMax = 200;  // of a job; each line behind the last one makes dozens
 constexpr std::uint32_t kLinesMax = 1500;
 constexpr std::uint32_t kLineBytesMax = 65536;  // more than the longest line that is affordable
 
@@ -121,6 +122,7 @@ bool Host::SendWholeLines(bool lineFamily) {
   const std::uint8_t bytes = in_.U8(), pattern = in_.U8() & 0x3F;
   if (lines_ + lines > kLinesMax) return false;
   for (std::uint32_t line = 0; line < lines; ++line, ++lines_) {
+    if (GetJob().passNo > kPassesMax) return false;
     for (std::uint32_t color = 0; color < 8; ++color) SendLine(lineFamily, color, bytes, pattern);
   }
   return true;
