@@ -2,7 +2,8 @@
 // section says, and nothing else does. The steps are compared with a division of 128 bits.
 //
 // Input: u8 resolution, u16 lines a pass, u16 lines an inch, u32 step base, then updates:
-//   u8 bit 0: within a reply; u8 bytes, then these
+//   u8 how it comes: as a section, as one behind the head of a reply, as a whole reply; u8 bytes,
+//   then these
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -55,21 +56,33 @@ void CheckReversePass(Job& job) {
   job.PrintOutBuf = nullptr;
 }
 
+// Hands one update over and returns the section that the library may take, or less when there is
+// none.
+std::vector<std::uint8_t> HandOver(Job& job, fuzz::Input& in) {
+  const std::uint8_t how = in.U8() % 3, length = in.U8();
+  std::vector<std::uint8_t> bytes = in.Bytes(length);
+  if (how == 0) {
+    UpdateFwPara(job, bytes.data(), Low32(bytes.size()));
+    return bytes;
+  }
+  if (how == 1) {
+    std::vector<std::uint8_t> reply(kReplyUpdateAt);
+    PutU16(&reply[kReplyPauseWordBAt], kParamUpdateMark);
+    reply.insert(reply.end(), bytes.begin(), bytes.end());
+    reply.shrink_to_fit();
+    bytes.swap(reply);
+  }
+  const bool announced = bytes.size() >= 14 && U16(&bytes[12]) == 0x1122;
+  FUZZ_CHECK(TakeParamUpdate(bytes.data(), Low32(bytes.size())) == announced);
+  if (!announced) return {};
+  return {bytes.begin() + 14, bytes.end()};
+}
+
 void OneUpdate(Job& job, fuzz::Input& in) {
-  const bool inReply = (in.U8() & 1u) != 0;
-  const std::uint8_t length = in.U8();
-  const std::vector<std::uint8_t> section = in.Bytes(length);
   const PrinterParams before = GetPrinterParams();
   const std::uint16_t stepsBefore = job.swathSteps, calibBefore = job.stepCalib;
   const std::uint16_t biDirBefore = job.biDirOfs;
-  if (inReply) {
-    std::vector<std::uint8_t> reply(kReplyUpdateAt);
-    PutU16(&reply[kReplyPauseWordBAt], kParamUpdateMark);
-    reply.insert(reply.end(), section.begin(), section.end());
-    FUZZ_CHECK(TakeParamUpdate(reply.data(), Low32(reply.size())));
-  } else {
-    UpdateFwPara(job, section.data(), Low32(section.size()));
-  }
+  const std::vector<std::uint8_t> section = HandOver(job, in);
 
   PrinterParams expected = before;
   if (section.size() < kSectionBytes) {

@@ -3,6 +3,7 @@
 // may be printed that is not in the image.
 //
 // Input: u8 resolution, u8 scheduling, u16 width, u16 height, u8 image; the rest is the block.
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <vector>
@@ -18,7 +19,7 @@ using namespace qrn;
 
 namespace {
 
-constexpr std::uint32_t kWidthMax = 600, kHeightMax = 800;
+constexpr std::uint32_t kWidthMax = 8000, kHeightMax = 800, kPixelsMax = 480'000;
 constexpr std::uint64_t kLimitMs = 3600 * 1000;
 
 // Hands the image over; set bits of it.
@@ -47,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   options.seed = in.U8();
   options.limitMs = kLimitMs;
   desc.width = in.U16() % kWidthMax;
-  desc.height = in.U16() % kHeightMax;
+  desc.height = in.U16() % std::min(kHeightMax, kPixelsMax / (desc.width + 1));
   desc.colors = 8;
   desc.bitsPerPixel = 2;
   const std::uint8_t image = in.U8();

@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
 #include "fuzz/single_parts.h"
 #include "link/transmit.h"
+#include "link/transport.h"
 #include "link/usb_device.h"
 #include "params/printer_params.h"
 #include "params/resolution.h"
@@ -25,6 +27,7 @@ using namespace qrn;
 
 namespace {
 
+constexpr std::uint32_t kSwathBytes = 320, kReplyBytesMax = 3000;
 constexpr std::uint8_t kChinese = 0x40, kReplugged = 0x80;  // bits of the state byte
 
 // A job of a small image, connected when its command is one that follows the connect.
@@ -75,12 +78,36 @@ void OneReply(Job& job, FakePlatform& platform, fuzz::Input& in) {
   CheckJob(job);
 }
 
+// Queries that the wait for room sends: one for each reply, up to the one that says cancelled or
+// room, which must lie within that reply. What the library has of the reply before must not count.
+std::size_t QueriesExpected(Job& job, FakePlatform& platform) {
+  const std::deque<std::vector<std::uint8_t>> packets = platform.replies;
+  std::size_t queries = 1;
+  for (;; ++queries) {
+    std::vector<std::uint8_t> reply(kReplyBytesMax);
+    std::uint32_t bytes = 0;
+    if (LinkRecv(job, reply.data(), kReplyBytesMax, &bytes) == 0) break;
+    if (bytes >= 12 && (U16(&reply[4]) == kJobCancelled || U32(&reply[8]) >= kSwathBytes / 2))
+      break;
+  }
+  platform.replies = packets;
+  return std::min<std::size_t>(queries, platform.failWriteAfter);
+}
+
+void WaitForRoom(Job& job, fuzz::Input& in, FakePlatform& platform) {
+  while (!in.Empty()) platform.replies.push_back(fuzz::TakePacket(in));
+  const std::size_t queries = QueriesExpected(job, platform);
+  TxWaitFwBuffer(job, kSwathBytes);
+  FUZZ_CHECK(platform.written.size() == queries);
+  CheckJob(job);
+}
+
 // Commands and swaths with everything that an exchange does around them.
 void Exchange(Job& job, fuzz::Input& in, FakePlatform& platform, bool withData) {
   while (!in.Empty()) platform.replies.push_back(fuzz::TakePacket(in));
   std::vector<std::uint8_t> packet(kCommandBytes);
   PutU32(packet.data() + kPacketCodeAt, job.nTxCmd);
-  const std::vector<std::uint8_t> swath(withData ? 320 : 0, 0x5A);
+  const std::vector<std::uint8_t> swath(withData ? kSwathBytes : 0, 0x5A);
   PutU32(packet.data() + kPacketDataSizeAt, Low32(swath.size()));
   const int delivered =
       TxExchange(job, packet.data(), kCommandBytes, swath.data(), Low32(swath.size()));
@@ -106,9 +133,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       while (!in.Empty()) OneReply(job, platform, in);
       break;
     case 1:
-      while (!in.Empty()) platform.replies.push_back(fuzz::TakePacket(in));
-      TxWaitFwBuffer(job, 320);
-      CheckJob(job);
+      WaitForRoom(job, in, platform);
       break;
     case 2:
       Exchange(job, in, platform, false);

@@ -19,8 +19,10 @@ inline bool IsAffordable(const HostJobDesc& desc) {
   const std::uint64_t resX = desc.resX & 0xFFFFu, resY = desc.resY & 0xFFFFu;
   const std::uint64_t stride = (std::uint64_t{desc.width * desc.bitsPerPixel} + 31) / 32 * 4;
   const std::uint64_t passBuffer = 4 * resY * stride;
-  const std::uint64_t passColumns = resX * 6400 / 254 + 8 * stride;
-  const std::uint64_t swathBuffer = passColumns * 120;  // of three passes, the most
+  const std::uint64_t passes = resX < 1440 ? 3 : resX < 1620 ? 4 : resX < 2160 ? 6 : 8;
+  const std::uint64_t twoHeads = (resX * 6400 / 254 + 8 * stride) * 360 / passes;
+  const std::uint64_t oneHead = 720 * (4 * stride / 3 + 1000);  // where that is more
+  const std::uint64_t swathBuffer = std::max(twoHeads, oneHead);
   return passBuffer > kObtainableMax || 8 * passBuffer + 7 * swathBuffer <= kBytesMax;
 }
 
