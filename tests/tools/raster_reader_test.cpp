@@ -137,6 +137,22 @@ TEST(RasterReader, TellsTheEndFromAHeaderThatIsCutOff) {
   EXPECT_EQ(ReadResult::kError, ReadAll("Ra").end);
 }
 
+// The numbers are none that the header's enumerations have room for.
+TEST(RasterReader, NamesColorSpacesAndOrdersThatDoNotExist) {
+  const RasterFormat format;
+  const std::string whole = WriteRaster(format, NoiseFor(format, TestSeed()));
+  const std::size_t spaceAt = 4 + offsetof(cups_page_header2_t, cupsColorSpace);
+  const std::size_t orderAt = 4 + offsetof(cups_page_header2_t, cupsColorOrder);
+  for (const auto& [at, error] : {std::pair{spaceAt, "colour space 2054 is not read"},
+                                  std::pair{orderAt, "colour order 2048 is not read"}}) {
+    std::string stream = whole;
+    stream[at + 1] = 8;
+    const Outcome outcome = ReadAll(stream);
+    EXPECT_EQ(ReadResult::kError, outcome.end);
+    EXPECT_EQ(error, outcome.error);
+  }
+}
+
 TEST(RasterReader, RefusesWhatItCannotTrust) {
   const RasterFormat format;
   const std::vector<std::uint8_t> noise = NoiseFor(format, TestSeed());

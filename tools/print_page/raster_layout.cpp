@@ -1,6 +1,7 @@
 #include "print_page/raster_layout.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "print_page/page.h"
 
@@ -15,8 +16,18 @@ constexpr std::uint32_t kLineBytesMax = 16u << 20;                   // of the s
 constexpr std::array<std::uint8_t, 8> kInOrder = {0, 1, 2, 3, 4, 5, 6, 7};
 constexpr std::array<std::uint8_t, 8> kBlackFirst = {3, 0, 1, 2};  // K or KCMY; the page has CMYK
 
+// The header's enumerations are numbers from a file: one that no enumerator has must not be read as
+// the type it claims to be.
+template <class Enumeration>
+std::uint32_t NumberOf(const Enumeration& field) {
+  std::uint32_t number = 0;
+  static_assert(sizeof field == sizeof number);
+  std::memcpy(&number, &field, sizeof number);
+  return number;
+}
+
 // Colours of a colour space; 0 = not read.
-std::uint32_t ColorsOf(cups_cspace_t space) {
+std::uint32_t ColorsOf(std::uint32_t space) {
   switch (space) {
     case CUPS_CSPACE_K:
       return 1;
@@ -26,8 +37,8 @@ std::uint32_t ColorsOf(cups_cspace_t space) {
     default:
       break;
   }
-  const int device = static_cast<int>(space) - static_cast<int>(CUPS_CSPACE_DEVICE1) + 1;
-  return device >= 1 && device <= 8 ? static_cast<std::uint32_t>(device) : 0;
+  const bool device = space >= CUPS_CSPACE_DEVICE1 && space - CUPS_CSPACE_DEVICE1 < 8;
+  return device ? space - CUPS_CSPACE_DEVICE1 + 1 : 0;
 }
 
 // Bits of one line (of one plane, when planar) as the stream packs it.
@@ -43,18 +54,17 @@ std::uint64_t LineBits(const RasterLayout& layout) {
 
 std::string CheckHeader(const cups_page_header2_t& header, std::uint32_t resolution,
                         RasterLayout* layout) {
-  layout->planes = ColorsOf(header.cupsColorSpace);
+  const std::uint32_t space = NumberOf(header.cupsColorSpace);
+  layout->planes = ColorsOf(space);
   layout->bits = header.cupsBitsPerColor;
   layout->width = header.cupsWidth;
   layout->lines = header.cupsHeight;
-  layout->order = header.cupsColorOrder;
+  layout->order = NumberOf(header.cupsColorOrder);
   layout->lineBytes = header.cupsBytesPerLine;
-  const bool blackFirst =
-      header.cupsColorSpace == CUPS_CSPACE_KCMY || header.cupsColorSpace == CUPS_CSPACE_K;
+  const bool blackFirst = space == CUPS_CSPACE_KCMY || space == CUPS_CSPACE_K;
   layout->inks = blackFirst ? kBlackFirst : kInOrder;
   layout->pixelBits = std::max(header.cupsBitsPerPixel, layout->planes * layout->bits);
-  if (layout->planes == 0)
-    return "colour space " + std::to_string(header.cupsColorSpace) + " is not read";
+  if (layout->planes == 0) return "colour space " + std::to_string(space) + " is not read";
   if (layout->bits != 1 && layout->bits != 2 && layout->bits != 8) {
     return std::to_string(layout->bits) + " bits per colour are not read";
   }

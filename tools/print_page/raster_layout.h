@@ -14,7 +14,7 @@ struct RasterLayout {
   std::uint32_t planes = 0;
   std::uint32_t bits = 0;  // per colour
   std::uint32_t width = 0, lines = 0;
-  cups_order_t order = CUPS_ORDER_CHUNKED;
+  std::uint32_t order = CUPS_ORDER_CHUNKED;  // a cups_order_t once it has been checked
   std::uint32_t lineBytes = 0;  // of one line as the stream holds it (of one plane, when planar)
   std::uint32_t pixelBits = 0;  // of one pixel, when chunked; padding comes first
   std::array<std::uint8_t, 8> inks{};  // plane of the page for each colour of the stream
