@@ -36,6 +36,17 @@ int LongestRun(const std::vector<bool>& cells, bool value) {
   return longest;
 }
 
+// The counts are constants of the machine: a sum and a weighted sum find any one that is mistyped.
+TEST(FeatherMasks, HaveTheMachinesCounts) {
+  std::uint32_t sum = 0, weighted = 0;
+  for (std::uint32_t k = 0; k < kFeatherMasks; ++k) {
+    sum += kFeatherKept[k];
+    weighted += (k + 1) * kFeatherKept[k];
+  }
+  EXPECT_EQ(56698u, sum);
+  EXPECT_EQ(1901156u, weighted);
+}
+
 TEST(FeatherMasks, KeepTheirCountEvenlyScattered) {
   for (std::uint32_t k = 0; k < kFeatherMasks; ++k) {
     SCOPED_TRACE(k);
