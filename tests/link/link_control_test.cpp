@@ -19,6 +19,7 @@ TEST_F(LinkControl, StartsTheThreadOnAnOpenDevice) {
   EXPECT_EQ(1, LinkStart(job));
   EXPECT_EQ(1, job.bTxRun);
   EXPECT_EQ(0, job.bTxEnd);
+  EXPECT_EQ(1, job.bLinkInfoOk);
   EXPECT_EQ((Calls{"raise"}), platform.threadCalls);
   EXPECT_EQ("Link Start 300-1\r\n\r\n", TakeLog());
 }
