@@ -1,9 +1,6 @@
 #include "jobs/job_runner.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
-#include <fstream>
 #include <random>
 #include <sstream>
 
@@ -11,7 +8,6 @@
 #include "qrn_driver.h"
 #include "sim/session.h"
 
-namespace fs = std::filesystem;
 using qrn::sim::RasterSource;
 using qrn::sim::Session;
 using qrn::sim::SessionOptions;
@@ -118,38 +114,6 @@ std::string Describe(const JobPlan& plan) {
        << int{plan.machine.headGapX[0]} << "/" << int{plan.machine.headGapY[0]} << ", "
        << (plan.solid.empty() ? "random" : "solid") << ", seed " << plan.seed;
   return text.str();
-}
-
-LogFolder::LogFolder() : before_(fs::current_path()) {
-  std::string name = (fs::temp_directory_path() / "qrn-jobs-XXXXXX").string();
-  folder_ = mkdtemp(name.data());
-  fs::current_path(folder_);
-  fs::create_directories("c:/p2debug");
-}
-
-LogFolder::~LogFolder() {
-  fs::current_path(before_);
-  std::error_code ignored;
-  fs::remove_all(folder_, ignored);
-}
-
-std::vector<std::string> LogFolder::Logs() const {
-  std::vector<fs::path> paths;
-  for (const auto& entry : fs::directory_iterator(folder_ / "c:/p2debug"))
-    paths.push_back(entry.path());
-  // The plain name of a minute comes before its numbered ones.
-  std::sort(paths.begin(), paths.end(), [](const fs::path& a, const fs::path& b) {
-    const auto key = [](const fs::path& path) {
-      return std::make_pair(path.stem().string().size(), path);
-    };
-    return key(a) < key(b);
-  });
-  std::vector<std::string> logs;
-  for (const fs::path& path : paths) {
-    std::ifstream file(path, std::ios::binary);
-    logs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  }
-  return logs;
 }
 
 JobOutcome RunJob(const JobPlan& plan) {

@@ -5,10 +5,10 @@
 
 #include <array>
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "jobs/log_folder.h"
 #include "platform/platform.h"
 #include "sim/compare.h"
 #include "sim/machine.h"
@@ -82,20 +82,6 @@ std::vector<std::vector<std::uint8_t>> Unnumbered(std::vector<std::vector<std::u
 
 // Motor steps of the swaths that only feed, in order.
 std::vector<std::uint32_t> FeedOnlySteps(const JobOutcome& outcome);
-
-// A private working directory with the log directory in it, for the life of the object.
-class LogFolder {
- public:
-  LogFolder();
-  ~LogFolder();
-  LogFolder(const LogFolder&) = delete;
-  LogFolder& operator=(const LogFolder&) = delete;
-  // Bytes of the log files, oldest name first.
-  std::vector<std::string> Logs() const;
-
- private:
-  std::filesystem::path before_, folder_;
-};
 
 // Hands the whole image over and ends the job (unless the plan skips that). Needs a LogFolder for
 // the log.

@@ -8,13 +8,12 @@
 
 #include <atomic>
 #include <cstdio>
-#include <filesystem>
 #include <random>
 #include <string>
-#include <thread>
 
+#include "jobs/holdings.h"
 #include "jobs/job_runner.h"
-#include "platform/posix/posix_platform.h"
+#include "sim/real_time.h"
 #include "support/forwarding_platform.h"
 #include "support/log_text.h"
 #include "support/test_seed.h"
@@ -25,7 +24,7 @@ namespace {
 class Watched final : public qrn::ForwardingPlatform {
  public:
   explicit Watched(std::uint32_t speed)
-      : ForwardingPlatform(qrn::ThePosixPlatform()), speed_(speed) {}
+      : ForwardingPlatform(qrn::sim::RealTimePlatform()), speed_(speed) {}
 
   std::atomic<int> devices = 0, threads = 0, forced = 0;
 
@@ -58,37 +57,6 @@ class Watched final : public qrn::ForwardingPlatform {
 
  private:
   std::uint32_t speed_;
-};
-
-std::size_t Entries(const char* directory) {
-  const std::filesystem::directory_iterator entries(directory);
-  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-// What the process holds at its start must be what it holds in the end. A thread that has been
-// joined may be listed for a moment more.
-class Holdings {
- public:
-  // The thread sanitizer starts one of its own with the first of the process: here, not in a job.
-  Holdings() {
-    std::atomic<bool> counted = false;
-    std::thread first([&counted] { counted.wait(false); });
-    threads_ = Entries(kThreads) - 1;
-    counted = true;
-    counted.notify_one();
-    first.join();
-  }
-
-  void ExpectTheSame() const {
-    for (int poll = 0; poll < 1000 && Entries(kThreads) != threads_; ++poll)
-      qrn::ThePosixPlatform().SleepMs(10);
-    EXPECT_EQ(threads_, Entries(kThreads));
-    EXPECT_EQ(files_, Entries(kFiles));
-  }
-
- private:
-  static constexpr char kThreads[] = "/proc/self/task", kFiles[] = "/proc/self/fd";
-  std::size_t threads_ = 0, files_ = Entries(kFiles);
 };
 
 // Two lines of 48 pixels on the smallest machine: six swaths or less.

@@ -3,7 +3,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "host/job.h"
+#include "jobs/log_folder.h"
 #include "support/log_text.h"
 
 qrn::ThreadHandle TimedPlatform::ThreadStart(void (*procedure)(void*), void* argument) {
@@ -19,9 +19,9 @@ qrn::ThreadHandle TimedPlatform::ThreadStart(void (*procedure)(void*), void* arg
 
 void TimedPlatform::Note() {
   ReadOn();  // the rest of the log of the job before, when a new one has begun
-  const qrn::Job& job = qrn::GetJob();
-  if (job.bLogOn != 1 || file_ == job.szLogFile) return;
-  file_ = job.szLogFile;
+  const std::vector<std::filesystem::path> files = LogFolder::Files();
+  if (files.empty() || file_ == files.back()) return;
+  file_ = files.back();
   read_ = 0;
   ReadOn();
 }

@@ -4,6 +4,7 @@
 #define QRN_TESTS_JOBS_TIMED_LOG_H_
 
 #include <deque>
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -75,7 +76,7 @@ class TimedPlatform final : private SimPlatformHolder, public qrn::ForwardingPla
   void ReadOn();
 
   std::uint32_t startMs_;
-  std::string file_;  // the log being read
+  std::filesystem::path file_;  // the log being read
   std::size_t read_ = 0;
   std::vector<LogLine> lines_;
   std::deque<Started> started_;

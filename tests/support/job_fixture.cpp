@@ -1,7 +1,5 @@
 #include "support/job_fixture.h"
 
-#include <stdlib.h>
-
 #include <fstream>
 #include <iterator>
 
@@ -10,19 +8,13 @@
 namespace fs = std::filesystem;
 
 JobFixture::JobFixture() {
-  std::string name = (fs::temp_directory_path() / "qrn-test-XXXXXX").string();
-  folder = mkdtemp(name.data());
   job = qrn::Job{};
   job.nSwathLimit = 0xFFFFFFFF;
-  std::snprintf(job.szLogFile, sizeof job.szLogFile, "%s", (folder / "log.txt").c_str());
+  std::snprintf(job.szLogFile, sizeof job.szLogFile, "%s", (folder / "log.txt").string().c_str());
   job.bLogOn = 1;
 }
 
-JobFixture::~JobFixture() {
-  job = qrn::Job{};
-  std::error_code ignored;
-  fs::remove_all(folder, ignored);
-}
+JobFixture::~JobFixture() { job = qrn::Job{}; }
 
 std::string JobFixture::TakeLog() {
   std::ifstream file(job.szLogFile, std::ios::binary);

@@ -10,8 +10,12 @@
 
 #include "host/job.h"
 #include "support/fake_platform.h"
+#include "support/temp_folder.h"
 
 class JobFixture : public testing::Test {
+ private:
+  TempFolder folder_;
+
  protected:
   JobFixture();
   ~JobFixture() override;
@@ -21,7 +25,7 @@ class JobFixture : public testing::Test {
 
   qrn::FakePlatform platform;
   qrn::Job& job = qrn::GetJob();
-  std::filesystem::path folder;
+  const std::filesystem::path& folder = folder_.Path();
 };
 
 // True when `lines` stand in the log, one behind the other.

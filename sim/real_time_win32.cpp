@@ -1,0 +1,100 @@
+#include <windows.h>
+
+#include <algorithm>
+#include <mutex>
+
+#include "platform/win32/win32_platform.h"
+#include "sim/real_time.h"
+
+namespace qrn::sim {
+namespace {
+
+constexpr UsbList kTheList = 1;
+constexpr std::uint32_t kTransferNapMs = 5;  // a waiting transfer looks again at least this often
+
+class PortPlatform final : public Win32Platform {
+ public:
+  void Plug(UsbPort* port, BoxHandler onBox) {
+    port_ = port;
+    onBox_ = std::move(onBox);
+  }
+
+  UsbList UsbListOpen() override {
+    return port_ == nullptr || port_->Listable(TickMs()) ? kTheList : 0;
+  }
+  UsbPathStatus UsbListPath(UsbList, std::uint32_t index, const char** path) override {
+    *path = port_ != nullptr ? port_->PathAt(index, TickMs()) : nullptr;
+    if (*path == nullptr) return UsbPathStatus::kEnd;
+    return **path != '\0' ? UsbPathStatus::kPath : UsbPathStatus::kUnreadable;
+  }
+  void UsbListClose(UsbList) override {}
+
+  DeviceHandle DeviceOpen(const char* path) override {
+    std::uint32_t error = ERROR_FILE_NOT_FOUND;
+    const DeviceHandle device = port_ != nullptr ? port_->Open(path, TickMs(), &error) : 0;
+    if (device == 0) SetLastError(error);
+    return device;
+  }
+  void DeviceClose(DeviceHandle device) override {
+    port_->Close(static_cast<std::uint32_t>(device), TickMs());
+  }
+  bool BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) override {
+    return Complete([=, this](std::uint32_t now) {
+      return port_->Write(static_cast<std::uint32_t>(device),
+                          static_cast<const std::uint8_t*>(data), bytes, now);
+    });
+  }
+  bool BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) override {
+    return Complete([=, this](std::uint32_t now) {
+      return port_->Read(static_cast<std::uint32_t>(device), static_cast<std::uint8_t*>(data),
+                         bytes, now);
+    });
+  }
+
+  // Never in the middle of a step, which would leave the devices locked.
+  void ThreadTerminate(ThreadHandle thread) override {
+    const std::lock_guard lock(step_);
+    Win32Platform::ThreadTerminate(thread);
+  }
+
+  void ShowBox(const char* text, const char*) override {
+    if (onBox_) onBox_(text);
+  }
+
+ private:
+  template <class Step>
+  bool Complete(Step step) {
+    for (;;) {
+      const std::uint32_t now = TickMs();
+      UsbStep result;
+      {
+        const std::lock_guard lock(step_);
+        result = step(now);
+      }
+      if (result.state != UsbStep::kWait) {
+        SetLastError(result.state == UsbStep::kFailed ? result.value : ERROR_SUCCESS);
+        return result.state == UsbStep::kDone;
+      }
+      Sleep(std::clamp<std::uint32_t>(result.value - now, 1, kTransferNapMs));
+    }
+  }
+
+  std::mutex step_;
+  UsbPort* port_ = nullptr;
+  BoxHandler onBox_;
+};
+
+PortPlatform& ThePortPlatform() {
+  static PortPlatform platform;
+  return platform;
+}
+
+}  // namespace
+
+Platform& RealTimePlatform() { return ThePortPlatform(); }
+
+void PlugIntoRealTime(UsbPort* port, BoxHandler onBox) {
+  ThePortPlatform().Plug(port, std::move(onBox));
+}
+
+}  // namespace qrn::sim

@@ -1,0 +1,34 @@
+// The Windows implementation: the system's own calls and nothing added. It keeps no state of its
+// own: what a handle stands for lives behind the handle. Tests put virtual devices in its place.
+#ifndef QRN_PLATFORM_WIN32_WIN32_PLATFORM_H_
+#define QRN_PLATFORM_WIN32_WIN32_PLATFORM_H_
+
+#include "platform/platform.h"
+
+namespace qrn {
+
+class Win32Platform : public Platform {
+ public:
+  UsbList UsbListOpen() override;
+  UsbPathStatus UsbListPath(UsbList list, std::uint32_t index, const char** path) override;
+  void UsbListClose(UsbList list) override;
+  DeviceHandle DeviceOpen(const char* path) override;
+  void DeviceClose(DeviceHandle device) override;
+  bool BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) override;
+  bool BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) override;
+  std::uint32_t LastError() override;
+  std::uint32_t TickMs() override;
+  void SleepMs(std::uint32_t ms) override;
+  LocalTime LocalTimeNow() override;
+  ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) override;
+  void ThreadRaisePriority(ThreadHandle thread) override;
+  void ThreadTerminate(ThreadHandle thread) override;
+  void ThreadRelease(ThreadHandle thread) override;
+  std::uint32_t SystemLocaleId() override;
+  void ShowBox(const char* text, const char* caption) override;
+  bool PathExists(const char* path) override;
+};
+
+}  // namespace qrn
+
+#endif  // QRN_PLATFORM_WIN32_WIN32_PLATFORM_H_

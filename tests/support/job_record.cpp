@@ -1,0 +1,3 @@
+#include "support/job_record.h"
+
+const qrn::Job* JobRecord() { return &qrn::GetJob(); }
