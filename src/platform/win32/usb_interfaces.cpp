@@ -1,6 +1,7 @@
 // The list of the present USB device interfaces, from SetupAPI.
-#include <setupapi.h>
 #include <windows.h>
+
+#include <setupapi.h>
 
 #include <cstdlib>
 #include <new>

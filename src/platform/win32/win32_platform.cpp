@@ -1,7 +1,8 @@
 #include "platform/win32/win32_platform.h"
 
-#include <shlwapi.h>
 #include <windows.h>
+
+#include <shlwapi.h>
 #include <winioctl.h>
 
 #include <new>
