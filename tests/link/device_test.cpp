@@ -74,6 +74,7 @@ TEST_F(Device, IsFoundAgainWhenItAnswersTheTest) {
   platform.replies = {Reply({0, 0, 10}), Reply({10, 1})};  // the empty one is read past
   EXPECT_EQ(1, LinkReconnect(job));
   EXPECT_EQ((std::vector<std::uint32_t>{4000, 200}), platform.sleeps);
+  EXPECT_TRUE(platform.replies.empty());
   ASSERT_EQ(1u, platform.written.size());
   EXPECT_EQ(10, platform.written[0][32]);
   for (std::size_t i = 33; i < 126; ++i) EXPECT_EQ(0, platform.written[0][i]);

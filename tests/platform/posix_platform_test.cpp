@@ -82,6 +82,12 @@ TEST_F(Posix, WaitsForThePortAndForTheEndOfAThread) {
   EXPECT_GE(static_cast<std::int32_t>(platform.TickMs() - port.dueMs), 0);
 }
 
+TEST_F(Posix, SleepsNoLessThanItIsAskedTo) {
+  const std::uint32_t start = platform.TickMs();
+  platform.SleepMs(20);
+  EXPECT_GE(platform.TickMs() - start, 19u);  // the clock shows whole milliseconds
+}
+
 TEST_F(Posix, ShowsBoxesInUtf8WhereTheUserLooks) {
   std::string shown;
   platform.HandleBoxes(

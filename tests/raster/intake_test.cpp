@@ -189,6 +189,18 @@ TEST_F(Intake, OfAFinerVerticalResolutionPlacesEveryPixel) {
   }
 }
 
+TEST_F(Intake, MakesNoSwathBeyondTheLimit) {
+  job.nSwathLimit = 2;
+  for (int row = 360; row < 720; ++row) std::memset(Row(7, row), 0xFF, 12);
+  EXPECT_EQ(1, CompleteBand(job));  // four passes with ink
+  EXPECT_EQ(2u, job.swathCount);
+  EXPECT_EQ(4u, job.passNo);
+  job.passEmpty = 0;
+  EXPECT_EQ(1, FlushLastBands(job));
+  EXPECT_EQ(1, job.passEmpty);
+  EXPECT_EQ(4u, job.passNo);
+}
+
 TEST_F(Intake, StopsTheBandWhereASwathFails) {
   job.bPrnCancel = 1;
   Row(7, 500)[0] = 0xFF;
