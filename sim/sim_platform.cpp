@@ -69,7 +69,7 @@ SimPlatform::Thread& SimPlatform::PickNext() {
   for (const auto& thread : threads_) {
     if (!thread->ended && thread->wakeMs <= nowMs_) ready.push_back(thread.get());
   }
-  return *ready[Random() % ready.size()];
+  return *ready[static_cast<std::size_t>(Random() % ready.size())];
 }
 
 // Lets the next thread run and returns when it is this one's turn again.

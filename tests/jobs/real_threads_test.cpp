@@ -146,7 +146,7 @@ bool PlayOne(std::mt19937_64& random, Watched& watched) {
 }
 
 TEST(RealThreads, HundredsOfJobsInARowLeaveNothingBehind) {
-  constexpr int kJobs = 300, kSpeed = 40;
+  constexpr int kJobs = QRN_JOBS_IN_A_ROW, kSpeed = 40;
   std::mt19937_64 random(TestSeed());
   Watched watched(kSpeed);
   const LogFolder folder;

@@ -1,0 +1,56 @@
+#include "windows/image_tables.h"
+
+#include <cstdint>
+
+namespace {
+
+template <class T>
+T* At(HMODULE dll, std::uint32_t offset) {
+  return reinterpret_cast<T*>(reinterpret_cast<std::uint8_t*>(dll) + offset);
+}
+
+template <class T>
+T* TableOf(HMODULE dll, std::size_t directory) {
+  const auto* dos = At<const IMAGE_DOS_HEADER>(dll, 0);
+  const auto* nt = At<const IMAGE_NT_HEADERS>(dll, static_cast<std::uint32_t>(dos->e_lfanew));
+  return At<T>(dll, nt->OptionalHeader.DataDirectory[directory].VirtualAddress);
+}
+
+const IMAGE_EXPORT_DIRECTORY& ExportsOf(HMODULE dll) {
+  return *TableOf<const IMAGE_EXPORT_DIRECTORY>(dll, IMAGE_DIRECTORY_ENTRY_EXPORT);
+}
+
+}  // namespace
+
+std::vector<Import> ImportsOf(HMODULE dll) {
+  std::vector<Import> imports;
+  const auto* library = TableOf<const IMAGE_IMPORT_DESCRIPTOR>(dll, IMAGE_DIRECTORY_ENTRY_IMPORT);
+  for (; library->Name != 0; ++library) {
+    const auto* name = At<const IMAGE_THUNK_DATA>(dll, library->OriginalFirstThunk);
+    auto* slot = At<IMAGE_THUNK_DATA>(dll, library->FirstThunk);
+    for (; name->u1.AddressOfData != 0; ++name, ++slot) {
+      const auto* entry = At<const IMAGE_IMPORT_BY_NAME>(dll, name->u1.AddressOfData);
+      imports.push_back({At<const char>(dll, library->Name), entry->Name,
+                         reinterpret_cast<void**>(&slot->u1.Function)});
+    }
+  }
+  return imports;
+}
+
+void Redirect(const Import& import, void* target) {
+  DWORD before = 0;
+  VirtualProtect(import.slot, sizeof *import.slot, PAGE_READWRITE, &before);
+  *import.slot = target;
+  VirtualProtect(import.slot, sizeof *import.slot, before, &before);
+}
+
+std::vector<std::string> ExportNamesOf(HMODULE dll) {
+  const IMAGE_EXPORT_DIRECTORY& exports = ExportsOf(dll);
+  const auto* names = At<const std::uint32_t>(dll, exports.AddressOfNames);
+  std::vector<std::string> result;
+  for (std::uint32_t i = 0; i < exports.NumberOfNames; ++i)
+    result.emplace_back(At<const char>(dll, names[i]));
+  return result;
+}
+
+std::size_t ExportCountOf(HMODULE dll) { return ExportsOf(dll).NumberOfFunctions; }
