@@ -33,6 +33,22 @@ TEST(Regression, APacketWithoutAReplyLeavesNoReplyTooMany) {
   }
 }
 
+// Seed 18081. The only head hangs so low that it has not met the last lines when the job has been
+// flushed; a call behind the last line flushes again, and prints more of them.
+TEST(Regression, ACallBehindTheLastLineMayPrintWhatALowHeadHasLeft) {
+  SimPlan plan = SmallPlan({});
+  plan.machine.heads = qrn::sim::Heads::kPhb;
+  plan.machine.inkOrder.fill({1, 3, 2, 6, 2, 7, 1, 2});
+  plan.machine.headGapY.fill(250);
+  plan.resolution = 2160;
+  plan.seed = 18081;  // of the image
+  plan.widthPixels = 1440;
+  plan.lineApi = true;
+  plan.lines = plan.linesHanded = 436;
+  plan.mistakes = kLinesBehind;
+  EXPECT_EQ(Outcome::kPrinted, ExpectGood(plan));
+}
+
 // What a seed seldom draws: the thread hangs in a read, and the host does not wait for it.
 TEST(SilentPrinter, IsLeftByForceWhenTheNextJobStarts) {
   SimPlan plan = SmallPlan({"silence:msg=4"});

@@ -258,7 +258,11 @@ void SimHost::Send(std::uint32_t color, const std::uint8_t* bytes, std::uint32_t
 
 // What a job that goes on makes of a line.
 void SimHost::Take(std::uint32_t plane, const std::uint8_t* bytes, std::uint32_t count) {
-  if (page_ == nullptr || report_.linesTaken >= plan_.lines) return;
+  if (page_ == nullptr) return;
+  if (report_.linesTaken >= plan_.lines) {
+    ++report_.linesBehind;
+    return;
+  }
   if (plane >= kPlanes || bytes == nullptr) {
     ++report_.badLines;
     return;

@@ -33,9 +33,10 @@ Page DrawPage(const SimPlan& plan);
 struct HostReport {
   int startResult = 0;  // of PP_Init; 1 in the stream family
   std::uint32_t endCalls = 0;
-  std::uint32_t linesTaken = 0;  // whole lines, had the job never stopped
-  std::uint32_t badLines = 0;    // calls that no job can use, in front of the last line
-  std::string fault;             // first call with a wrong result; "" = none
+  std::uint32_t linesTaken = 0;   // whole lines, had the job never stopped
+  std::uint32_t linesBehind = 0;  // calls behind the last line
+  std::uint32_t badLines = 0;     // calls that no job can use, in front of the last line
+  std::string fault;              // first call with a wrong result; "" = none
 };
 
 class SimHost {

@@ -131,6 +131,13 @@ class Checker {
   // Whether line intake ended with a flush: the stream always does, lines do with the last one.
   bool Flushed() const { return !plan_.lineApi || run_.planned.host.linesTaken == plan_.lines; }
 
+  // In the line family each call behind the last line flushes again. What a machine that cannot
+  // print this page right has left in its buffers may come out then.
+  bool MayPrintLeftovers() const {
+    return plan_.lineApi && run_.planned.host.linesBehind != 0 &&
+           run_.next.comparison.unreachedCells != 0;
+  }
+
   // Both jobs make the same page, so what the printer accepted is how the clean job begins.
   void CheckSwaths() {
     const auto& planned = run_.planned;
@@ -140,7 +147,7 @@ class Checker {
       Expect(planned.stats.swaths == 0, "planned", "swaths of a job that no printer takes");
       return;
     }
-    Expect(planned.stats.swaths <= next.swaths.size(), "planned",
+    Expect(planned.stats.swaths <= next.swaths.size() || MayPrintLeftovers(), "planned",
            std::to_string(planned.stats.swaths) + " swaths, " + std::to_string(next.swaths.size()) +
                " in a clean job");
     const std::size_t both = std::min<std::size_t>(planned.stats.swaths, next.swaths.size());
@@ -153,7 +160,7 @@ class Checker {
       Complain("planned", "swath " + std::to_string(i + 1) + " is not that of a clean job");
       return;
     }
-    if (Printed(planned) && Flushed()) {
+    if (Printed(planned) && Flushed() && !MayPrintLeftovers()) {
       Expect(
           planned.stats.swaths == next.stats.swaths, "planned",
           std::to_string(planned.stats.swaths) + " swaths of " + std::to_string(next.stats.swaths));
