@@ -18,10 +18,12 @@ add_custom_command(TARGET qrn_driver POST_BUILD
 
 # For hosts that link: calls by their decorated names, found in the DLL by the plain ones.
 set(import_library ${CMAKE_CURRENT_BINARY_DIR}/import/libQRN_DriverT62804.dll.a)
+set(QRN_IMPORT_LIBRARY ${import_library} PARENT_SCOPE)
 file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/import)
 add_custom_command(OUTPUT ${import_library}
-  COMMAND ${CMAKE_DLLTOOL} --kill-at --dllname QRN_DriverT62804.dll --input-def ${exports} --output-lib ${import_library}
-  DEPENDS ${exports} VERBATIM)
+  COMMAND ${CMAKE_DLLTOOL} --kill-at --dllname QRN_DriverT62804.dll --input-def ${exports}
+          --output-lib libQRN_DriverT62804.dll.a
+  WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/import DEPENDS ${exports} VERBATIM)
 add_custom_target(qrn_import_library ALL DEPENDS ${import_library})
 
 install(FILES $<TARGET_FILE:qrn_driver> $<TARGET_FILE:qrn_driver>.debug DESTINATION bin)

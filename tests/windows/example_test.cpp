@@ -1,0 +1,37 @@
+// The minimal host, with the DLL and a virtual printer.
+#include <gtest/gtest.h>
+
+#include "jobs/log_folder.h"
+#include "sim/session.h"
+
+// main of examples/minimal_host.c.
+extern "C" int MinimalHost(void);
+
+namespace {
+
+TEST(MinimalHost, PrintsItsBars) {
+  const LogFolder folder;
+  qrn::sim::VirtualPrinter printer{qrn::sim::Machine{}};
+  qrn::sim::SessionOptions options;
+  options.virtualTime = true;
+  const qrn::sim::Session session(printer, options);
+  EXPECT_EQ(0, MinimalHost());
+  EXPECT_EQ("", printer.Violation());
+  EXPECT_EQ(1u, printer.Stats().jobsEnded);
+  EXPECT_EQ(480u * 360 * 3, printer.Stats().inkLaid);  // each pixel in one plane, at level 3
+}
+
+TEST(MinimalHost, TellsOfAPrinterThatRefusesIt) {
+  const LogFolder folder;
+  qrn::sim::Quirk refusal;
+  std::string error;
+  ASSERT_TRUE(qrn::sim::ParseQuirk("connect-refused:status=0x21", &refusal, &error)) << error;
+  qrn::sim::VirtualPrinter printer{qrn::sim::Machine{}, {refusal}};
+  qrn::sim::SessionOptions options;
+  options.virtualTime = true;
+  const qrn::sim::Session session(printer, options);
+  EXPECT_EQ(1, MinimalHost());
+  EXPECT_EQ(0u, printer.Stats().jobsCreated);
+}
+
+}  // namespace
