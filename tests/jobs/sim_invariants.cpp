@@ -170,8 +170,8 @@ class Checker {
   // A machine that cannot print this page right is known by the clean job's comparison.
   void CheckPaper() {
     const auto& next = run_.next.comparison;
-    Expect(next.differingCells == 0 || !next.reason.empty(), "next", next.firstDifference);
-    if (next.differingCells != 0 || AltersPage(plan_)) return;
+    Expect(next.differingCells == 0 || next.incomparable, "next", next.firstDifference);
+    if (next.incomparable || AltersPage(plan_)) return;
     const auto& planned = run_.planned.comparison;
     Expect(planned.overInkedCells == 0, "planned",
            "too much ink in " + std::to_string(planned.overInkedCells) + " cells, first " +
