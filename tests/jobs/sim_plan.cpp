@@ -230,6 +230,6 @@ std::string SimPlan::Text() const {
   return text.str();
 }
 
-std::string SimPlan::RerunLine() const {
-  return "build/release/tests/jobs/job_sim_test --seed=" + std::to_string(seed);
+std::string SimPlan::RerunLine(const std::string& program) const {
+  return program + " --seed=" + std::to_string(seed);
 }

@@ -88,8 +88,9 @@ struct SimPlan {
   // Virtual time in which both jobs and all that befalls them are over.
   std::uint64_t BoundMs() const;
 
-  std::string Text() const;       // in one line
-  std::string RerunLine() const;  // the command that runs this plan alone
+  std::string Text() const;  // in one line
+  // The command that runs this plan alone, with the build that this program is of.
+  std::string RerunLine(const std::string& program) const;
 };
 
 // What a quirk may do to a job.
