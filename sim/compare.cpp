@@ -306,7 +306,9 @@ std::string SplitInks(const Machine& machine) {
 
 Comparison Judged(Comparer& comparer, const Machine& machine, const Reach& reach) {
   Comparison result = comparer.Run();
-  result.reason = machine.heads == Heads::kBoth ? SplitInks(machine) : reach.Reason();
+  const bool both = machine.heads == Heads::kBoth;
+  result.reason = both ? SplitInks(machine) : reach.Reason();
+  result.incomparable = machine.heads == Heads::kNone || (both && !result.reason.empty());
   return result;
 }
 

@@ -40,6 +40,8 @@ struct Comparison {
   // Why this machine cannot print every job right and whole, where that is known from its settings;
   // "" otherwise.
   std::string reason;
+  // Among these: cells may be wrong, not only out of reach, which the counts above allow for.
+  bool incomparable = false;
 };
 
 // Pixels u with u / P == c form column c, P being the pixels of a column of this machine at one of

@@ -15,8 +15,9 @@ struct Field {
   std::uint32_t Quirk::*value;
   std::optional<std::uint32_t> initial;  // none: the field is required
   std::uint32_t min = 0, max = 0;
-  std::vector<const char*> words = {};  // instead of numbers: the value is the word's place
-  std::optional<Moment> moment = {};    // the field says what `at` counts; a quirk has one
+  std::vector<const char*> words = {};   // instead of numbers: the value is the word's place
+  std::optional<Moment> moment = {};     // the field says what `at` counts; a quirk has one
+  std::vector<std::uint32_t> only = {};  // of the numbers; empty = all
 };
 
 struct KindRule {
@@ -49,7 +50,8 @@ const std::vector<KindRule>& Kinds() {
   const Field ms{"ms", &Quirk::durationMs, std::nullopt, 1, kQuirkMsMax};
   const Field msOrForGood{"ms", &Quirk::durationMs, 0, 0, kQuirkMsMax};
   const Field heldMs{"held-ms", &Quirk::heldMs, 0, 0, kQuirkMsMax};
-  const Field code{"code", &Quirk::code, std::nullopt, 3, 12};
+  // What the driver sends; the connect and the buffer query have quirks of their own.
+  const Field code{"code", &Quirk::code, std::nullopt, 3, 12, {}, {}, {3, 4, 5, 9, 10, 12}};
   const Field held{"held", &Quirk::held, 0, 0, 1}, first{"first", &Quirk::first, 0, 0, 1};
   const Field longPath{"long", &Quirk::longPath, 0, 0, 1};
   const auto word = [](const char* name, std::optional<std::uint32_t> initial,
@@ -129,7 +131,12 @@ std::string ParseValue(const Field& field, const std::string& text, std::uint32_
            std::to_string(field.max);
   }
   *value = static_cast<std::uint32_t>(number);
-  return "";
+  if (field.only.empty() || std::count(field.only.begin(), field.only.end(), *value) != 0)
+    return "";
+  std::string numbers;
+  for (const std::uint32_t known : field.only)
+    numbers += (numbers.empty() ? "" : ", ") + std::to_string(known);
+  return name + " must be one of " + numbers;
 }
 
 // Takes one "name=value"; why it is not one of the kind's, or "".

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,6 +19,10 @@
 namespace {
 
 constexpr std::uint64_t kReplayEvery = 10;  // seeds; these run twice
+
+// A seed takes a fraction of a second, some ten times that under a sanitizer. One that hangs in
+// real time is ended by a signal, so that its plan is told.
+constexpr unsigned kSeedSecondsMax = 300;
 
 // What a seed's process tells.
 struct Verdict {
@@ -64,6 +69,7 @@ Verdict RunSeed(const SimPlan& plan) {
   const pid_t child = fork();
   if (child == 0) {
     close(ends[0]);
+    alarm(kSeedSecondsMax);
     RunChild(plan, ends[1]);
   }
   close(ends[1]);
@@ -83,7 +89,10 @@ Verdict RunSeed(const SimPlan& plan) {
     verdict.faults = told.substr(kHead);
   }
   if (WIFSIGNALED(status)) {
-    verdict.faults += "  died of signal " + std::to_string(WTERMSIG(status)) + "\n";
+    verdict.faults += "  died of signal " + std::to_string(WTERMSIG(status));
+    if (WTERMSIG(status) == SIGALRM)
+      verdict.faults += ": it hung for " + std::to_string(kSeedSecondsMax) + " s";
+    verdict.faults += "\n";
   } else if (WEXITSTATUS(status) != 0 || told.size() < kHead) {
     verdict.faults += "  ended with exit code " + std::to_string(WEXITSTATUS(status)) + "\n";
   }
@@ -117,7 +126,7 @@ void Print(const Statistics& statistics, double seconds) {
   Print("mistakes of the host", statistics.mistakes);
 }
 
-void TakeSeed(std::uint64_t seed, Statistics* statistics) {
+void TakeSeed(const char* program, std::uint64_t seed, Statistics* statistics) {
   const SimPlan plan = SimPlan::Draw(seed);
   Verdict verdict = RunSeed(plan);
   if (seed % kReplayEvery == 0) {
@@ -134,7 +143,7 @@ void TakeSeed(std::uint64_t seed, Statistics* statistics) {
   if (verdict.faults.empty()) return;
   ++statistics->failed;
   std::printf("FAILED %s\n%s  again: %s\n", plan.Text().c_str(), verdict.faults.c_str(),
-              plan.RerunLine().c_str());
+              plan.RerunLine(program).c_str());
 }
 
 // One seed in this process, for a debugger and with its log.
@@ -168,7 +177,7 @@ int main(int argc, char** argv) {
   if (!ranged && argc != 1) return Usage();
   const auto begin = std::chrono::steady_clock::now();
   Statistics statistics;
-  for (std::uint64_t seed = first; seed <= last; ++seed) TakeSeed(seed, &statistics);
+  for (std::uint64_t seed = first; seed <= last; ++seed) TakeSeed(argv[0], seed, &statistics);
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
   Print(statistics, took.count());
   return statistics.failed == 0 ? 0 : 1;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,10 @@ struct Scene {
 
 struct Outcome {
   bool started = false;
-  bool linesTaken = false;  // every line handed over behind the start
+  std::uint32_t goodLineCalls = 0;  // calls of the line family behind the start that gave 1
+  // Of the record, in front of the end call; none where the library shows no record.
+  std::optional<std::uint32_t> linesReceived;
+  bool linesTaken = false;  // every line handed over, as far as anything of these tells
   bool printedWhole = false;
   std::string violation;
   std::vector<std::string> boxes;  // UTF-8

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "host/job.h"
-#include "host/stop_request.h"
 #include "jobs/heap_watch.h"
+#include "platform/shared.h"
 #include "qrn_driver.h"
 
 namespace {
@@ -134,6 +134,7 @@ HostReport SimHost::PrintAsPlanned(const Page& image, Page* page) {
   GiveLines(image);
   if (plan_.Makes(kLinesBehind)) GiveBehind();
   if (plan_.Makes(kNoEnd)) {
+    if (plan_.restEveryLines != 0) world_.RestMs(plan_.restMs);
     // The job must not outlive its printer: the next start ends it, and has nothing to print.
     const HostJobDesc none{};
     SetStarting(true);
@@ -248,7 +249,8 @@ void SimHost::GivePlane(std::uint32_t plane, const std::uint8_t* bytes, std::uin
 
 void SimHost::Send(std::uint32_t color, const std::uint8_t* bytes, std::uint32_t count) {
   qrn::Job& job = qrn::GetJob();
-  const bool stopped = qrn::IsStopRequested(job);
+  const bool stopped = qrn::LoadShared(job.bPrnCancel) == 1 || qrn::LoadShared(job.nErrCode) != 0 ||
+                       qrn::LoadShared(job.bTxEnd) == 1;
   const bool behind = job.linesReceived >= job.nHeight;
   const bool usable = color < kPlanes && bytes != nullptr && job.PrintOutBuf != nullptr;
   const int result = InLibrary([&] { return PP_SendALineAColorData(color, count, bytes, 0); });

@@ -51,7 +51,7 @@ void CheckOpening(const std::string& log, const std::vector<std::string>& lines,
 }
 
 // Swaths are created once each, in order, and reported as sent at most once; attempts at one swath
-// are numbered upwards.
+// are numbered upwards from 0.
 void CheckSwathLines(const std::vector<std::string>& lines, const Complain& complain) {
   int created = 0;
   std::map<int, int> sent, attempts;
@@ -62,8 +62,10 @@ void CheckSwathLines(const std::vector<std::string>& lines, const Complain& comp
       created = number;
     } else if (std::sscanf(line.c_str(), "Swath%d sended:", &number) == 1) {
       if (++sent[number] > 1) complain("twice in the log: " + line);
-    } else if (std::sscanf(line.c_str(), "Tx Swath%d(%d)", &number, &attempt) == 2) {
-      const int before = attempts.count(number) != 0 ? attempts[number] : 0;
+    } else if (std::sscanf(line.c_str(), "Tx Swath%d(%d)", &number, &attempt) == 2 ||
+               std::sscanf(line.c_str(), "Tx empty Swath%d(%d)", &number, &attempt) == 2) {
+      // One that a lost link cut off is repeated under its number.
+      const int before = attempts.emplace(number, -1).first->second;
       if (attempt < before || attempt > before + 1) complain("attempts out of order: " + line);
       attempts[number] = attempt;
     }

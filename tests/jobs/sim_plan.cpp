@@ -128,6 +128,14 @@ void DrawWorld(SimPlan& plan, SeedStream& random) {
   for (int i = 0; i < count; ++i) plan.quirks.push_back(DrawQuirk(random));
 }
 
+// A host that goes on while its thread hangs in a read: too much at once to come of itself.
+void DrawHang(SimPlan& plan, SeedStream& random) {
+  if (!plan.Makes(kNoEnd) || !random.Percent(30)) return;
+  plan.quirks.push_back("silence:ms=0,msg=" + std::to_string(random.Between(3, 6)));
+  plan.restEveryLines = plan.lines;
+  plan.restMs = random.Between(200, 1500);
+}
+
 const char* NameOf(ImageKind kind) {
   constexpr std::array<const char*, 5> kNames = {"random", "solid", "sparse", "dot", "blank"};
   return kNames[static_cast<std::size_t>(kind)];
@@ -161,6 +169,7 @@ SimPlan SimPlan::Draw(std::uint64_t seed) {
   DrawPage(plan, random);
   DrawHost(plan, random);
   DrawWorld(plan, random);
+  DrawHang(plan, random);
   return plan;
 }
 
@@ -230,6 +239,6 @@ std::string SimPlan::Text() const {
   return text.str();
 }
 
-std::string SimPlan::RerunLine() const {
-  return "build/release/tests/jobs/job_sim_test --seed=" + std::to_string(seed);
+std::string SimPlan::RerunLine(const std::string& program) const {
+  return program + " --seed=" + std::to_string(seed);
 }

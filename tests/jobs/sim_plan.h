@@ -88,8 +88,9 @@ struct SimPlan {
   // Virtual time in which both jobs and all that befalls them are over.
   std::uint64_t BoundMs() const;
 
-  std::string Text() const;       // in one line
-  std::string RerunLine() const;  // the command that runs this plan alone
+  std::string Text() const;  // in one line
+  // The command that runs this plan alone, with the build that this program is of.
+  std::string RerunLine(const std::string& program) const;
 };
 
 // What a quirk may do to a job.
@@ -100,5 +101,9 @@ struct QuirkEffect {
   std::uint64_t costMs = 0;  // of virtual time, at most
 };
 QuirkEffect EffectOf(const qrn::sim::Quirk& quirk, const SimPlan& plan);
+// Whether it takes the device away before the host opens it: a start then fails at once.
+bool IsAwayAtStart(const qrn::sim::Quirk& quirk);
+// Of the attempts to reconnect after one loss of the link, at most.
+std::uint64_t ReconnectMs(const SimPlan& plan);
 
 #endif  // QRN_TESTS_JOBS_SIM_PLAN_H_

@@ -69,8 +69,8 @@ std::string DrawPause(SeedStream& random) {
 
 std::string DrawUnplug(SeedStream& random) {
   constexpr std::array<const char*, 3> kBack = {"same", "other", "held"};
-  std::string moment;
-  switch (random.Below(5)) {
+  std::string moment = Number("t", 0);  // see IsAwayAtStart
+  switch (random.Percent(10) ? 5 : random.Below(5)) {
     case 0:
       moment = Number("write", random.Between(1, 300));
       break;
@@ -83,7 +83,7 @@ std::string DrawUnplug(SeedStream& random) {
     case 3:
       moment = Number("chunk", random.Between(1, kBytesMax / 8192));
       break;
-    default:
+    case 4:
       moment = random.Percent(50) ? MessageMoment(random) : Number("t", random.Below(20'000));
   }
   const std::uint32_t ms = random.Percent(15) ? 0 : random.Between(1, 40'000);
@@ -132,11 +132,6 @@ std::string DrawBus(SeedStream& random) {
            Number("first", random.Below(2));
   }
   return "path:" + Word("case", kCases, random) + "," + Number("long", random.Below(2));
-}
-
-// The transfers of a reconnection or two, each answered late.
-std::uint64_t ReconnectMs(const SimPlan& plan) {
-  return 35'000 + 20ull * (plan.writeLatencyMaxMs + plan.readLatencyMaxMs);
 }
 
 QuirkEffect Delay(std::uint64_t costMs) { return {false, false, false, costMs}; }
@@ -204,6 +199,16 @@ std::string DrawQuirk(SeedStream& random) {
   }
 }
 
+// The transfers of a reconnection or two, each answered late.
+std::uint64_t ReconnectMs(const SimPlan& plan) {
+  return 35'000 + 20ull * (plan.writeLatencyMaxMs + plan.readLatencyMaxMs);
+}
+
+bool IsAwayAtStart(const Quirk& quirk) {
+  return quirk.kind == Quirk::Kind::kUnplug && quirk.moment == Quirk::Moment::kTime &&
+         quirk.at == 0;
+}
+
 QuirkEffect EffectOf(const Quirk& quirk, const SimPlan& plan) {
   using Kind = Quirk::Kind;
   const std::uint64_t count = quirk.count;
@@ -238,7 +243,8 @@ QuirkEffect EffectOf(const Quirk& quirk, const SimPlan& plan) {
     case Kind::kUnplug: {
       const bool forGood =
           quirk.durationMs == 0 || (quirk.Is(qrn::sim::Back::kHeld) && quirk.heldMs == 0);
-      return LinkLoss(quirk, plan, forGood || quirk.durationMs + quirk.heldMs > 29'000);
+      return LinkLoss(quirk, plan,
+                      forGood || quirk.durationMs + quirk.heldMs > 29'000 || IsAwayAtStart(quirk));
     }
     case Kind::kSecondPrinter:
     case Kind::kPath:

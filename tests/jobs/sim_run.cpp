@@ -23,6 +23,7 @@ void TakeDown(SimWorld& world, const LogFolder& folder, std::size_t logsBefore, 
   run->swaths = world.Swaths();
   run->boxes = world.Boxes();
   run->elapsedMs = world.ElapsedMs();
+  run->latencyMs = world.LatencyMs();
   run->liveThreads = world.LiveThreads();
   run->openDevices = world.OpenDevices();
   run->patienceLost = world.PatienceLost();
@@ -38,6 +39,17 @@ void TakeDown(SimWorld& world, const LogFolder& folder, std::size_t logsBefore, 
   run->digest = digest.Value();
 }
 
+template <class Host>
+void PlayWithin(const char* job, SimRun* run, Host host) {
+  try {
+    host();
+  } catch (const qrn::sim::TimeLimitPassed& passed) {
+    run->overTime = true;
+    run->overTimeJob = job;
+    run->overTimeText = passed.what();
+  }
+}
+
 }  // namespace
 
 bool SimJobRun::Logged(const std::string& text) const {
@@ -50,22 +62,22 @@ SimRun RunPlan(const SimPlan& plan) {
   const Page image = DrawPage(plan);
   Page page(image.Lines(), image.LineBytes());
   SimWorld world(plan, plan.Script(), plan.seed);
-  try {
+  PlayWithin("planned", &run, [&] {
     run.planned.host = SimHost(plan, world, plan.lineApi).PrintAsPlanned(image, &page);
-  } catch (const qrn::sim::TimeLimitPassed& passed) {
-    run.overTime = true;
-    run.overTimeText = passed.what();
-    TakeDown(world, folder, 0, &run.planned);
-    return run;
-  }
+  });
   TakeDown(world, folder, 0, &run.planned);
+  if (run.overTime) return run;
 
   SimPlan clean = plan;
   clean.noThread = false;
   clean.quirks.clear();
   SimWorld cleanWorld(clean, {}, plan.seed ^ 0xC1EA);
-  run.next.host = SimHost(clean, cleanWorld, plan.nextLineApi).PrintClean(page);
+  PlayWithin("next", &run, [&] {
+    run.next.host = SimHost(clean, cleanWorld, plan.nextLineApi).PrintClean(page);
+  });
   TakeDown(cleanWorld, folder, run.planned.logs.size(), &run.next);
+  if (run.overTime) return run;
+
   if (cleanWorld.Printer().ResolutionX() != 0) {
     run.next.comparison =
         Compare(page, cleanWorld.Printer().CurrentPaper(), plan.machine, plan.resolution);

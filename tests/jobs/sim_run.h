@@ -23,6 +23,7 @@ struct SimJobRun {
   std::vector<std::string> boxes;  // in the code page
   std::vector<std::string> logs;   // UTF-8, without carriage returns
   std::uint64_t elapsedMs = 0;     // virtual
+  std::uint64_t latencyMs = 0;     // of its transfers, together
   std::uint32_t liveThreads = 0, openDevices = 0;
   bool patienceLost = false;
   LibraryHeap heap;
@@ -33,7 +34,8 @@ struct SimJobRun {
 };
 
 struct SimRun {
-  bool overTime = false;  // the planned job did not end within its bound
+  bool overTime = false;  // a job did not end within its bound: which, and what the clock said
+  const char* overTimeJob = "";
   std::string overTimeText;
   SimJobRun planned, next;
 };

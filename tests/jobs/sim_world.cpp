@@ -115,6 +115,7 @@ class SlowLine final : public qrn::UsbPort {
   const SwathBook& Book() const { return book_; }
   bool Pulled() const { return pulled_; }
   const Digest& Written() const { return digest_; }
+  std::uint64_t LatencyMs() const { return latencyMs_; }
 
  private:
   // One transfer, asked for again until it has ended.
@@ -123,7 +124,9 @@ class SlowLine final : public qrn::UsbPort {
     if (!moving_) {
       moving_ = true;
       beganMs_ = nowMs;
-      dueMs_ = nowMs + random_.Below(latencyMaxMs + 1);
+      const std::uint32_t latencyMs = random_.Below(latencyMaxMs + 1);
+      latencyMs_ += latencyMs;
+      dueMs_ = nowMs + latencyMs;
     }
     if (static_cast<std::int32_t>(nowMs - dueMs_) < 0) return {UsbStep::kWait, dueMs_};
     UsbStep step = pulled_ ? UsbStep{UsbStep::kFailed, kErrorGone} : transfer();
@@ -140,6 +143,7 @@ class SlowLine final : public qrn::UsbPort {
   SeedStream random_;
   bool moving_ = false, pulled_ = false;
   std::uint32_t beganMs_ = 0, dueMs_ = 0;
+  std::uint64_t latencyMs_ = 0;
   SwathBook book_;
   Digest digest_;
 };
@@ -278,6 +282,7 @@ SimWorld::~SimWorld() { qrn::UsePlatform(nullptr); }
 
 qrn::sim::VirtualPrinter& SimWorld::Printer() { return impl_->printer; }
 std::uint64_t SimWorld::ElapsedMs() const { return impl_->platform.TickMs() - impl_->startTickMs; }
+std::uint64_t SimWorld::LatencyMs() const { return impl_->line.LatencyMs(); }
 void SimWorld::RestMs(std::uint32_t ms) { impl_->platform.SleepMs(ms); }
 const std::vector<SentSwath>& SimWorld::Swaths() const { return impl_->line.Book().swaths; }
 const std::string& SimWorld::SwathFault() const { return impl_->line.Book().fault; }

@@ -40,6 +40,7 @@ class SimWorld {
   qrn::sim::VirtualPrinter& Printer();
   std::uint64_t ElapsedMs() const;  // virtual
   void RestMs(std::uint32_t ms);    // the host sleeps
+  std::uint64_t LatencyMs() const;  // by which the line has held its transfers up, together
 
   // Swath n, from 1, at place n-1, as it went over the line completely for the first time.
   const std::vector<SentSwath>& Swaths() const;

@@ -16,6 +16,13 @@ struct Failure {
   std::vector<Expected> log;
 };
 
+void ExpectNoLines(const Outcome& outcome) {
+  EXPECT_FALSE(outcome.linesTaken);
+  EXPECT_EQ(0u, outcome.goodLineCalls);
+  EXPECT_EQ(0u, outcome.linesReceived.value_or(0));
+  EXPECT_EQ(0u, outcome.swathsTaken);
+}
+
 // Either family of exports, either language; the lines handed over behind the start are dropped.
 void ExpectNoJob(Failure failure) {
   for (const bool lineApi : {true, false}) {
@@ -26,8 +33,7 @@ void ExpectNoJob(Failure failure) {
       failure.scene.localeId = chinese ? 0x0804 : 0x0409;
       const Outcome outcome = Play(failure.scene);
       EXPECT_EQ(!lineApi, outcome.started);  // StartPrint never tells
-      EXPECT_FALSE(outcome.linesTaken);
-      EXPECT_EQ(0u, outcome.swathsTaken);
+      ExpectNoLines(outcome);
       EXPECT_EQ("", outcome.violation);
       EXPECT_EQ(BoxesOf(failure.boxes, chinese), outcome.boxes);
       EXPECT_TRUE(Tells(outcome.log, failure.log, chinese));
@@ -240,8 +246,7 @@ TEST(HostSees, ThatThereIsNoMemory) {
     scene.describe = [](HostJobDesc& desc) { desc.width = 14'861'760; };
     const Outcome outcome = Play(scene);
     EXPECT_TRUE(outcome.started);
-    EXPECT_FALSE(outcome.linesTaken);
-    EXPECT_EQ(0u, outcome.swathsTaken);
+    ExpectNoLines(outcome);
     EXPECT_EQ(BoxesOf({13}, chinese), outcome.boxes);
     EXPECT_TRUE(Tells(outcome.log,
                       {{0, "Tx Cmm 2-2(0)"},

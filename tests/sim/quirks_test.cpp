@@ -60,6 +60,7 @@ TEST(ParseQuirk, SaysWhatIsWrong) {
            Case{"pause:at=3", "needs ms="},
            Case{"pause:ms=0", "ms must be a number from 1 to 3600000"},
            Case{"pause:ms=3600001", "ms must be"},
+           Case{"refuse:code=6", "code must be one of 3, 4, 5, 9, 10, 12"},
            Case{"pause:ms=2147483648", "ms must be"},
            Case{"pause:ms=18446744073709551617", "ms must be"},
            Case{"pause:ms=-1", "ms must be"},
