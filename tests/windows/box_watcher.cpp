@@ -44,9 +44,9 @@ BOOL CALLBACK KeepLongest(HWND child, LPARAM kept) {
 std::string AnswerBox(const char* shown, const char* photographed) {
   HWND box = nullptr;
   if (!WaitFor([&box] { return (box = FindWindowA(nullptr, "Tip")) != nullptr; })) return "";
+  Sleep(kPaintMs);
   std::string text;
   EnumChildWindows(box, KeepLongest, reinterpret_cast<LPARAM>(&text));
-  Sleep(kPaintMs);
   std::ofstream(shown) << "shown\n";
   (void)WaitFor([photographed] { return std::filesystem::exists(photographed); });
   PostMessageA(box, WM_COMMAND, IDOK, 0);
