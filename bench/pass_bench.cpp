@@ -1,6 +1,6 @@
 // One pass of a page of one metre: cleared, converted, for every mode, direction and amount of ink.
-// Bytes per second are those that the pass must move at least: each byte of its rows read once, each
-// byte of its columns written once.
+// Bytes per second are those that the pass must move at least: each byte of its rows read once,
+// each byte of its columns written once.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
