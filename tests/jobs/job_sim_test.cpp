@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <string>
 
@@ -162,8 +163,33 @@ int RunAlone(std::uint64_t seed) {
   return faults.empty() ? 0 : 1;
 }
 
+// Holds the seeds of a file, one "SEED DIGEST" a line, against what they give now: all bytes on the
+// line, all logs and all times of both jobs.
+int CompareDigests(const char* name) {
+  std::ifstream file(name);
+  unsigned long long seed = 0, digest = 0;
+  int compared = 0, differing = 0;
+  for (; file >> std::dec >> seed >> std::hex >> digest; ++compared) {
+    const SimPlan plan = SimPlan::Draw(seed);
+    if (RunSeed(plan).digest == digest) continue;
+    ++differing;
+    std::printf("OTHER BYTES %s\n", plan.Text().c_str());
+  }
+  std::printf("%d seeds compared, %d differ\n", compared, differing);
+  return compared > 0 && differing == 0 ? 0 : 1;
+}
+
+void PrintDigests(std::uint64_t first, std::uint64_t last) {
+  for (std::uint64_t seed = first; seed <= last; ++seed) {
+    std::printf("%llu %016llx\n", static_cast<unsigned long long>(seed),
+                static_cast<unsigned long long>(RunSeed(SimPlan::Draw(seed)).digest));
+  }
+}
+
 int Usage() {
-  std::fprintf(stderr, "usage: job_sim_test --seeds A..B | --seed=N\n");
+  std::fprintf(stderr,
+               "usage: job_sim_test --seeds A..B | --seed=N | --print-digests A..B | "
+               "--compare-digests FILE\n");
   return 2;
 }
 
@@ -172,9 +198,14 @@ int Usage() {
 int main(int argc, char** argv) {
   unsigned long long first = 1, last = 2000;
   if (argc == 2 && std::sscanf(argv[1], "--seed=%llu", &first) == 1) return RunAlone(first);
-  const bool ranged = argc == 3 && std::strcmp(argv[1], "--seeds") == 0 &&
-                      std::sscanf(argv[2], "%llu..%llu", &first, &last) == 2 && first <= last;
-  if (!ranged && argc != 1) return Usage();
+  if (argc == 3 && std::strcmp(argv[1], "--compare-digests") == 0) return CompareDigests(argv[2]);
+  const bool ranged =
+      argc == 3 && std::sscanf(argv[2], "%llu..%llu", &first, &last) == 2 && first <= last;
+  if (ranged && std::strcmp(argv[1], "--print-digests") == 0) {
+    PrintDigests(first, last);
+    return 0;
+  }
+  if (argc != 1 && (!ranged || std::strcmp(argv[1], "--seeds") != 0)) return Usage();
   const auto begin = std::chrono::steady_clock::now();
   Statistics statistics;
   for (std::uint64_t seed = first; seed <= last; ++seed) TakeSeed(argv[0], seed, &statistics);
