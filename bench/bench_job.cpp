@@ -7,6 +7,7 @@
 
 #include "params/printer_params.h"
 #include "raster/job_memory.h"
+#include "raster/pass_rows.h"
 
 namespace qrn::bench {
 namespace {
@@ -60,11 +61,10 @@ std::vector<std::vector<std::uint8_t>> InkLines(std::size_t count, std::size_t l
 }
 
 void FillPassBuffers(Job& job, const std::vector<std::vector<std::uint8_t>>& lines) {
-  const std::size_t rows = job.Mem.passBufBytes / job.lineStride;
-  for (std::size_t plane = 0; plane < kPlanes; ++plane) {
-    for (std::size_t row = 0; row < rows; ++row) {
+  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    for (std::uint32_t row = 0; row < job.Mem.layout.rows; ++row) {
       const auto& line = lines[(row + 7 * plane) % lines.size()];
-      std::memcpy(job.Mem.pPassBuffer[plane] + row * job.lineStride, line.data(), line.size());
+      StoreRow(job, plane, row, line.data(), static_cast<std::uint32_t>(line.size()));
     }
   }
 }

@@ -34,7 +34,6 @@ void ConvertOnePass(benchmark::State& state, const Mode& mode, bool reverse, int
     job.passNo = 0;
     job.passDir = reverse ? 1 : 0;
     const auto start = std::chrono::steady_clock::now();
-    std::memset(job.PrintOutBuf, 0, job.printOutBufSize);
     ConvertPass(job);
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
     state.SetIterationTime(took.count());

@@ -10,17 +10,21 @@
 #include <cstdint>
 
 #include "platform/platform.h"
+#include "raster/print_out.h"
+#include "raster/row_layout.h"
 #include "raster/swath.h"
 
 namespace qrn {
 
 constexpr std::uint32_t kPlanes = 8;         // colour planes of a job, nozzle rows of a head
-constexpr std::uint32_t kNozzles = 180;      // nozzles of a row
 constexpr std::uint32_t kCommandBytes = 64;  // a command packet
 
 struct JobMem {
-  std::uint8_t* pPassBuffer[kPlanes];  // 4 x nResY rows of lineStride bytes each
+  std::uint8_t* pPassBuffer[kPlanes];  // rings of 4 x nResY rows; raster/pass_rows.h
   std::uint32_t passBufBytes;          // bytes of each; 0 = none obtained
+  std::uint8_t* pFeatherRuns;          // sorted feather masks; raster/feather_runs.h
+  RowLayout layout;                    // of the rows
+  std::uint32_t firstRow;              // place in the ring of the band window's first row
 };
 
 struct Job {
@@ -137,9 +141,7 @@ struct Job {
 
   // Converter state.
   const std::uint8_t* pFeatherMask;  // featherRows masks of 256 bytes
-  std::uint8_t* pPassSrc;            // row passRow of the pass buffer of curColor
-  std::uint8_t *pOutA, *pOutB;  // the byte of nozzle 0, plane 0, column 0 of row A and of row B
-  std::uint8_t* PrintOutBuf;
+  std::uint8_t* PrintOutBuf;         // printOutBufSize bytes; trades places with a slot's buffer
 
   // Set by line intake once a job, so that a host's mistake is logged once.
   std::uint8_t bBadLineLogged;

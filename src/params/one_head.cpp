@@ -2,7 +2,7 @@
 
 #include "diag/job_log.h"
 #include "params/ink_order.h"
-#include "raster/convert.h"
+#include "raster/column_modes.h"
 
 namespace qrn {
 namespace {

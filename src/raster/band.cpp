@@ -1,10 +1,14 @@
 #include "raster/band.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "params/printer_params.h"
 #include "platform/bytes.h"
+#include "raster/column_modes.h"
 #include "raster/convert.h"
+#include "raster/pass_rows.h"
+#include "raster/print_out.h"
 #include "raster/swath_builder.h"
 
 namespace qrn {
@@ -23,9 +27,13 @@ std::uint32_t PassDataSize(const Job& job) {
   return Low32((job.passBits + quarters) * kBytesPerQuarterBit / pixels);
 }
 
-bool IsZero(const std::uint8_t* bytes, std::size_t count) {
-  // A row is blank when its first byte is zero and every byte equals the one before it.
-  return count == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0);
+// Zeros in front of what a worker has written and behind it, as far as the swath carries.
+void ClearMargins(Job& job, const ConvertParams& params) {
+  const std::size_t end = SwathDataSize(job);
+  const std::size_t first = std::min(params.firstByte, end);
+  const std::size_t last = std::min(params.endByte, end);
+  std::memset(job.PrintOutBuf, 0, first);
+  std::memset(job.PrintOutBuf + last, 0, end - last);
 }
 
 }  // namespace
@@ -40,7 +48,6 @@ int CompleteBand(Job& job) {
 bool RunPasses(Job& job) {
   for (std::uint32_t i = 0; i < job.passCount; ++i) {
     job.passDir = NextSwathDir(job);
-    std::memset(job.PrintOutBuf, 0, job.printOutBufSize);
     ConvertPass(job);
     ++job.passNo;
     if (!PutSwath(job)) return false;
@@ -58,12 +65,12 @@ void ConvertPass(Job& job) {
   job.passEmpty = IsPassBlank(job) ? 1 : 0;
   if (job.passEmpty == 1) return;
 
-  const std::size_t firstRow = std::size_t{job.passRow} * job.lineStride;
+  ConvertParams params{};
   for (std::uint8_t color = 0; color < job.nColors; ++color) {
     job.curColor = color;
-    job.pPassSrc = job.Mem.pPassBuffer[color] + firstRow;
-    ConvertColor(job);
+    ConvertColor(job, params);
   }
+  RunWorker(job, params);
   // The second head fires its last column a head distance behind the first.
   if (job.dualHead == 1) {
     job.passRightByte += static_cast<std::uint32_t>(job.headGapX) * job.passCount / 4;
@@ -71,28 +78,23 @@ void ConvertPass(Job& job) {
   }
   job.passRowPad = Low16(static_cast<std::uint32_t>(job.rowOffset[0]) * job.passCount / 2);
   job.passDataSize = PassDataSize(job);
+  ClearMargins(job, params);
 }
 
 bool IsPassBlank(Job& job) {
-  const std::size_t first = std::size_t{job.passRow} * job.lineStride;
-  const std::size_t count = std::size_t{job.checkRows} * job.lineStride;
-  bool blank = true;
-  for (std::uint32_t plane = 0; plane < kPlanes && blank; ++plane) {
-    blank = IsZero(job.Mem.pPassBuffer[plane] + first, count);
-  }
-  if (blank) return true;
+  if (AreRowsBlank(job, job.passRow, job.checkRows)) return true;
   job.passLeftByte = 0;
   job.passBits = job.nLineBits;
   job.passRightByte = job.nLineBits / 8;
   return false;
 }
 
+// The rows stay where they are, the ring's first row moves on. Rows behind the 720 that a band
+// carries on are blank, and so are all from the new band's first on.
 void ShiftPassBuffers(Job& job) {
-  const std::size_t bytes = std::size_t{kShiftRows} * job.lineStride;
-  for (std::uint8_t* buffer : job.Mem.pPassBuffer) {
-    std::memmove(buffer, buffer + std::size_t{job.swathH} * job.lineStride, bytes);
-    std::memset(buffer + std::size_t{job.historyRows} * job.lineStride, 0, bytes);
-  }
+  job.Mem.firstRow = RingIndex(job, job.swathH);
+  const std::uint32_t kept = std::min<std::uint32_t>(kShiftRows, job.historyRows);
+  ClearRows(job, kept, job.Mem.layout.rows - kept);
 }
 
 }  // namespace qrn

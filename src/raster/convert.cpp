@@ -1,7 +1,10 @@
 #include "raster/convert.h"
 
+#include <bit>
+
 #include "params/ink_order.h"
 #include "platform/bytes.h"
+#include "raster/column_modes.h"
 #include "raster/row_converters.h"
 
 namespace qrn {
@@ -12,57 +15,74 @@ constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // lines that a head covers
 using Worker = void (*)(Job&, ConvertParams&);
 
 struct Variant {
-  std::uint8_t passCount;  // 0 = any
-  std::uint16_t colStep;
+  const ColumnMode* mode;
   Worker forward, reverse;
 };
 
-constexpr Variant kDualVariants[] = {
-    {3, kColStep<Dual3>, Dual3Forward, Dual3Reverse},
-    {4, kColStep<Dual4>, Dual4Forward, Dual4Reverse},
-    {6, kColStep<Dual6>, Dual6Forward, Dual6Reverse},
-    {8, kColStep<Dual8>, Dual8Forward, Dual8Reverse},
+constexpr Variant kVariants[] = {
+    {&kDual3, Dual3Forward, Dual3Reverse},    {&kDual4, Dual4Forward, Dual4Reverse},
+    {&kDual6, Dual6Forward, Dual6Reverse},    {&kDual8, Dual8Forward, Dual8Reverse},
+    {&kSingle, SingleForward, SingleReverse},
 };
 
-constexpr Variant kSingleVariant = {0, kColStep<Single>, SingleForward, SingleReverse};
-
-ConvertParams g_params;
-
-void RunWorker(Job& job, const Variant& variant, std::uint8_t* source) {
-  g_params.pLine = source;
-  g_params.nozzleCount = Low16(kNozzles - job.featherRows);
-  g_params.colStep = variant.colStep;
-  (job.passDir == 0 ? variant.forward : variant.reverse)(job, g_params);
+// Enters one row of the colour, bit and column as they were located. A row without a bit has none.
+void EnterRow(const Job& job, ConvertParams& params, std::uint32_t head, std::uint8_t rowBit,
+              std::uint16_t column, std::uint32_t firstRow) {
+  if (rowBit == 0) return;
+  params.firstJet = head - head % 2;
+  params.rows[params.rowCount++] = {Low8(head % 2),
+                                    Low8(static_cast<unsigned>(std::countr_zero(rowBit))),
+                                    job.curColor, column, firstRow};
 }
 
-void ConvertDual(Job& job) {
-  for (const Variant& variant : kDualVariants) {
-    if (variant.passCount != job.passCount) continue;
-    std::uint32_t head = 0;
-    (void)LocateRowsDual(job, &head);  // always 1
-    // PHA prints lines that lie further down the page than PHB's.
-    const std::size_t rows = head == 1 ? 0 : kHeadLines - job.headGapY;
-    RunWorker(job, variant, job.pPassSrc + rows * job.lineStride);
-    return;
-  }
+// Row A prints the first line of every pair of lines, row B the second.
+void ConvertDual(Job& job, ConvertParams& params) {
+  std::uint32_t head = 0;
+  (void)LocateRowsDual(job, &head);  // always 1
+  // PHA prints lines that lie further down the page than PHB's.
+  const std::uint32_t firstRow = job.passRow + (head == 1 ? 0u : kHeadLines - job.headGapY);
+  EnterRow(job, params, head, job.rowBitA, job.rowColA, firstRow);
+  EnterRow(job, params, head, job.rowBitB, job.rowColB, firstRow + 1);
 }
 
-void ConvertSingle(Job& job) {
+// A pass prints every other line. With an odd step the two passes of a phase start on rows of both
+// parities by themselves. With an even one all passes start on even rows: in reverse the first pass
+// of the pair then takes the odd lines, which forward passes never reach.
+void ConvertSingle(Job& job, ConvertParams& params) {
   (void)LocateRowsSingle(job.singleHead, job);  // always 1
-  if (job.rowBitA != 0) RunWorker(job, kSingleVariant, job.pPassSrc);
+  const bool oddLines = job.passDir != 0 && job.passStep % 2 == 0 && job.passIndex % 2 == 0;
+  EnterRow(job, params, job.singleHead, job.rowBitA, job.rowColA,
+           job.passRow + (oddLines ? 1u : 0u));
 }
 
-// Bit, column and output of one row of a colour.
-void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, std::uint32_t head, bool rowA) {
-  const std::uint16_t column = Low16(RowColumn(job, slot) + gap);
+// Bit and column of one row of a colour.
+void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, bool rowA) {
   (rowA ? job.rowBitA : job.rowBitB) = Low8(1u << slot);
-  (rowA ? job.rowColA : job.rowColB) = column;
-  (rowA ? job.pOutA : job.pOutB) = job.PrintOutBuf + std::size_t{kColumnBytes} * column + head;
+  (rowA ? job.rowColA : job.rowColB) = Low16(RowColumn(job, slot) + gap);
 }
 
 }  // namespace
 
-void ConvertColor(Job& job) { job.dualHead == 1 ? ConvertDual(job) : ConvertSingle(job); }
+void ConvertColor(Job& job, ConvertParams& params) {
+  job.dualHead == 1 ? ConvertDual(job, params) : ConvertSingle(job, params);
+}
+
+void RunWorker(Job& job, ConvertParams& params) {
+  const ColumnMode* const mode = ModeOf(job);
+  params.nozzleCount = Low16(kNozzles - job.featherRows);
+  for (const Variant& variant : kVariants) {
+    if (variant.mode == mode) (job.passDir == 0 ? variant.forward : variant.reverse)(job, params);
+  }
+}
+
+const ColumnMode* ModeOf(const Job& job) {
+  if (job.dualHead != 1) return &kSingle;
+  for (const Variant& variant : kVariants) {
+    if (variant.mode != &kSingle && variant.mode->columnPixels == job.passCount)
+      return variant.mode;
+  }
+  return nullptr;
+}
 
 int LocateRowsDual(Job& job, std::uint32_t* head) {
   constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
@@ -78,17 +98,16 @@ int LocateRowsDual(Job& job, std::uint32_t* head) {
   // The head that comes second in the direction of travel fires a head distance later.
   const bool second = (job.passDir == 0) == (*head == 1);
   const std::uint32_t gap = second ? job.headGapX : 0;
-  SetRow(job, rowA % kPlanes, gap, *head, true);
-  SetRow(job, rowB % kPlanes, gap, *head, false);
+  SetRow(job, rowA % kPlanes, gap, true);
+  SetRow(job, rowB % kPlanes, gap, false);
   return 1;
 }
 
 int LocateRowsSingle(std::uint32_t head, Job& job) {
   job.rowBitA = job.rowBitB = 0;
   job.rowColA = job.rowColB = 0;
-  job.pOutA = job.pOutB = job.PrintOutBuf + head;
   for (std::uint32_t slot = 0, found = 0; slot < kPlanes && found < 2; ++slot) {
-    if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, head, found++ == 0);
+    if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, found++ == 0);
   }
   return 1;
 }

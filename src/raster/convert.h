@@ -1,48 +1,45 @@
-// Conversion of one colour of one pass: finds the nozzle rows that carry the colour and runs the
-// worker that fits the heads, the pass count and the direction. Host's thread; there is one
-// ConvertParams, so conversions never run side by side.
-//
-// PrintOutBuf is a sequence of columns of 720 bytes, one firing position of the carriage each:
-//
-//   column:  | plane 0, 360 bytes        | plane 1, 360 bytes        |
-//   plane:   | PHA n0 | PHB n0 | PHA n1 | PHB n1 | ...   n = nozzle 0..179
-//   byte:    bit s = nozzle row s of that head
-//
-// Drop level 2 or 3 sets the bit in plane 0, level 1 or 3 in plane 1.
+// Conversion of one pass: finds the nozzle rows that carry each colour, and runs the worker that
+// fits the heads, the pass count and the direction over all of them. Host's thread.
 #ifndef QRN_RASTER_CONVERT_H_
 #define QRN_RASTER_CONVERT_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include "host/job.h"
 
 namespace qrn {
 
-constexpr std::uint32_t kPlaneBytes = 2 * kNozzles;
-constexpr std::uint32_t kColumnBytes = 2 * kPlaneBytes;
-constexpr std::uint32_t kPixelsPerByte = 4;
-constexpr std::uint32_t kSingleColumnPixels = 3;  // pixels of a column with one head
+// One nozzle row of the pass and the lines that it prints.
+struct PassRow {
+  std::uint8_t head, slot;
+  std::uint8_t plane;      // colour plane
+  std::uint16_t column;    // output column offset
+  std::uint32_t firstRow;  // row of nozzle 0's line; two rows on for each nozzle
+};
+constexpr std::uint32_t kPassRows = 2 * kPlanes;
 
-// Pixels of a line that an output column stands for. Requires: the final pass count.
-constexpr std::uint32_t ColumnPixels(const Job& job) {
-  return job.dualHead == 1 ? job.passCount : kSingleColumnPixels;
-}
-
+// What a worker converts, and where it has written.
 struct ConvertParams {
-  std::uint8_t* pLine;        // first line of the current nozzle pair
-  std::uint8_t* pLine2;       // second line of it
-  std::uint16_t nozzleCount;  // nozzles in front of the feathered ones
-  std::uint16_t colStep;      // bytes of PrintOutBuf from one input group to the next
-  std::uint32_t outOffset;    // first output column of the current group, in bytes
+  PassRow rows[kPassRows];
+  std::uint32_t rowCount;
+  // Byte of a column that nozzle 0 of PHA fires: 0, or 4 when neither head is in use, which prints
+  // two nozzles on.
+  std::uint32_t firstJet;
+  std::uint16_t nozzleCount;       // nozzles in front of the feathered ones
+  std::size_t firstByte, endByte;  // of PrintOutBuf, that have been written
 };
 
-// Converts curColor of the current pass from pPassSrc into PrintOutBuf and clears what it has
-// placed. A two-head pass count other than 3, 4, 6, 8 converts nothing, nor does a colour that the
-// one head in use does not carry.
-void ConvertColor(Job& job);
+// Enters the nozzle rows that print curColor in the current pass. A colour that the one head in use
+// does not carry has none.
+void ConvertColor(Job& job, ConvertParams& params);
 
-// Sets rowBitA/B, rowColA/B and pOutA/B for curColor with two heads, and the head whose bytes both
-// rows use; 1.
+// Runs the worker over all rows that have been entered: their dots go into PrintOutBuf, the pixels
+// out of the pass buffers. A two-head pass count other than 3, 4, 6, 8 converts nothing.
+void RunWorker(Job& job, ConvertParams& params);
+
+// Sets rowBitA/B and rowColA/B for curColor with two heads, and the head whose bytes both rows use;
+// 1.
 int LocateRowsDual(Job& job, std::uint32_t* head);
 
 // The same with one head, whose bytes are those `head` on; a row that the colour does not have gets

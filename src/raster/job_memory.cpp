@@ -1,14 +1,16 @@
 #include "raster/job_memory.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
 #include "platform/bytes.h"
 #include "platform/shared.h"
-#include "raster/convert.h"
+#include "raster/column_modes.h"
+#include "raster/feather_runs.h"
+#include "raster/pass_rows.h"
+#include "raster/print_out.h"
 
 namespace qrn {
 namespace {
@@ -55,6 +57,7 @@ bool Obtain(std::uint8_t** buffer, std::uint64_t bytes) {
 
 void ReleasePassBuffers(Job& job) {
   for (std::uint8_t*& buffer : job.Mem.pPassBuffer) Release(&buffer);
+  Release(&job.Mem.pFeatherRuns);
   job.Mem.passBufBytes = 0;
 }
 
@@ -64,16 +67,29 @@ void ReleaseOutBuffers(Job& job) {
   job.printOutBufSize = 0;
 }
 
-bool ObtainPassBuffers(Job& job, std::uint64_t bytes) {
+// Rows of the layout are up to the end of their runs longer than the lines that the log speaks of.
+bool ObtainPassBuffers(Job& job, std::uint64_t loggedBytes) {
+  const std::uint64_t bytes = PassBufferBytes(job.Mem.layout);
   for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
     if (!Obtain(&job.Mem.pPassBuffer[plane], bytes)) {
       LogPrint("mem: malloc pJob->Mem.pPassBuffer fail %d-%d!", static_cast<int>(plane),
-               static_cast<int>(Low32(bytes)));
+               static_cast<int>(Low32(loggedBytes)));
       return false;
     }
-    std::memset(job.Mem.pPassBuffer[plane], 0, static_cast<std::size_t>(bytes));
   }
   job.Mem.passBufBytes = Low32(bytes);
+  job.Mem.firstRow = 0;
+  ClearRows(job, 0, job.Mem.layout.rows);
+  return true;
+}
+
+// Without feathering there is nothing to obtain.
+bool ObtainFeatherRuns(Job& job) {
+  Release(&job.Mem.pFeatherRuns);
+  const std::size_t bytes = FeatherRunsBytes(job);
+  if (bytes == 0) return true;
+  if (!Obtain(&job.Mem.pFeatherRuns, bytes)) return false;
+  BuildFeatherRuns(job, job.Mem.pFeatherRuns);
   return true;
 }
 
@@ -106,9 +122,10 @@ void ResetQueue(Job& job) {
 void AllocJobMem(Job& job) {
   const Sizes sizes = SizesOf(job);
   // A repeated connect may come with another geometry: what fits is used again.
-  if (job.Mem.passBufBytes != sizes.passBuffer) ReleasePassBuffers(job);
+  job.Mem.layout = LayoutOf(job);
+  if (job.Mem.passBufBytes != PassBufferBytes(job.Mem.layout)) ReleasePassBuffers(job);
   if (job.printOutBufSize != sizes.printOut) ReleaseOutBuffers(job);
-  bool obtained = ObtainPassBuffers(job, sizes.passBuffer);
+  bool obtained = ObtainPassBuffers(job, sizes.passBuffer) && ObtainFeatherRuns(job);
   if (obtained) {
     LogPrint("mem: malloc %d, %d-%d", static_cast<int>(kPlanes),
              static_cast<int>(Low32(sizes.passBuffer)), static_cast<int>(Low32(sizes.printOut)));

@@ -1,12 +1,11 @@
 #include "raster/line_intake.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "diag/job_log.h"
 #include "host/stop_request.h"
-#include "platform/bytes.h"
 #include "raster/band.h"
+#include "raster/pass_rows.h"
 
 namespace qrn {
 namespace {
@@ -31,9 +30,8 @@ bool IsLineUsable(Job& job, std::uint32_t color, std::uint32_t bytes, const std:
 int AddLine(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
   if (job.linesReceived >= job.nHeight) return 1;
   if (!IsLineUsable(job, color, bytes, line)) return 0;
-  const std::size_t row = std::size_t{job.historyRows} + job.bandLine;
-  std::memcpy(job.Mem.pPassBuffer[color] + row * job.lineStride, line,
-              std::min(bytes, job.lineStride));
+  StoreRow(job, color, static_cast<std::uint32_t>(job.historyRows) + job.bandLine, line,
+           std::min(bytes, job.lineStride));
   if (color + 1 != job.nColors) return 1;
   ++job.linesReceived;
   ++job.bandLine;

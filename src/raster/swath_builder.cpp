@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "diag/job_log.h"
 #include "host/stop_request.h"
@@ -64,13 +65,18 @@ bool PutSwath(Job& job) {
   return true;
 }
 
-void CreateSwath(Job& job, Swath& swath) {
-  // The sizes of the job's buffers leave room for every pass; the minimum only guards the buffer's
-  // end.
-  swath.dataSize = Low32(std::min<std::uint64_t>(
+// The sizes of the job's buffers leave room for every pass; the minimum only guards the buffer's
+// end.
+std::uint32_t SwathDataSize(const Job& job) {
+  return Low32(std::min<std::uint64_t>(
       DivUp<std::uint64_t>(job.passDataSize, kSwathUnitBytes) * kSwathUnitBytes,
       job.printOutBufSize));
-  std::memcpy(swath.pSwathData, job.PrintOutBuf, swath.dataSize);
+}
+
+void CreateSwath(Job& job, Swath& swath) {
+  swath.dataSize = SwathDataSize(job);
+  // Both buffers are alike, and the slot's old data have been sent: nothing is copied.
+  std::swap(swath.pSwathData, job.PrintOutBuf);
 
   SwathHeader& header = swath.header;
   SetPositions(job, header);

@@ -5,6 +5,7 @@
 #include "protocol/command.h"
 #include "qrn_driver.h"
 #include "raster/job_memory.h"
+#include "raster/pass_rows.h"
 #include "support/job_fixture.h"
 
 namespace qrn {
@@ -87,8 +88,9 @@ class StreamSlots : public Exports {
   std::string Write(std::uint8_t byte) {
     EXPECT_EQ(1u, WriteRipData(&byte, 1));
     for (std::uint32_t at = 0; at < 8 * 4; ++at) {
-      if (job.Mem.pPassBuffer[at % 8][at / 8 * 4] == byte)
-        return std::to_string(at % 8) + ":" + std::to_string(at / 8);
+      std::uint8_t line[4];
+      LoadRow(job, at % 8, at / 8, line);
+      if (line[0] == byte) return std::to_string(at % 8) + ":" + std::to_string(at / 8);
     }
     return "nowhere";
   }

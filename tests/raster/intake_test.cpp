@@ -8,6 +8,7 @@
 #include "raster/band.h"
 #include "raster/job_memory.h"
 #include "raster/line_intake.h"
+#include "raster/pass_rows.h"
 #include "support/job_fixture.h"
 #include "support/test_seed.h"
 
@@ -42,8 +43,16 @@ class Intake : public JobFixture {
   }
   ~Intake() override { FreeJobMem(job); }
 
-  std::uint8_t* Row(std::uint32_t plane, std::uint32_t row) {
-    return job.Mem.pPassBuffer[plane] + row * job.lineStride;
+  std::vector<std::uint8_t> Row(std::uint32_t plane, std::uint32_t row) {
+    std::vector<std::uint8_t> bytes(job.lineStride);
+    LoadRow(job, plane, row, bytes.data());
+    return bytes;
+  }
+  // Replaces one byte of a row.
+  void SetByte(std::uint32_t plane, std::uint32_t row, std::uint32_t at, std::uint8_t byte) {
+    std::vector<std::uint8_t> bytes = Row(plane, row);
+    bytes[at] = byte;
+    StoreRow(job, plane, row, bytes.data(), job.lineStride);
   }
 
   static constexpr std::uint8_t kOrder[2][8] = {{3, 3, 0, 0, 4, 4, 7, 7}, {1, 1, 5, 5, 2, 2, 6, 6}};
@@ -56,9 +65,9 @@ TEST_F(Intake, StoresLinesInTheBandAndCountsThemByTheLastColour) {
   EXPECT_EQ(1, AddLine(job, 0, 5, line));    // lands in the next row, five bytes of it
   EXPECT_EQ(1, AddLine(job, 7, 100, line));  // more than a line: cut
   EXPECT_EQ(2u, job.linesReceived);
-  EXPECT_EQ(0, std::memcmp(Row(7, 720), line, 12));
-  EXPECT_EQ(0, std::memcmp(Row(0, 721), "\1\2\3\4\5\0\0", 7));
-  EXPECT_EQ(0, std::memcmp(Row(7, 722), blank, 12));
+  EXPECT_EQ(std::vector<std::uint8_t>(line, line + 12), Row(7, 720));
+  EXPECT_EQ((std::vector<std::uint8_t>{1, 2, 3, 4, 5, 0, 0, 0, 0, 0, 0, 0}), Row(0, 721));
+  EXPECT_EQ(std::vector<std::uint8_t>(12), Row(7, 722));
 }
 
 TEST_F(Intake, RefusesUnusableLinesAndLogsTheFirst) {
@@ -90,7 +99,7 @@ TEST_F(Intake, OfAnyOrderStaysWithinTheBuffers) {
 TEST_F(Intake, ShiftMovesOneBandAndClearsTheNext) {
   for (std::uint32_t row = 0; row < 1440; ++row) {
     for (std::uint32_t plane = 0; plane < 8; ++plane) {
-      std::memset(Row(plane, row), static_cast<int>(1 + (row + plane) % 251), job.lineStride);
+      SetByte(plane, row, 11, static_cast<std::uint8_t>(1 + (row + plane) % 251));
     }
   }
   ShiftPassBuffers(job);
@@ -104,13 +113,13 @@ TEST_F(Intake, ShiftMovesOneBandAndClearsTheNext) {
 
 TEST_F(Intake, PassIsBlankOnlyWhenEveryRowItLooksAtIs) {
   job.passRow = 90;
-  Row(2, 89)[11] = 1;
-  Row(2, 90 + 720)[0] = 1;
+  SetByte(2, 89, 11, 1);
+  SetByte(2, 90 + 720, 0, 1);
   EXPECT_TRUE(IsPassBlank(job));
-  Row(5, 90)[0] = 1;
+  SetByte(5, 90, 0, 1);
   EXPECT_FALSE(IsPassBlank(job));
-  Row(5, 90)[0] = 0;
-  Row(7, 809)[11] = 0x40;
+  SetByte(5, 90, 0, 0);
+  SetByte(7, 809, 11, 0x40);
   EXPECT_FALSE(IsPassBlank(job));
   EXPECT_EQ(12u, job.passRightByte);
   EXPECT_EQ(96u, job.passBits);
@@ -132,7 +141,7 @@ TEST_F(Intake, PassHasTheSizeOfImageStaggerAndGap) {
     job.passStep = static_cast<std::uint16_t>(360 / expected.passCount);
     job.headGapX = expected.gap;
     AllocJobMem(job);
-    Row(0, 700)[0] = 0xC0;
+    SetByte(0, 700, 0, 0xC0);
     job.passNo = 0;
     ConvertPass(job);
     EXPECT_EQ(0, job.passEmpty);
@@ -191,7 +200,7 @@ TEST_F(Intake, OfAFinerVerticalResolutionPlacesEveryPixel) {
 
 TEST_F(Intake, MakesNoSwathBeyondTheLimit) {
   job.nSwathLimit = 2;
-  for (int row = 360; row < 720; ++row) std::memset(Row(7, row), 0xFF, 12);
+  for (std::uint32_t row = 360; row < 720; ++row) SetByte(7, row, 3, 0xFF);
   EXPECT_EQ(1, CompleteBand(job));  // four passes with ink
   EXPECT_EQ(2u, job.swathCount);
   EXPECT_EQ(4u, job.passNo);
@@ -203,7 +212,7 @@ TEST_F(Intake, MakesNoSwathBeyondTheLimit) {
 
 TEST_F(Intake, StopsTheBandWhereASwathFails) {
   job.bPrnCancel = 1;
-  Row(7, 500)[0] = 0xFF;
+  SetByte(7, 500, 0, 0xFF);
   EXPECT_EQ(0, CompleteBand(job));
   EXPECT_EQ(1u, job.passNo);
   EXPECT_NE(0, Row(7, 500)[0] & 0x3F);  // not moved

@@ -1,7 +1,9 @@
 #include "raster/job_memory.h"
 
 #include <set>
+#include <vector>
 
+#include "raster/pass_rows.h"
 #include "support/job_fixture.h"
 
 namespace qrn {
@@ -44,17 +46,20 @@ TEST_F(JobMemory, OfARepeatedConnectIsUsedAgainWhenItFitsAndReplacedWhenNot) {
   AllocJobMem(job);
   std::uint8_t* const pass = job.Mem.pPassBuffer[3];
   std::uint8_t* const out = job.PrintOutBuf;
-  pass[0] = 1;
+  const std::uint8_t line[48] = {1};
+  StoreRow(job, 3, 0, line, 48);
+  ASSERT_FALSE(AreRowsBlank(job, 0, 1440));
   job.queueWr = 2;
   AllocJobMem(job);
   EXPECT_EQ(pass, job.Mem.pPassBuffer[3]);
   EXPECT_EQ(out, job.PrintOutBuf);
-  EXPECT_EQ(0, pass[0]);
+  EXPECT_TRUE(AreRowsBlank(job, 0, 1440));
   EXPECT_EQ(0, job.queueWr);
   job.lineStride = 480;
   AllocJobMem(job);
-  job.Mem.pPassBuffer[7][1440 * 480 - 1] =
-      1;  // the address sanitizer sees one that was kept too small
+  // The address sanitizer sees one that was kept too small.
+  const std::vector<std::uint8_t> wide(480, 1);
+  StoreRow(job, 7, 1439, wide.data(), 480);
   job.swathQueue[5].pSwathData[job.printOutBufSize - 1] = 1;
 }
 

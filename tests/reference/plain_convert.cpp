@@ -10,12 +10,13 @@ namespace {
 
 constexpr std::uint32_t kPixelsPerByte = 4, kHeadLines = 2 * kNozzles, kSingleColumnPixels = 3;
 
-// The walk of one nozzle row.
+// The walk of the nozzle rows of one colour.
 struct Walk {
-  std::uint8_t* pLine;        // first line of the current nozzle pair
-  std::uint8_t* pLine2;       // second line of it
-  std::uint16_t nozzleCount;  // nozzles in front of the feathered ones
-  std::uint32_t outOffset;    // first output column of the current group, in bytes
+  std::uint8_t* pLine;          // first line of the current nozzle pair
+  std::uint8_t* pLine2;         // second line of it
+  std::uint8_t *pOutA, *pOutB;  // the byte of the nozzle, plane 0, column 0 of row A and of row B
+  std::uint16_t nozzleCount;    // nozzles in front of the feathered ones
+  std::uint32_t outOffset;      // first output column of the current group, in bytes
 };
 
 // What differs between the modes. A group is the bytes that yield a whole number of columns; it is
@@ -107,25 +108,31 @@ void ConvertNozzle(Job& job, Walk& walk, std::uint32_t feather) {
           kFeathered ? masks[Mode::MaskByte(feather, x, picks[k].byte)] : std::uint8_t{0xFF};
       const std::uint32_t out = kReverse ? walk.outOffset + kReverseLeadBytes - kColumnBytes * k
                                          : walk.outOffset + kColumnBytes * k;
-      MovePixel(walk.pLine + x, picks[k], mask, job.pOutA + out, job.rowBitA);
+      MovePixel(walk.pLine + x, picks[k], mask, walk.pOutA + out, job.rowBitA);
       if constexpr (Mode::kLinesPerNozzle == 2)
-        MovePixel(walk.pLine2 + x, picks[k], mask, job.pOutB + out, job.rowBitB);
+        MovePixel(walk.pLine2 + x, picks[k], mask, walk.pOutB + out, job.rowBitB);
     }
     walk.outOffset += kReverse ? 0u - kColStep : kColStep;
   }
 }
 
 // The next nozzle: two lines further down, one pair of head bytes further on.
-void NextNozzle(Job& job, Walk& walk) {
+void NextNozzle(const Job& job, Walk& walk) {
   walk.pLine += 2 * std::size_t{job.lineStride};
-  job.pOutA += 2;
-  job.pOutB += 2;
+  walk.pOutA += 2;
+  walk.pOutB += 2;
 }
 
 template <class Mode, bool kReverse>
-void ConvertRows(Job& job, std::uint8_t* source) {
+void ConvertRows(Job& job, std::uint32_t head, std::uint8_t* source) {
   if (job.passIndex / Mode::kPassesPerPhase >= Mode::kColumnPixels) return;
-  Walk walk{source, nullptr, static_cast<std::uint16_t>(kNozzles - job.featherRows), 0};
+  std::uint8_t* const out = job.PrintOutBuf + head;
+  Walk walk{source,
+            nullptr,
+            out + std::size_t{kColumnBytes} * job.rowColA,
+            out + std::size_t{kColumnBytes} * job.rowColB,
+            static_cast<std::uint16_t>(kNozzles - job.featherRows),
+            0};
   for (std::uint32_t nozzle = 0; nozzle < walk.nozzleCount; ++nozzle) {
     ConvertNozzle<Mode, kReverse, false>(job, walk, 0);
     NextNozzle(job, walk);
@@ -137,29 +144,30 @@ void ConvertRows(Job& job, std::uint8_t* source) {
 }
 
 template <class Mode>
-void Convert(Job& job, std::uint8_t* source) {
-  job.passDir == 0 ? ConvertRows<Mode, false>(job, source) : ConvertRows<Mode, true>(job, source);
+void Convert(Job& job, std::uint32_t head, std::uint8_t* source) {
+  job.passDir == 0 ? ConvertRows<Mode, false>(job, head, source)
+                   : ConvertRows<Mode, true>(job, head, source);
 }
 
-void ConvertDual(Job& job) {
+void ConvertDual(Job& job, std::uint8_t* source) {
   std::uint32_t head = 0;
   (void)LocateRowsDual(job, &head);  // always 1
   // PHA prints lines that lie further down the page than PHB's.
   const std::size_t rows = head == 1 ? 0 : kHeadLines - job.headGapY;
-  std::uint8_t* const source = job.pPassSrc + rows * job.lineStride;
-  if (job.passCount == 3) Convert<Dual3>(job, source);
-  if (job.passCount == 4) Convert<Dual4>(job, source);
-  if (job.passCount == 6) Convert<Dual6>(job, source);
-  if (job.passCount == 8) Convert<Dual8>(job, source);
+  source += rows * job.lineStride;
+  if (job.passCount == 3) Convert<Dual3>(job, head, source);
+  if (job.passCount == 4) Convert<Dual4>(job, head, source);
+  if (job.passCount == 6) Convert<Dual6>(job, head, source);
+  if (job.passCount == 8) Convert<Dual8>(job, head, source);
 }
 
 // With an even step all passes start on even rows: in reverse, the first pass of a pair then takes
 // the odd lines.
-void ConvertSingle(Job& job) {
+void ConvertSingle(Job& job, std::uint8_t* source) {
   (void)LocateRowsSingle(job.singleHead, job);  // always 1
   if (job.rowBitA == 0) return;
   const bool oddLines = job.passDir == 1 && job.passStep % 2 == 0 && job.passIndex % 2 == 0;
-  Convert<Single>(job, job.pPassSrc + (oddLines ? job.lineStride : 0));
+  Convert<Single>(job, job.singleHead, source + (oddLines ? job.lineStride : 0));
 }
 
 }  // namespace
@@ -168,6 +176,8 @@ std::uint32_t ColumnPixels(const Job& job) {
   return job.dualHead == 1 ? job.passCount : kSingleColumnPixels;
 }
 
-void ConvertColor(Job& job) { job.dualHead == 1 ? ConvertDual(job) : ConvertSingle(job); }
+void ConvertColor(Job& job, std::uint8_t* source) {
+  job.dualHead == 1 ? ConvertDual(job, source) : ConvertSingle(job, source);
+}
 
 }  // namespace qrn::plain

@@ -14,9 +14,9 @@ constexpr std::uint32_t kColumnBytes = 2 * kPlaneBytes;
 // Pixels of a line that an output column stands for.
 std::uint32_t ColumnPixels(const Job& job);
 
-// Moves the dots of curColor from pPassSrc on into PrintOutBuf, whose columns are zero in front of
-// the first colour of a pass.
-void ConvertColor(Job& job);
+// Moves the dots of curColor from `source`, the first row of the pass, on into PrintOutBuf, whose
+// columns are zero in front of the first colour of a pass.
+void ConvertColor(Job& job, std::uint8_t* source);
 
 }  // namespace qrn::plain
 

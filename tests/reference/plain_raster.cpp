@@ -68,8 +68,7 @@ void PlainRaster::ConvertPass() {
 
   for (std::uint8_t color = 0; color < job_.nColors; ++color) {
     job_.curColor = color;
-    job_.pPassSrc = Row(color, job_.passRow);
-    ConvertColor(job_);
+    ConvertColor(job_, Row(color, job_.passRow));
   }
   // The second head fires its last column a head distance behind the first.
   if (job_.dualHead == 1) {

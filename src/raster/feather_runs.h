@@ -1,0 +1,29 @@
+// The job's feather masks, sorted like the runs of a stored row. A mask comes round on every run
+// after 256 bytes at the latest.
+#ifndef QRN_RASTER_FEATHER_RUNS_H_
+#define QRN_RASTER_FEATHER_RUNS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/job.h"
+#include "raster/kernels.h"
+
+namespace qrn {
+
+constexpr std::uint32_t kFeatherPeriodBytes = 256;
+// As much again as a tile reads, so that one that begins within the period can be read in one go.
+constexpr std::uint32_t kFeatherRunBytes = kFeatherPeriodBytes + kStripBytes + 16;
+
+// All phases of all masks of the job. Requires: layout and masks.
+std::size_t FeatherRunsBytes(const Job& job);
+void BuildFeatherRuns(const Job& job, std::uint8_t* runs);
+
+// Mask i over the run of a phase.
+inline const std::uint8_t* FeatherRun(const Job& job, std::uint32_t phase, std::uint32_t i) {
+  return job.Mem.pFeatherRuns + std::size_t{phase * job.featherRows + i} * kFeatherRunBytes;
+}
+
+}  // namespace qrn
+
+#endif  // QRN_RASTER_FEATHER_RUNS_H_

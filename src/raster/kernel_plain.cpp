@@ -1,0 +1,64 @@
+// The kernel for any processor: bit by bit, as the picture in kernels.h says.
+#include <cstring>
+
+#include "raster/kernels.h"
+#include "raster/print_out.h"
+
+namespace qrn {
+namespace {
+
+constexpr std::uint32_t kPixelsPerByte = 4;
+
+void Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors, std::uint8_t* runs,
+          std::size_t runBytes) {
+  for (std::size_t byte = 0; byte < vectors * kVectorBytes; ++byte, line += phases) {
+    for (std::uint32_t phase = 0; phase < phases; ++phase) {
+      unsigned sorted = 0;
+      for (std::uint32_t k = 0; k < kPixelsPerByte; ++k) {
+        const std::uint32_t pixel = k * phases + phase;
+        const unsigned level = line[pixel / 4] >> (6 - 2 * (pixel % 4)) & 3u;
+        sorted |= level << (2 * k);
+      }
+      runs[phase * runBytes + byte] = static_cast<std::uint8_t>(sorted);
+    }
+  }
+}
+
+void Align(const std::uint8_t* const (&runs)[kGroupNozzles], unsigned shift, std::uint8_t* rows,
+           bool add) {
+  for (std::uint32_t nozzle = 0; nozzle < kGroupNozzles; ++nozzle, rows += 2 * kJetBytes) {
+    const std::uint8_t* run = runs[nozzle];
+    if (run == nullptr) continue;
+    for (std::uint32_t i = 0; i < kStripBytes; ++i) {
+      const unsigned pair = run[i] | static_cast<unsigned>(run[i + 1]) << 8;
+      rows[i] = static_cast<std::uint8_t>((add ? rows[i] : 0u) | pair >> shift);
+    }
+  }
+}
+
+// The bit of all eight nozzle rows of a jet as the byte that it fires.
+std::uint8_t JoinRows(const std::uint8_t (&rows)[kJetRows][kStripBytes], std::uint32_t byte,
+                      unsigned bit) {
+  unsigned fired = 0;
+  for (std::uint32_t row = 0; row < kJetRows; ++row) fired |= (rows[row][byte] >> bit & 1u) << row;
+  return static_cast<std::uint8_t>(fired);
+}
+
+void Lay(const JetRows& jets, std::uint32_t firstByte, std::uint32_t nozzles, std::uint32_t columns,
+         std::uint8_t* out, std::ptrdiff_t columnStep) {
+  for (std::uint32_t column = 0; column < columns; ++column, out += columnStep) {
+    const std::uint32_t byte = firstByte + column / kPixelsPerByte;
+    const unsigned bit = 2 * (column % kPixelsPerByte);
+    for (std::uint32_t jet = 0; jet < 2 * nozzles; ++jet) {
+      out[jet] = JoinRows(jets.rows[jet], byte, bit + 1);
+      out[kPlaneBytes + jet] = JoinRows(jets.rows[jet], byte, bit);
+    }
+  }
+}
+
+}  // namespace
+
+extern const Kernel kPlainKernel;
+const Kernel kPlainKernel = {"plain", [] { return true; }, Sort, Align, Lay};
+
+}  // namespace qrn

@@ -1,0 +1,35 @@
+// How the rows of a pass buffer lie in memory. A row holds one line of one colour, its pixels
+// sorted by phase, so that a pass reads one contiguous run of it:
+//
+//   | run of phase 0 | run of phase 1 | ... | rest: host bytes behind the last whole group |
+//
+//   run:  columns x 2 bits, first column in the lowest bits of the first byte, zeros up to a
+//         multiple of 16 bytes
+//
+// Every run is cut into parts of 128 bytes. One mark byte for each part, and one for the rest, says
+// whether it has ink. The marks decide: a run without any, and a rest without, are blank whatever
+// their bytes are. So a row is cleared, and a printed run is taken out, by its marks alone.
+#ifndef QRN_RASTER_ROW_LAYOUT_H_
+#define QRN_RASTER_ROW_LAYOUT_H_
+
+#include <cstdint>
+
+namespace qrn {
+
+constexpr std::uint32_t kPartBytes = 128;
+
+struct RowLayout {
+  std::uint32_t rows;         // of the ring
+  std::uint32_t lineBytes;    // of a line as the host gives it: lineStride
+  std::uint32_t sortedBytes;  // of these, whole groups, sorted
+  std::uint32_t phases;       // 0 = nothing is ever converted
+  std::uint32_t columns;      // of each phase
+  std::uint32_t runBytes;
+  std::uint32_t rowBytes;
+  std::uint32_t parts;  // of each run
+  std::uint32_t marks;  // of a row
+};
+
+}  // namespace qrn
+
+#endif  // QRN_RASTER_ROW_LAYOUT_H_

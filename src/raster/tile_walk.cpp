@@ -1,0 +1,228 @@
+#include "raster/tile_walk.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include "platform/bytes.h"
+#include "raster/feather_runs.h"
+#include "raster/kernels.h"
+#include "raster/pass_rows.h"
+#include "raster/print_out.h"
+
+namespace qrn {
+namespace {
+
+constexpr std::uint32_t kGroups = DivUp(kNozzles, kGroupNozzles);
+constexpr std::uint32_t kStripColumns = 4 * kStripBytes;
+// The columns of a tile, 32 KiB of cache lines, stay in the first cache while its 16 bytes of each
+// are laid group by group.
+constexpr std::uint32_t kTileColumns = 256;
+constexpr std::int32_t kCacheLineBytes = 64;
+static_assert(kStripReadBytes <= kPartBytes + 1, "a strip reads two parts of a run at most");
+
+JetRows g_groups[kGroups];
+const std::uint8_t* g_runs[kGroups][kPassRows][kGroupNozzles];  // null: no ink in the strip
+
+// What a strip reads of the runs of one nozzle row.
+struct Window {
+  std::int32_t byte;        // of the run, the strip's first; may lie in front of the run
+  unsigned shift;           // bits of that byte in front of the strip
+  std::int32_t begin, end;  // what the run has of it; nothing when begin >= end
+  bool whole;
+};
+
+Window WindowAt(const RowLayout& layout, std::int32_t column) {
+  constexpr std::int32_t kRead = kStripReadBytes;
+  Window window{};
+  window.byte = column >> 2;
+  window.shift = 2 * (static_cast<unsigned>(column) % 4);
+  window.begin = std::max(window.byte, 0);
+  window.end = std::min(window.byte + kRead, static_cast<std::int32_t>(layout.runBytes));
+  window.whole = window.end - window.begin == kRead;
+  return window;
+}
+
+class Walk {
+ public:
+  Walk(const Job& job, const ConvertParams& params, const ColumnWalk& columns)
+      : job_(job), layout_(job.Mem.layout), params_(params), columns_(columns) {}
+
+  void Run() {
+    std::memset(g_groups, 0, sizeof g_groups);  // another pass may have had other nozzle rows
+    FindRuns(0);
+    for (std::uint32_t column = 0; column < columns_.columns; column += kStripColumns) {
+      for (std::uint32_t group = 0; group < kGroups; ++group) FillGroup(group);
+      LayStrip(column);
+    }
+  }
+
+ private:
+  // Finds what the strip from `column` on reads, and has it brought into the cache.
+  void FindRuns(std::uint32_t column) {
+    SetWindows(column);
+    for (std::uint32_t group = 0; group < kGroups; ++group) FindRunsOf(group);
+  }
+
+  void SetWindows(std::uint32_t column) {
+    for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
+      const std::int32_t lead = columns_.reverse ? columns_.firstRowColumn - params_.rows[i].column
+                                                 : params_.rows[i].column - columns_.firstRowColumn;
+      windows_[i] = WindowAt(layout_, static_cast<std::int32_t>(column) - lead);
+    }
+  }
+
+  void FindRunsOf(std::uint32_t group) const {
+    const std::uint32_t firstNozzle = group * kGroupNozzles;
+    const std::uint32_t nozzles = std::min(kGroupNozzles, kNozzles - firstNozzle);
+    for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
+      const PassRow& row = params_.rows[i];
+      auto& runs = g_runs[group][i];
+      std::fill(std::begin(runs), std::end(runs), nullptr);
+      const Window& window = windows_[i];
+      if (window.begin >= window.end) continue;
+      const std::uint32_t firstPart = static_cast<std::uint32_t>(window.begin) / kPartBytes;
+      const std::uint32_t lastPart = static_cast<std::uint32_t>(window.end - 1) / kPartBytes;
+      for (std::uint32_t n = 0; n < nozzles; ++n) {
+        const std::uint32_t index = RingIndex(job_, row.firstRow + 2 * (firstNozzle + n));
+        const std::uint8_t* const marks =
+            RowMarks(job_, row.plane, index) + columns_.phase * layout_.parts;
+        if ((marks[firstPart] | marks[lastPart]) == 0) continue;
+        runs[n] = StoredRow(job_, row.plane, index) + columns_.phase * layout_.runBytes;
+        for (std::int32_t at = window.begin; at < window.end; at += kCacheLineBytes)
+          __builtin_prefetch(runs[n] + at);
+      }
+    }
+  }
+
+  void FillGroup(std::uint32_t group) {
+    JetRows& jets = g_groups[group];
+    std::uint8_t filled[2] = {};  // nozzle rows of either head
+    for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
+      const PassRow& row = params_.rows[i];
+      const std::uint8_t bit = Low8(1u << row.slot);
+      const bool add = (filled[row.head] & bit) != 0;  // colours can share a nozzle row
+      filled[row.head] = Low8(filled[row.head] | bit);
+      for (std::uint32_t n = 0; n < kGroupNozzles; ++n) {
+        const std::uint32_t jet = 2 * n + row.head;
+        if (g_runs[group][i][n] != nullptr) {
+          jets.ink[jet] = Low8(jets.ink[jet] | bit);
+        } else if (!add && (jets.ink[jet] & bit) != 0) {
+          jets.ink[jet] = Low8(jets.ink[jet] & ~bit);
+          std::memset(jets.rows[jet][row.slot], 0, kStripBytes);
+        }
+      }
+      AlignRuns(group, i, jets.rows[row.head][row.slot], add);
+    }
+  }
+
+  void AlignRuns(std::uint32_t group, std::uint32_t i, std::uint8_t* rows, bool add) const {
+    const Window& window = windows_[i];
+    const std::uint32_t firstNozzle = group * kGroupNozzles;
+    const bool plain = window.whole && firstNozzle + kGroupNozzles <= params_.nozzleCount;
+    const std::uint8_t* sources[kGroupNozzles];
+    std::uint8_t patches[kGroupNozzles][kStripReadBytes];
+    for (std::uint32_t n = 0; n < kGroupNozzles; ++n) {
+      const std::uint8_t* const run = g_runs[group][i][n];
+      sources[n] = run == nullptr ? nullptr
+                   : plain        ? run + window.byte
+                                  : Patch(firstNozzle + n, run, window, patches[n]);
+    }
+    TheKernel().align(sources, window.shift, rows, add);
+  }
+
+  // What is read of a run that ends in the strip or is feathered, put together aside.
+  const std::uint8_t* Patch(std::uint32_t nozzle, const std::uint8_t* run, const Window& window,
+                            std::uint8_t (&patch)[kStripReadBytes]) const {
+    std::memset(patch, 0, sizeof patch);
+    std::memcpy(patch + (window.begin - window.byte), run + window.begin,
+                static_cast<std::size_t>(window.end - window.begin));
+    if (nozzle >= params_.nozzleCount) {
+      const std::uint8_t* mask = FeatherRun(job_, columns_.phase, nozzle - params_.nozzleCount) +
+                                 static_cast<std::uint32_t>(window.byte) % kFeatherPeriodBytes;
+      for (std::uint32_t i = 0; i < kStripReadBytes; ++i) patch[i] = Low8(patch[i] & mask[i]);
+    }
+    return patch;
+  }
+
+  // While a strip is laid, which takes the processor's time, the runs of the next come in.
+  void LayStrip(std::uint32_t firstColumn) {
+    const std::uint32_t end = std::min(firstColumn + kStripColumns, columns_.columns);
+    SetWindows(firstColumn + kStripColumns);
+    for (std::uint32_t column = firstColumn; column < end; column += kTileColumns) {
+      const std::uint32_t columns = std::min(kTileColumns, end - column);
+      std::uint8_t* const out = ClearTile(column, columns);
+      for (std::uint32_t group = 0; group < kGroups; ++group) {
+        LayGroup(group, (column - firstColumn) / 4, columns, out);
+        if (column == firstColumn) FindRunsOf(group);
+      }
+    }
+  }
+
+  // The tile's first column. To fill whole columns in one go spares the processor to read what is
+  // there before it lays bytes into them, and is all there is to do where nothing is printed.
+  std::uint8_t* ClearTile(std::uint32_t column, std::uint32_t columns) const {
+    const std::size_t at =
+        columns_.reverse ? columns_.firstColumn - column : columns_.firstColumn + column;
+    std::uint8_t* const first = job_.PrintOutBuf + at * kColumnBytes + params_.firstJet;
+    const std::size_t bytes = std::size_t{columns} * kColumnBytes;
+    std::memset(columns_.reverse ? first + kColumnBytes - bytes : first, 0, bytes);
+    return first;
+  }
+
+  void LayGroup(std::uint32_t group, std::uint32_t firstByte, std::uint32_t columns,
+                std::uint8_t* out) const {
+    constexpr std::ptrdiff_t kStep = kColumnBytes;
+    const JetRows& jets = g_groups[group];
+    if (std::all_of(std::begin(jets.ink), std::end(jets.ink), [](auto ink) { return ink == 0; }))
+      return;
+    const std::uint32_t nozzles = std::min(kGroupNozzles, kNozzles - group * kGroupNozzles);
+    TheKernel().lay(jets, firstByte, nozzles, columns, out + kGroupJets * group,
+                    columns_.reverse ? -kStep : kStep);
+  }
+
+  const Job& job_;
+  const RowLayout& layout_;
+  const ConvertParams& params_;
+  const ColumnWalk& columns_;
+  Window windows_[kPassRows] = {};
+};
+
+// Leaves in a run what the mask of a feathered nozzle holds back.
+void KeepHeldBack(const RowLayout& layout, const std::uint8_t* mask, std::uint8_t* run,
+                  std::uint8_t* marks) {
+  for (std::uint32_t part = 0; part < layout.parts; ++part) {
+    if (marks[part] == 0) continue;
+    const std::uint32_t begin = part * kPartBytes;
+    const std::uint32_t end = std::min(begin + kPartBytes, layout.runBytes);
+    const std::uint8_t* const cells = mask + begin % kFeatherPeriodBytes;
+    for (std::uint32_t byte = begin; byte < end; ++byte)
+      run[byte] = Low8(run[byte] & ~cells[byte - begin]);
+  }
+  MarkRun(layout, run, marks);
+}
+
+}  // namespace
+
+void LayColumns(const Job& job, const ConvertParams& params, const ColumnWalk& walk) {
+  Walk(job, params, walk).Run();
+}
+
+void TakeOutPixels(const Job& job, const ConvertParams& params, std::uint32_t phase) {
+  const RowLayout& layout = job.Mem.layout;
+  for (std::uint32_t i = 0; i < params.rowCount; ++i) {
+    const PassRow& row = params.rows[i];
+    for (std::uint32_t nozzle = 0; nozzle < kNozzles; ++nozzle) {
+      const std::uint32_t index = RingIndex(job, row.firstRow + 2 * nozzle);
+      std::uint8_t* const marks = RowMarks(job, row.plane, index) + phase * layout.parts;
+      if (nozzle < params.nozzleCount) {
+        std::memset(marks, 0, layout.parts);
+        continue;
+      }
+      KeepHeldBack(layout, FeatherRun(job, phase, nozzle - params.nozzleCount),
+                   StoredRow(job, row.plane, index) + phase * layout.runBytes, marks);
+    }
+  }
+}
+
+}  // namespace qrn
