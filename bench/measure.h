@@ -1,0 +1,86 @@
+// The clock, medians, and the speeds that memory itself reaches.
+#ifndef QRN_BENCH_MEASURE_H_
+#define QRN_BENCH_MEASURE_H_
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace qrn::bench {
+
+// Ends the run: what was to be measured does not do what the reference does.
+[[noreturn]] void Fail(const std::string& where, const std::string& what);
+
+// Seconds of processor time of this thread.
+double CpuSeconds();
+
+struct Timing {
+  double seconds = 0;  // median
+  double spread = 0;   // third minus first quartile, as a share of the median
+};
+
+class Samples {
+ public:
+  void Add(double seconds) { seconds_.push_back(seconds); }
+  // Whether there are enough: seven, that took a quarter of a second; or three, that took two.
+  bool Enough() const;
+  Timing Result() const;
+
+ private:
+  std::vector<double> seconds_;
+};
+
+template <class Work>
+double SecondsOf(Work work) {
+  const double start = CpuSeconds();
+  work();
+  benchmark::ClobberMemory();
+  return CpuSeconds() - start;
+}
+
+// Times `work` until there are enough samples, with `prepare` in front of each.
+template <class Prepare, class Work>
+Timing Measure(Prepare prepare, Work work) {
+  Samples samples;
+  while (!samples.Enough()) {
+    prepare();
+    samples.Add(SecondsOf(work));
+  }
+  return samples.Result();
+}
+
+// Bytes per second of one thread over as many bytes, measured once a run for each size: read into
+// registers, fill with zeros, copy from one place to another.
+double ReadSpeed(std::size_t bytes);
+double FillSpeed(std::size_t bytes);
+double CopySpeed(std::size_t bytes);
+
+// Registers a measurement that takes its own medians: `run` is called once a repetition and returns
+// what it measured, after it has checked the bytes.
+using Run = Timing (*)(benchmark::State& state);
+template <class Function>
+void Register(const std::string& name, Function run) {
+  benchmark::RegisterBenchmark(name.c_str(),
+                               [run](benchmark::State& state) {
+                                 for (auto _ : state) {
+                                   const Timing timing = run(state);
+                                   state.SetIterationTime(timing.seconds);
+                                   state.counters["spread"] = timing.spread;
+                                 }
+                               })
+      ->UseManualTime()
+      ->Iterations(1)
+      ->Unit(benchmark::kMillisecond);
+}
+
+// One registering function a file.
+void RegisterPasses();
+void RegisterBands();
+void RegisterJobs(double lengthMm);
+void RegisterCopies();
+
+}  // namespace qrn::bench
+
+#endif  // QRN_BENCH_MEASURE_H_
