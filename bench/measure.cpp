@@ -46,7 +46,7 @@ double CpuSeconds() {
 bool Samples::Enough() const {
   const double total = std::accumulate(seconds_.begin(), seconds_.end(), 0.0);
   return (seconds_.size() >= 7 && total >= 0.25) || (seconds_.size() >= 3 && total >= 2) ||
-         seconds_.size() >= 1000;
+         total >= 4 || seconds_.size() >= 1000;
 }
 
 Timing Samples::Result() const {
