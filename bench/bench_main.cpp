@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr double kJobMm = 250;
+constexpr double kComparedMm = 200;
 
 std::string Processor() {
   std::ifstream file("/proc/cpuinfo");
@@ -42,7 +42,7 @@ void AddContext() {
 // Takes --job-mm=LENGTH out of the arguments.
 double TakeJobMm(int* argc, char** argv) {
   constexpr char kOption[] = "--job-mm=";
-  double lengthMm = kJobMm;
+  double lengthMm = kComparedMm;
   int kept = 0;
   for (int i = 0; i < *argc; ++i) {
     if (std::strncmp(argv[i], kOption, sizeof kOption - 1) == 0)

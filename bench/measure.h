@@ -59,8 +59,7 @@ double FillSpeed(std::size_t bytes);
 double CopySpeed(std::size_t bytes);
 
 // Registers a measurement that takes its own medians: `run` is called once a repetition and returns
-// what it measured, after it has checked the bytes.
-using Run = Timing (*)(benchmark::State& state);
+// what it measured, after it has checked the bytes. A Timing(benchmark::State&).
 template <class Function>
 void Register(const std::string& name, Function run) {
   benchmark::RegisterBenchmark(name.c_str(),
@@ -79,7 +78,7 @@ void Register(const std::string& name, Function run) {
 // One registering function a file.
 void RegisterPasses();
 void RegisterBands();
-void RegisterJobs(double lengthMm);
+void RegisterJobs(double comparedMm);
 void RegisterCopies();
 
 }  // namespace qrn::bench

@@ -23,16 +23,21 @@ void Send(const std::uint8_t* message, std::uint32_t bytes, int type) {
 
 }  // namespace
 
-void SendReady(Job& job) {
+std::uint32_t SendReady(Job& job) {
+  std::uint32_t withData = 0;
   while (Swath* swath = QueueGetReady(job)) {
     std::uint8_t packet[kCommandBytes] = {};
     PutU32(packet + kPacketCodeAt, kCmdSwath);
     PutU32(packet + kPacketDataSizeAt, swath->dataSize);
     EncodeSwathHeader(swath->header, packet + kPacketSwathHeaderAt);
     Send(packet, sizeof packet, kTypeCmm);
-    if (swath->dataSize != 0) Send(swath->pSwathData, swath->dataSize, kTypeData);
+    if (swath->dataSize != 0) {
+      Send(swath->pSwathData, swath->dataSize, kTypeData);
+      ++withData;
+    }
     SetSwathState(swath, kSwathFree);
   }
+  return withData;
 }
 
 void ResetSequence(IdlePlatform& system) {
@@ -65,10 +70,6 @@ void StreamHash::Take(const std::uint8_t* data, std::uint32_t bytes) {
     }
     for (; at < bytes; ++at) hash_ = (hash_ ^ data[at]) * kHashFactor;
   });
-  // Every data message starts a write of its own.
-  const std::uint16_t kind = U16(data + offsetof(FrameHeader, kind));
-  const bool starts = kind == CHUNK_FIRST || kind == CHUNK_ONLY;
-  if (starts && U16(data + offsetof(FrameHeader, type)) == kFrameTypeData) ++dataMessages_;
 }
 
 }  // namespace qrn::bench

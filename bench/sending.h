@@ -10,8 +10,9 @@
 
 namespace qrn::bench {
 
-// Sends all that is ready, as one turn of the transmit thread after the other would.
-void SendReady(Job& job);
+// Sends all that is ready, as one turn of the transmit thread after the other would. Returns how
+// many swaths carried data.
+std::uint32_t SendReady(Job& job);
 
 // Numbers the next message 0. It counts all messages of a process, so that two streams are alike
 // only when they start at the same number. Sends one packet.
@@ -26,7 +27,6 @@ class StreamHash {
   StreamHash& operator=(const StreamHash&) = delete;
 
   std::uint64_t Value() const { return hash_; }
-  std::uint32_t DataMessages() const { return dataMessages_; }
   // Processor time that hashing took.
   double Seconds() const { return seconds_; }
 
@@ -35,7 +35,6 @@ class StreamHash {
 
   IdlePlatform& system_;
   std::uint64_t hash_ = 0;
-  std::uint32_t dataMessages_ = 0;
   double seconds_ = 0;
 };
 
