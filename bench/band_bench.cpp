@@ -97,8 +97,9 @@ Timing RunBand(benchmark::State& state, const std::string& name, const JobSpec& 
 
 }  // namespace
 
-void RegisterBands() {
-  for (const JobSpec& mode : kModes) {
+void RegisterBands(const Plan& plan) {
+  for (const JobSpec& whole : kModes) {
+    const JobSpec mode = Scaled(whole, plan.scale);
     for (const int ink : {0, 5, 30, 100}) {
       const std::string name = std::string("band/") + mode.name + "/ink" + std::to_string(ink);
       Register(name, [name, mode, ink](benchmark::State& state) {

@@ -56,11 +56,17 @@ struct JobSpec {
   std::uint32_t height = UINT32_MAX;
 };
 
+// At one metre.
 inline constexpr JobSpec kModes[] = {{"1080dpi", 1080},
                                      {"1440dpi", 1440},
                                      {"1620dpi", 1620},
                                      {"2160dpi", 2160},
                                      {"onehead1080", 1080, true}};
+
+inline JobSpec Scaled(JobSpec spec, double scale) {
+  spec.widthMm *= scale;
+  return spec;
+}
 
 // The one job record, set up for a page of that width, for the life of the object.
 class BenchJob {

@@ -1,8 +1,8 @@
-// qrn_bench [--job-mm=LENGTH] [options of Google Benchmark]
+// qrn_bench [--job-mm=LENGTH | --quick] [options of Google Benchmark]
 //
 // Measures the library's work against the plain raster and against the memory of the same machine,
 // in the same run. Every measurement first checks the bytes; a difference ends the run with exit
-// code 1.
+// code 1. --quick does all of it on pages as wide as a thumb, once: the checks without the numbers.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -13,8 +13,6 @@
 #include "bench/measure.h"
 
 namespace {
-
-constexpr double kComparedMm = 200;
 
 std::string Processor() {
   std::ifstream file("/proc/cpuinfo");
@@ -39,32 +37,36 @@ void AddContext() {
 #endif
 }
 
-// Takes --job-mm=LENGTH out of the arguments.
-double TakeJobMm(int* argc, char** argv) {
-  constexpr char kOption[] = "--job-mm=";
-  double lengthMm = kComparedMm;
+// Takes the program's own options out of the arguments.
+qrn::bench::Plan TakePlan(int* argc, char** argv) {
+  constexpr char kJobMm[] = "--job-mm=";
+  qrn::bench::Plan plan;
   int kept = 0;
   for (int i = 0; i < *argc; ++i) {
-    if (std::strncmp(argv[i], kOption, sizeof kOption - 1) == 0)
-      lengthMm = std::atof(argv[i] + sizeof kOption - 1);
-    else
+    if (std::strncmp(argv[i], kJobMm, sizeof kJobMm - 1) == 0) {
+      plan.comparedMm = std::atof(argv[i] + sizeof kJobMm - 1);
+    } else if (std::strcmp(argv[i], "--quick") == 0) {
+      plan = qrn::bench::kQuickPlan;
+      qrn::bench::TakeSingleSamples();
+    } else {
       argv[kept++] = argv[i];
+    }
   }
   *argc = kept;
-  return lengthMm;
+  return plan;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const double jobMm = TakeJobMm(&argc, argv);
+  const qrn::bench::Plan plan = TakePlan(&argc, argv);
   benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv) || jobMm < 1) return 2;
+  if (benchmark::ReportUnrecognizedArguments(argc, argv) || plan.comparedMm < 1) return 2;
   AddContext();
-  qrn::bench::RegisterCopies();
-  qrn::bench::RegisterPasses();
-  qrn::bench::RegisterBands();
-  qrn::bench::RegisterJobs(jobMm);
+  qrn::bench::RegisterCopies(plan);
+  qrn::bench::RegisterPasses(plan);
+  qrn::bench::RegisterBands(plan);
+  qrn::bench::RegisterJobs(plan);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
 }

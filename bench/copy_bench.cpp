@@ -18,7 +18,7 @@ namespace {
 
 using plain::PlainRaster;
 
-constexpr std::uint32_t kFramedBytes = 13'472'000;  // two heads, one metre, 1440 dpi
+constexpr std::uint32_t kSwathBytes = 13'472'000;  // two heads, one metre, 1440 dpi
 
 void SetSpeeds(benchmark::State& state, std::size_t bytes, const Timing& timing,
                const Timing& copy) {
@@ -53,20 +53,20 @@ void CheckFrames(IdlePlatform& system, const std::vector<std::uint8_t>& swath) {
 }
 
 // From a swath to the bulk writes, the slots of the queue in turn.
-Timing Frame(benchmark::State& state) {
+Timing Frame(benchmark::State& state, std::size_t bytes) {
   IdlePlatform system;
   std::vector<std::vector<std::uint8_t>> slots, targets;
   for (std::uint32_t slot = 0; slot < kSwathSlots; ++slot) {
-    slots.push_back(RandomBytes(kFramedBytes, slot));
-    targets.emplace_back(kFramedBytes, std::uint8_t{1});
+    slots.push_back(RandomBytes(bytes, slot));
+    targets.emplace_back(bytes, std::uint8_t{1});
   }
   CheckFrames(system, slots[0]);
   std::size_t turn = 0;
   const auto next = [&turn] { turn = (turn + 1) % kSwathSlots; };
   const Timing copy =
-      Measure(next, [&] { std::memcpy(targets[turn].data(), slots[turn].data(), kFramedBytes); });
+      Measure(next, [&] { std::memcpy(targets[turn].data(), slots[turn].data(), bytes); });
   const Timing timing = Measure(next, [&] { SendData(slots[turn]); });
-  SetSpeeds(state, kFramedBytes, timing, copy);
+  SetSpeeds(state, bytes, timing, copy);
   return timing;
 }
 
@@ -116,15 +116,18 @@ void RegisterMemory(const std::string& name, std::size_t bytes, Speed speed) {
 
 }  // namespace
 
-void RegisterCopies() {
+void RegisterCopies(const Plan& plan) {
   // A line, a swath, and the lines of a pass, at 1440 dpi and one metre.
-  for (const std::size_t bytes : {14'176u, kFramedBytes, 40'826'880u}) {
+  for (const std::size_t bytes : {14'176u, kSwathBytes, 40'826'880u}) {
     RegisterMemory("read", bytes, ReadSpeed);
     RegisterMemory("fill", bytes, FillSpeed);
     RegisterMemory("copy", bytes, CopySpeed);
   }
-  Register("framing", [](benchmark::State& state) { return Frame(state); });
-  for (const JobSpec& mode : kModes) {
+  const auto framed = static_cast<std::size_t>(kSwathBytes * plan.scale) / kSwathUnitBytes;
+  Register("framing",
+           [framed](benchmark::State& state) { return Frame(state, framed * kSwathUnitBytes); });
+  for (const JobSpec& whole : kModes) {
+    const JobSpec mode = Scaled(whole, plan.scale);
     const std::string name = std::string("intake/") + mode.name;
     Register(name, [name, mode](benchmark::State& state) { return TakeIn(state, name, mode); });
   }

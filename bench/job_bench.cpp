@@ -171,7 +171,7 @@ Timing RunJob(benchmark::State& state, const std::string& name, const JobCase& o
   state.counters["of_sweeps"] = SweepSeconds(job, timing.sweeps) / seconds;
   state.counters["of_limit"] = timing.sweeps.printingPasses * LeastSeconds(job) / seconds;
   const std::uint32_t bands = job.nHeight / job.swathH;  // while lines come in
-  state.counters["ms_per_band"] = 1e3 * timing.linesSeconds / bands;
+  if (bands > 0) state.counters["ms_per_band"] = 1e3 * timing.linesSeconds / bands;
   return timing.total;
 }
 
@@ -181,15 +181,16 @@ void RegisterJob(const std::string& name, const JobCase& one) {
 
 }  // namespace
 
-void RegisterJobs(double comparedMm) {
+void RegisterJobs(const Plan& plan) {
   for (const JobSpec& mode : kModes) {
-    if (!mode.oneHead)
-      RegisterJob(std::string("job/") + mode.name, {mode, comparedMm, kMmPerMetre});
+    if (mode.oneHead) continue;
+    RegisterJob(std::string("job/") + mode.name,
+                {Scaled(mode, plan.scale), plan.comparedMm, plan.pageMm});
   }
+  const JobSpec narrow{"1440dpi", 1440, false, 200 * plan.scale};
   for (const int lengthMm : {200, 400, 800}) {
-    const JobSpec narrow{"1440dpi", 1440, false, 200};
-    RegisterJob("length/" + std::to_string(lengthMm) + "mm",
-                {narrow, 1.0 * lengthMm, 1.0 * lengthMm});
+    const double mm = lengthMm * plan.pageMm / kMmPerMetre;
+    RegisterJob("length/" + std::to_string(lengthMm) + "mm", {narrow, mm, mm});
   }
 }
 

@@ -75,11 +75,21 @@ void Register(const std::string& name, Function run) {
       ->Unit(benchmark::kMillisecond);
 }
 
+// How much of it.
+struct Plan {
+  double scale = 1;         // of every width
+  double comparedMm = 200;  // length of the jobs that run beside the plain raster
+  double pageMm = 1000;     // length of the jobs that are told about
+};
+constexpr Plan kQuickPlan = {0.02, 30, 40};
+// From now on one sample of each is enough: the bytes are what matters.
+void TakeSingleSamples();
+
 // One registering function a file.
-void RegisterPasses();
-void RegisterBands();
-void RegisterJobs(double comparedMm);
-void RegisterCopies();
+void RegisterPasses(const Plan& plan);
+void RegisterBands(const Plan& plan);
+void RegisterJobs(const Plan& plan);
+void RegisterCopies(const Plan& plan);
 
 }  // namespace qrn::bench
 

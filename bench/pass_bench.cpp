@@ -82,8 +82,9 @@ void RegisterPass(const std::string& name, const PassCase& one) {
 
 }  // namespace
 
-void RegisterPasses() {
-  for (const JobSpec& mode : kModes) {
+void RegisterPasses(const Plan& plan) {
+  for (const JobSpec& whole : kModes) {
+    const JobSpec mode = Scaled(whole, plan.scale);
     const std::string pass = std::string("pass/") + mode.name;
     RegisterPass(pass + "/ink0", {mode, 0, false});  // a blank pass has no direction
     for (const int ink : {5, 30, 100}) {
@@ -92,8 +93,7 @@ void RegisterPasses() {
     }
   }
   for (const int widthMm : {100, 200, 500, 1000, 2000}) {
-    JobSpec spec{"1440dpi", 1440};
-    spec.widthMm = widthMm;
+    const JobSpec spec{"1440dpi", 1440, false, widthMm * plan.scale};
     RegisterPass("width/" + std::to_string(widthMm) + "mm", {spec, 30, false});
   }
 }
