@@ -4,11 +4,11 @@
 
 #include "bench/bench_job.h"
 #include "bench/check.h"
-#include "bench/core_steps.h"
 #include "bench/limits.h"
 #include "bench/measure.h"
 #include "params/printer_params.h"
 #include "raster/line_intake.h"
+#include "reference/core_steps.h"
 
 namespace qrn::bench {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#include "bench/core_steps.h"
 #include "bench/measure.h"
+#include "reference/core_steps.h"
 
 namespace qrn::bench {
 

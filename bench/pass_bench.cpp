@@ -5,9 +5,9 @@
 
 #include "bench/bench_job.h"
 #include "bench/check.h"
-#include "bench/core_steps.h"
 #include "bench/limits.h"
 #include "bench/measure.h"
+#include "reference/core_steps.h"
 
 namespace qrn::bench {
 namespace {

@@ -1,9 +1,9 @@
-// What the measurements ask of the raster beside its own calls: rows of the pass buffers as the
-// host sees them, and one pass as RunPasses makes it, without the swath.
+// What comparisons with the plain raster ask of the core's beside its own calls: rows of the pass
+// buffers as the host sees them, and one pass as RunPasses makes it, without the swath.
 // STAND-IN: written for rows that lie in the buffers as the host gave them; the only place to
 // change when they no longer do.
-#ifndef QRN_BENCH_CORE_STEPS_H_
-#define QRN_BENCH_CORE_STEPS_H_
+#ifndef QRN_TESTS_REFERENCE_CORE_STEPS_H_
+#define QRN_TESTS_REFERENCE_CORE_STEPS_H_
 
 #include <algorithm>
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include "host/job.h"
 #include "raster/band.h"
 
-namespace qrn::bench {
+namespace qrn {
 
 inline void PutRow(Job& job, std::uint32_t plane, std::uint32_t row, const std::uint8_t* line,
                    std::uint32_t bytes) {
@@ -32,6 +32,6 @@ inline void RunPass(Job& job) {
   ++job.passNo;
 }
 
-}  // namespace qrn::bench
+}  // namespace qrn
 
-#endif  // QRN_BENCH_CORE_STEPS_H_
+#endif  // QRN_TESTS_REFERENCE_CORE_STEPS_H_
