@@ -21,7 +21,7 @@ double SpeedOnce(std::map<std::size_t, double>& known, std::size_t bytes, Work w
   const auto found = known.find(bytes);
   if (found != known.end()) return found->second;
   // Small sizes several times over, so that a sample is long against the clock.
-  const std::size_t times = 1 + (std::size_t{1} << 20) / (bytes + 1);
+  const std::size_t times = 1 + (std::size_t{16} << 20) / (bytes + 1);
   const Timing timing = Measure([] {},
                                 [&] {
                                   for (std::size_t i = 0; i < times; ++i) {
@@ -51,7 +51,7 @@ bool Samples::Enough() const {
   if (g_singleSamples && !seconds_.empty()) return true;
   const double total = std::accumulate(seconds_.begin(), seconds_.end(), 0.0);
   return (seconds_.size() >= 7 && total >= 0.25) || (seconds_.size() >= 3 && total >= 2) ||
-         total >= 4 || seconds_.size() >= 1000;
+         total >= 4 || seconds_.size() >= 21;
 }
 
 Timing Samples::Result() const {

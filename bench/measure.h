@@ -24,7 +24,7 @@ struct Timing {
 class Samples {
  public:
   void Add(double seconds) { seconds_.push_back(seconds); }
-  // Whether there are enough: seven, that took a quarter of a second; three, that took two; or
+  // Whether there are enough: 21; seven that took a quarter of a second; three that took two; or
   // what took four.
   bool Enough() const;
   Timing Result() const;
