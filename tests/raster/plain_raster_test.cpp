@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ostream>
 #include <random>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct Mode {
   std::uint16_t resolution;
   sim::Heads heads;
 };
+void PrintTo(const Mode& mode, std::ostream* out) { *out << mode.name; }
 
 struct Draw {
   std::uint32_t lineBytes;
