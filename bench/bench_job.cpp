@@ -1,13 +1,11 @@
 #include "bench/bench_job.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 #include <random>
 
+#include "bench/measure.h"
 #include "params/printer_params.h"
 #include "raster/job_memory.h"
-#include "raster/pass_rows.h"
 
 namespace qrn::bench {
 namespace {
@@ -32,13 +30,14 @@ BenchJob::BenchJob(const JobSpec& spec) : job_(GetJob()) {
   job_.nSwathLimit = UINT32_MAX;
   job_.nResX = static_cast<std::uint16_t>(spec.resolution);
   job_.nResY = kResY;
-  job_.nHeight = UINT32_MAX;
+  job_.nHeight = spec.height;
   job_.nLineBits = width * kBitsPerPixel;
   job_.nBitsPerPixel = kBitsPerPixel;
   job_.nColors = kPlanes;
   const auto block = sim::ParameterBlock(machine);
-  if (!ParsePrinterParams(job_, block.data(), static_cast<std::uint32_t>(block.size())))
-    std::abort();
+  const auto bytes = static_cast<std::uint32_t>(block.size());
+  if (!ParsePrinterParams(job_, block.data(), bytes) || job_.PrintOutBuf == nullptr)
+    Fail(spec.name, "no job could be set up");
 }
 
 BenchJob::~BenchJob() {
@@ -46,10 +45,17 @@ BenchJob::~BenchJob() {
   job_ = Job{};
 }
 
-std::vector<std::vector<std::uint8_t>> InkLines(std::size_t count, std::size_t lineBytes,
-                                                int percent) {
+void BenchJob::Restart() {
+  job_.swathCount = job_.passNo = job_.emptyPasses = job_.linesReceived = job_.feedLine = 0;
+  job_.bandLine = 0;
+  job_.passDir = job_.swathStarted = job_.queueStarted = 0;
+  job_.pPendingSwath = nullptr;
+  AllocJobMem(job_);
+}
+
+Lines InkLines(std::size_t count, std::size_t lineBytes, int percent) {
   std::mt19937 random(1);
-  std::vector<std::vector<std::uint8_t>> lines(count, std::vector<std::uint8_t>(lineBytes));
+  Lines lines(count, std::vector<std::uint8_t>(lineBytes));
   for (auto& line : lines) {
     for (std::size_t pixel = 0; pixel < 4 * lineBytes; ++pixel) {
       if (random() % 100 >= static_cast<unsigned>(percent)) continue;
@@ -60,13 +66,8 @@ std::vector<std::vector<std::uint8_t>> InkLines(std::size_t count, std::size_t l
   return lines;
 }
 
-void FillPassBuffers(Job& job, const std::vector<std::vector<std::uint8_t>>& lines) {
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
-    for (std::uint32_t row = 0; row < job.Mem.layout.rows; ++row) {
-      const auto& line = lines[(row + 7 * plane) % lines.size()];
-      StoreRow(job, plane, row, line.data(), static_cast<std::uint32_t>(line.size()));
-    }
-  }
+std::uint32_t LinesOfMm(double mm) {
+  return static_cast<std::uint32_t>(std::lround(mm / kMmPerInch * kResY));
 }
 
 }  // namespace qrn::bench

@@ -1,78 +1,136 @@
-// What only moves bytes, and the memory limits that it is held against: line intake and framing, a
-// plain copy, fill and read of the same sizes.
-#include <benchmark/benchmark.h>
-
+// What only moves bytes, beside a plain copy of the same bytes between the same kinds of places:
+// line intake and framing; and the speeds that memory itself reaches.
 #include <cstring>
-#include <numeric>
+#include <random>
+#include <string>
 #include <vector>
 
 #include "bench/bench_job.h"
+#include "bench/check.h"
+#include "bench/measure.h"
 #include "link/frame.h"
 #include "link/transport.h"
 #include "raster/line_intake.h"
+#include "sim/wire.h"
 
+namespace qrn::bench {
 namespace {
 
-using namespace qrn;
+using plain::PlainRaster;
 
-constexpr std::size_t kSwathBytes = 13'472'000;  // two heads, one metre, 1440 dpi
-constexpr std::size_t kLineBytes = 14'176;
+constexpr std::uint32_t kSwathBytes = 13'472'000;  // two heads, one metre, 1440 dpi
 
-void Copy(benchmark::State& state) {
-  const auto bytes = static_cast<std::size_t>(state.range(0));
-  const std::vector<std::uint8_t> from(bytes, 1);
-  std::vector<std::uint8_t> to(bytes);
-  for (auto _ : state) {
-    std::memcpy(to.data(), from.data(), bytes);
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+void SetSpeeds(benchmark::State& state, std::size_t bytes, const Timing& timing,
+               const Timing& copy) {
+  state.counters["GB_per_s"] = 1e-9 * static_cast<double>(bytes) / timing.seconds;
+  state.counters["copy_GB_per_s"] = 1e-9 * static_cast<double>(bytes) / copy.seconds;
+  state.counters["of_copy"] = copy.seconds / timing.seconds;
 }
 
-void Fill(benchmark::State& state) {
-  std::vector<std::uint8_t> to(static_cast<std::size_t>(state.range(0)));
-  for (auto _ : state) {
-    std::memset(to.data(), 0, to.size());
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(state.range(0) * state.iterations());
+std::vector<std::uint8_t> RandomBytes(std::size_t bytes, std::uint32_t seed) {
+  std::mt19937 random(seed);
+  std::vector<std::uint8_t> all(bytes);
+  for (std::uint8_t& byte : all) byte = static_cast<std::uint8_t>(random());
+  return all;
 }
 
-void Read(benchmark::State& state) {
-  const std::vector<std::uint64_t> from(static_cast<std::size_t>(state.range(0)) / 8, 1);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::accumulate(from.begin(), from.end(), std::uint64_t{0}));
-  }
-  state.SetBytesProcessed(state.range(0) * state.iterations());
+void SendData(const std::vector<std::uint8_t>& swath) {
+  if (LinkSend(1, swath.data(), static_cast<std::uint32_t>(swath.size()), kTypeData) != 1)
+    Fail("framing", "not sent");
 }
 
-// Everything between a swath and the bulk writes.
-void Frame(benchmark::State& state) {
-  bench::IdlePlatform platform;
-  const std::vector<std::uint8_t> swath(kSwathBytes, 0x5A);
-  for (auto _ : state) {
-    if (LinkSend(1, swath.data(), kSwathBytes, kTypeData) != 1) state.SkipWithError("not sent");
-  }
-  state.SetBytesProcessed(static_cast<std::int64_t>(kSwathBytes) * state.iterations());
+// The strict receiver takes the frames apart again.
+void CheckFrames(IdlePlatform& system, const std::vector<std::uint8_t>& swath) {
+  sim::WireReceiver receiver;
+  std::vector<sim::WireMessage> messages;
+  system.onWrite = [&](const std::uint8_t* data, std::uint32_t bytes) {
+    receiver.Take(data, bytes, &messages);
+  };
+  SendData(swath);
+  system.onWrite = nullptr;
+  if (!receiver.Violation().empty()) Fail("framing", receiver.Violation());
+  if (messages.size() != 1 || messages[0].bytes != swath) Fail("framing", "other bytes went out");
 }
 
-// Lines of a band, all planes, without the passes that the last one sets off.
-void Intake(benchmark::State& state) {
-  bench::BenchJob bench({1440});
+// From a swath to the bulk writes, the slots of the queue in turn.
+Timing Frame(benchmark::State& state, std::size_t bytes) {
+  IdlePlatform system;
+  std::vector<std::vector<std::uint8_t>> slots, targets;
+  for (std::uint32_t slot = 0; slot < kSwathSlots; ++slot) {
+    slots.push_back(RandomBytes(bytes, slot));
+    targets.emplace_back(bytes, std::uint8_t{1});
+  }
+  CheckFrames(system, slots[0]);
+  std::size_t turn = 0;
+  const auto next = [&turn] { turn = (turn + 1) % kSwathSlots; };
+  const Timing copy =
+      Measure(next, [&] { std::memcpy(targets[turn].data(), slots[turn].data(), bytes); });
+  const Timing timing = Measure(next, [&] { SendData(slots[turn]); });
+  SetSpeeds(state, bytes, timing, copy);
+  return timing;
+}
+
+// The lines of a band but the last, which would set off the passes. No two are the same bytes in
+// memory, and a band of them is more than the second-level cache holds.
+Timing TakeIn(benchmark::State& state, const std::string& name, const JobSpec& mode) {
+  BenchJob bench(mode);
   Job& job = bench.Record();
-  const std::vector<std::uint8_t> line(kLineBytes, 0x5A);
-  for (auto _ : state) {
-    for (std::uint32_t color = 0; color < kPlanes; ++color)
-      AddLine(job, color, kLineBytes, line.data());
-    if (job.bandLine + 1u == job.swathH) job.bandLine = 0;
-  }
-  state.SetBytesProcessed(static_cast<std::int64_t>(kLineBytes * kPlanes) * state.iterations());
+  PlainRaster plain(job);
+  const std::uint32_t bytes = bench.LineBytes(), lineCount = job.swathH - 1u;
+  const auto image = RandomBytes(std::size_t{lineCount} * kPlanes * bytes, 1);
+  const auto eachLine = [&](auto&& use) {
+    const std::uint8_t* source = image.data();
+    for (std::uint32_t line = 0; line < lineCount; ++line) {
+      for (std::uint32_t plane = 0; plane < kPlanes; ++plane, source += bytes)
+        use(plane, line, source);
+    }
+  };
+  const auto take = [&] {
+    job.bandLine = 0;
+    eachLine([&](std::uint32_t plane, std::uint32_t, const std::uint8_t* source) {
+      (void)AddLine(job, plane, bytes, source);  // every line is usable
+    });
+  };
+  const auto copy = [&] {
+    eachLine([&](std::uint32_t plane, std::uint32_t line, const std::uint8_t* source) {
+      std::memcpy(plain.Row(plane, std::uint32_t{job.historyRows} + line), source, bytes);
+    });
+  };
+  take();
+  copy();
+  CheckRows(name, job, plain);
+  const Timing copying = Measure([] {}, copy);
+  const Timing timing = Measure([] {}, take);
+  SetSpeeds(state, image.size(), timing, copying);
+  return timing;
 }
 
-BENCHMARK(Copy)->Name("memory/copy")->Arg(kLineBytes)->Arg(kSwathBytes);
-BENCHMARK(Fill)->Name("memory/fill")->Arg(kSwathBytes);
-BENCHMARK(Read)->Name("memory/read")->Arg(kSwathBytes);
-BENCHMARK(Frame)->Name("framing");
-BENCHMARK(Intake)->Name("intake");
+template <class Speed>
+void RegisterMemory(const std::string& name, std::size_t bytes, Speed speed) {
+  Register("memory/" + name + "/" + std::to_string(bytes), [=](benchmark::State& state) {
+    const double bytesPerSecond = speed(bytes);
+    state.counters["GB_per_s"] = 1e-9 * bytesPerSecond;
+    return Timing{static_cast<double>(bytes) / bytesPerSecond, 0};
+  });
+}
 
 }  // namespace
+
+void RegisterCopies(const Plan& plan) {
+  // A line, a swath, and the lines of a pass, at 1440 dpi and one metre.
+  for (const std::size_t bytes : {14'176u, kSwathBytes, 40'826'880u}) {
+    RegisterMemory("read", bytes, ReadSpeed);
+    RegisterMemory("fill", bytes, FillSpeed);
+    RegisterMemory("copy", bytes, CopySpeed);
+  }
+  const auto framed = static_cast<std::size_t>(kSwathBytes * plan.scale) / kSwathUnitBytes;
+  Register("framing",
+           [framed](benchmark::State& state) { return Frame(state, framed * kSwathUnitBytes); });
+  for (const JobSpec& whole : kModes) {
+    const JobSpec mode = Scaled(whole, plan.scale);
+    const std::string name = std::string("intake/") + mode.name;
+    Register(name, [name, mode](benchmark::State& state) { return TakeIn(state, name, mode); });
+  }
+}
+
+}  // namespace qrn::bench

@@ -1,65 +1,101 @@
-// One pass of a page of one metre: cleared, converted, for every mode, direction and amount of ink.
-// Bytes per second are those that the pass must move at least: each byte of its rows read once,
-// each byte of its columns written once.
-#include <benchmark/benchmark.h>
-
-#include <chrono>
+// One pass: cleared, converted, for every mode, direction and amount of ink; and over widths.
+#include <algorithm>
 #include <cstring>
+#include <string>
 
 #include "bench/bench_job.h"
-#include "raster/band.h"
+#include "bench/check.h"
+#include "bench/limits.h"
+#include "bench/measure.h"
+#include "raster/pass_rows.h"
 
+namespace qrn::bench {
 namespace {
 
-using namespace qrn;
+using plain::PlainRaster;
 
-constexpr std::size_t kDifferentLines = 61;
-
-struct Mode {
-  const char* name;
-  bench::JobSpec spec;
-};
-constexpr Mode kModes[] = {
-    {"1080dpi", {1080}}, {"1440dpi", {1440}},           {"1620dpi", {1620}},
-    {"2160dpi", {2160}}, {"onehead1080", {1080, true}},
-};
-
-void ConvertOnePass(benchmark::State& state, const Mode& mode, bool reverse, int inkPercent) {
-  bench::BenchJob bench(mode.spec);
-  Job& job = bench.Record();
-  const auto lines = bench::InkLines(kDifferentLines, job.nLineBits / 8, inkPercent);
-  std::size_t bytes = 0;
-  for (auto _ : state) {
-    bench::FillPassBuffers(job, lines);  // what the pass before has cleared
-    job.passNo = 0;
-    job.passDir = reverse ? 1 : 0;
-    const auto start = std::chrono::steady_clock::now();
-    ConvertPass(job);
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(took.count());
-    benchmark::DoNotOptimize(job.PrintOutBuf[0]);
-    benchmark::ClobberMemory();
-    const std::size_t rowBytes = std::size_t{job.checkRows} * job.lineStride * kPlanes;
-    bytes += rowBytes + (job.passEmpty == 0 ? job.passDataSize : 0);
+void FillRows(Job& job, const Lines& lines, std::uint32_t rows) {
+  const auto bytes = static_cast<std::uint32_t>(lines[0].size());
+  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    for (std::uint32_t row = 0; row < rows; ++row)
+      StoreRow(job, plane, row, LineOf(lines, plane, row), bytes);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
 }
 
-const bool kRegistered = [] {
-  for (const Mode& mode : kModes) {
-    for (const int ink : {0, 5, 30, 100}) {
-      for (const bool reverse : {false, true}) {
-        if (ink == 0 && reverse) continue;  // a blank pass has no direction
-        const std::string name = std::string("pass/") + mode.name + "/ink" + std::to_string(ink) +
-                                 (reverse ? "/reverse" : "/forward");
-        benchmark::RegisterBenchmark(name.c_str(), ConvertOnePass, mode, reverse, ink)
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond)
-            ->MinTime(0.2);
-      }
-    }
+// The passes of a band in both, side by side, compared pass by pass. Returns the plain one's time
+// for a pass; for a blank one that of the byte-by-byte search alone.
+Timing CheckPasses(const std::string& where, Job& job, const Lines& lines, std::uint8_t dir) {
+  PlainRaster plain(job);
+  FillRows(job, lines, plain.Rows());
+  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    for (std::uint32_t row = 0; row < plain.Rows(); ++row)
+      std::memcpy(plain.Row(plane, row), LineOf(lines, plane, row), lines[0].size());
   }
-  return true;
-}();
+  Samples samples, blankSamples;
+  job.passDir = plain.Record().passDir = dir;
+  for (std::uint32_t pass = 0; pass < job.passCount; ++pass) {
+    samples.Add(SecondsOf([&plain] { plain.ConvertPass(); }));
+    ++plain.Record().passNo;
+    RunPass(job);
+    CheckPass(where, job, plain);
+    if (job.passEmpty == 0) continue;
+    bool blank = false;
+    blankSamples.Add(SecondsOf([&] { blank = plain.IsPassBlankByteByByte(); }));
+    if (!blank) Fail(where, "two answers to whether the pass is blank");
+  }
+  CheckRows(where, job, plain);
+  return job.passEmpty == 1 ? blankSamples.Result() : samples.Result();
+}
+
+struct PassCase {
+  JobSpec spec;
+  int inkPercent;
+  bool reverse;
+};
+
+Timing ConvertOnePass(benchmark::State& state, const std::string& name, const PassCase& one) {
+  BenchJob bench(one.spec);
+  Job& job = bench.Record();
+  const Lines lines = InkLines(kDifferentLines, bench.LineBytes(), one.inkPercent);
+  const std::uint8_t dir = one.reverse ? 1 : 0;
+  const Timing plain = CheckPasses(name, job, lines, dir);
+
+  const Timing timing = Measure(
+      [&] {
+        if (job.passNo % job.passCount != 0) return;
+        FillRows(job, lines, 4u * job.nResY);  // what the passes before have cleared
+        job.passNo = 0;
+        job.passDir = dir;
+      },
+      [&] { RunPass(job); });
+  state.counters["plain_ms"] = 1e3 * plain.seconds;
+  state.counters["plain_ratio"] = plain.seconds / timing.seconds;
+  if (job.passEmpty == 1) return timing;
+  state.counters["of_limit"] = LeastSeconds(job) / timing.seconds;
+  state.counters["ns_per_column_byte"] = 1e9 * timing.seconds / job.passDataSize;
+  return timing;
+}
+
+void RegisterPass(const std::string& name, const PassCase& one) {
+  Register(name, [name, one](benchmark::State& state) { return ConvertOnePass(state, name, one); });
+}
 
 }  // namespace
+
+void RegisterPasses(const Plan& plan) {
+  for (const JobSpec& whole : kModes) {
+    const JobSpec mode = Scaled(whole, plan.scale);
+    const std::string pass = std::string("pass/") + mode.name;
+    RegisterPass(pass + "/ink0", {mode, 0, false});  // a blank pass has no direction
+    for (const int ink : {5, 30, 100}) {
+      RegisterPass(pass + "/ink" + std::to_string(ink) + "/forward", {mode, ink, false});
+      RegisterPass(pass + "/ink" + std::to_string(ink) + "/reverse", {mode, ink, true});
+    }
+  }
+  for (const int widthMm : {100, 200, 500, 1000, 2000}) {
+    const JobSpec spec{"1440dpi", 1440, false, widthMm * plan.scale};
+    RegisterPass("width/" + std::to_string(widthMm) + "mm", {spec, 30, false});
+  }
+}
+
+}  // namespace qrn::bench

@@ -1,5 +1,6 @@
 # Warnings, sanitizers and numerics that every target takes through one interface target.
 option(QRN_BUILD_TOOLS "Build the virtual printer, the tools and the tests" ON)
+option(QRN_BENCH_ONLY "Build what measures speeds and nothing else, for word sizes that other libraries lack" OFF)
 set(QRN_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
 
 add_library(qrn_options INTERFACE)

@@ -23,7 +23,8 @@ std::uint32_t PassDataSize(const Job& job) {
 }  // namespace
 
 PlainRaster::PlainRaster(const Job& job) : job_(job), printOut_(job.printOutBufSize) {
-  for (auto& plane : planes_) plane.resize(std::size_t{Rows()} * job_.lineStride);
+  // One byte more: lines of no bytes have a place, too.
+  for (auto& plane : planes_) plane.resize(std::size_t{Rows()} * job_.lineStride + 1);
   job_.PrintOutBuf = printOut_.data();
   job_.Mem = JobMem{};  // nobody else's rows
 }
