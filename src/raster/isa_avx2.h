@@ -29,12 +29,19 @@ struct Avx2 {
   static __m128i Lane(Vector a, std::uint32_t lane) {
     return lane == 0 ? _mm256_castsi256_si128(a) : _mm256_extracti128_si256(a, 1);
   }
+  // Past the caches; `bytes` aligned to a vector.
+  static void Stream(std::uint8_t* bytes, Vector a) {
+    _mm256_stream_si256(reinterpret_cast<Vector*>(bytes), a);
+  }
+  // Other threads see what was streamed before what is stored from here on.
+  static void StreamEnd() { _mm_sfence(); }
   static void StoreLane(std::uint8_t* bytes, Vector a, std::uint32_t lane) {
     Sse2::StoreLane(bytes, Lane(a, lane), 0);
   }
   static void StoreHalfLane(std::uint8_t* bytes, Vector a, std::uint32_t lane) {
     Sse2::StoreHalfLane(bytes, Lane(a, lane), 0);
   }
+  static bool IsZero(Vector a) { return _mm256_testz_si256(a, a) != 0; }
   static Vector Set8(int value) { return _mm256_set1_epi8(static_cast<char>(value)); }
   static Vector Set16(short value) { return _mm256_set1_epi16(value); }
   static Vector And(Vector a, Vector b) { return _mm256_and_si256(a, b); }

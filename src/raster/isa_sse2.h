@@ -21,9 +21,18 @@ struct Sse2 {
   static void Store(std::uint8_t* bytes, Vector a) {
     _mm_storeu_si128(reinterpret_cast<Vector*>(bytes), a);
   }
+  // Past the caches; `bytes` aligned to a vector.
+  static void Stream(std::uint8_t* bytes, Vector a) {
+    _mm_stream_si128(reinterpret_cast<Vector*>(bytes), a);
+  }
+  // Other threads see what was streamed before what is stored from here on.
+  static void StreamEnd() { _mm_sfence(); }
   static void StoreLane(std::uint8_t* bytes, Vector a, std::uint32_t) { Store(bytes, a); }
   static void StoreHalfLane(std::uint8_t* bytes, Vector a, std::uint32_t) {
     _mm_storel_epi64(reinterpret_cast<Vector*>(bytes), a);
+  }
+  static bool IsZero(Vector a) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(a, _mm_setzero_si128())) == 0xFFFF;
   }
   static Vector Set8(int value) { return _mm_set1_epi8(static_cast<char>(value)); }
   static Vector Set16(short value) { return _mm_set1_epi16(value); }

@@ -5,8 +5,11 @@
 namespace qrn {
 
 extern const Kernel kAvx2Kernel;
-const Kernel kAvx2Kernel = {"avx2", [] { return __builtin_cpu_supports("avx2") != 0; },
-                            VectorKernel<Avx2>::Sort, VectorKernel<Avx2>::Align,
-                            VectorKernel<Avx2>::Lay};
+const Kernel kAvx2Kernel = {"avx2",
+                            [] { return __builtin_cpu_supports("avx2") != 0; },
+                            VectorKernel<Avx2>::Sort,
+                            VectorKernel<Avx2>::Align,
+                            VectorKernel<Avx2>::Lay,
+                            VectorKernel<Avx2>::Stream};
 
 }  // namespace qrn

@@ -9,8 +9,9 @@ namespace {
 
 constexpr std::uint32_t kPixelsPerByte = 4;
 
-void Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors, std::uint8_t* runs,
-          std::size_t runBytes) {
+unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
+              std::uint8_t* runs, std::size_t runBytes) {
+  unsigned ink = 0;
   for (std::size_t byte = 0; byte < vectors * kVectorBytes; ++byte, line += phases) {
     for (std::uint32_t phase = 0; phase < phases; ++phase) {
       unsigned sorted = 0;
@@ -20,8 +21,10 @@ void Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors, s
         sorted |= level << (2 * k);
       }
       runs[phase * runBytes + byte] = static_cast<std::uint8_t>(sorted);
+      if (sorted != 0) ink |= 1u << phase;
     }
   }
+  return ink;
 }
 
 void Align(const std::uint8_t* const (&runs)[kGroupNozzles], unsigned shift, std::uint8_t* rows,
@@ -56,9 +59,13 @@ void Lay(const JetRows& jets, std::uint32_t firstByte, std::uint32_t nozzles, st
   }
 }
 
+void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
+  std::memcpy(to, from, bytes);
+}
+
 }  // namespace
 
 extern const Kernel kPlainKernel;
-const Kernel kPlainKernel = {"plain", [] { return true; }, Sort, Align, Lay};
+const Kernel kPlainKernel = {"plain", [] { return true; }, Sort, Align, Lay, Stream};
 
 }  // namespace qrn

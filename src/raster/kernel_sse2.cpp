@@ -5,7 +5,11 @@
 namespace qrn {
 
 extern const Kernel kSse2Kernel;
-const Kernel kSse2Kernel = {"sse2", [] { return true; }, VectorKernel<Sse2>::Sort,
-                            VectorKernel<Sse2>::Align, VectorKernel<Sse2>::Lay};
+const Kernel kSse2Kernel = {"sse2",
+                            [] { return true; },
+                            VectorKernel<Sse2>::Sort,
+                            VectorKernel<Sse2>::Align,
+                            VectorKernel<Sse2>::Lay,
+                            VectorKernel<Sse2>::Stream};
 
 }  // namespace qrn

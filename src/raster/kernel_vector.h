@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "raster/kernels.h"
 #include "raster/print_out.h"
@@ -15,8 +16,8 @@ namespace qrn {
 template <class Isa>
 class VectorKernel {
  public:
-  static void Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
-                   std::uint8_t* runs, std::size_t runBytes) {
+  static unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
+                       std::uint8_t* runs, std::size_t runBytes) {
     switch (phases) {
       case 3:
         return SortInto<3>(line, vectors, runs, runBytes);
@@ -27,7 +28,7 @@ class VectorKernel {
       case 8:
         return SortInto<8>(line, vectors, runs, runBytes);
       default:
-        return;
+        return 0;
     }
   }
 
@@ -60,6 +61,19 @@ class VectorKernel {
         LayBlock<false>(turned, nozzles, left, first, columnStep);
       }
     }
+  }
+
+  static void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
+    const std::size_t head = (0 - reinterpret_cast<std::uintptr_t>(to)) % Isa::kBytes;
+    if (bytes < head + Isa::kBytes) {
+      std::memcpy(to, from, bytes);
+      return;
+    }
+    std::memcpy(to, from, head);
+    std::size_t at = head;
+    for (; at + Isa::kBytes <= bytes; at += Isa::kBytes) Isa::Stream(to + at, Isa::Load(from + at));
+    std::memcpy(to + at, from + at, bytes - at);
+    Isa::StreamEnd();
   }
 
  private:
@@ -111,34 +125,43 @@ class VectorKernel {
   }
 
   template <std::uint32_t kPhases, std::uint32_t kPhase>
-  static void SortPhases(const Vector (&v)[kPhases], std::uint8_t* run, std::size_t runBytes) {
+  static void SortPhases(const Vector (&v)[kPhases], std::uint8_t* run, std::size_t runBytes,
+                         Vector (&ink)[kPhases]) {
     if constexpr (kPhase < kPhases) {
-      Isa::Store(run, Isa::Or(Isa::Or(Pick<kPhase, 0>(v), Pick<kPhase + kPhases, 1>(v)),
-                              Isa::Or(Pick<kPhase + 2 * kPhases, 2>(v),
-                                      Pick<kPhase + 3 * kPhases, 3>(v))));
-      SortPhases<kPhases, kPhase + 1>(v, run + runBytes, runBytes);
+      const Vector sorted =
+          Isa::Or(Isa::Or(Pick<kPhase, 0>(v), Pick<kPhase + kPhases, 1>(v)),
+                  Isa::Or(Pick<kPhase + 2 * kPhases, 2>(v), Pick<kPhase + 3 * kPhases, 3>(v)));
+      Isa::Store(run, sorted);
+      ink[kPhase] = Isa::Or(ink[kPhase], sorted);
+      SortPhases<kPhases, kPhase + 1>(v, run + runBytes, runBytes, ink);
     }
   }
 
   // Each lane takes a block of kPhases x 16 bytes and gives 16 bytes of every run.
   template <std::uint32_t kPhases>
-  static void SortInto(const std::uint8_t* line, std::size_t vectors, std::uint8_t* runs,
-                       std::size_t runBytes) {
+  static unsigned SortInto(const std::uint8_t* line, std::size_t vectors, std::uint8_t* runs,
+                           std::size_t runBytes) {
     constexpr std::size_t kBlockBytes = kPhases * kVectorBytes;
+    Vector ink[kPhases] = {};
     while (vectors >= Isa::kLanes) {
       Vector v[kPhases];
       for (std::uint32_t i = 0; i < kPhases; ++i)
         v[i] = Isa::LoadLanes(line + i * kVectorBytes, kBlockBytes);
       Deinterleave(v);
-      SortPhases<kPhases, 0>(v, runs, runBytes);
+      SortPhases<kPhases, 0>(v, runs, runBytes, ink);
       line += Isa::kLanes * kBlockBytes;
       runs += Isa::kBytes;
       vectors -= Isa::kLanes;
     }
+    unsigned inked = 0;
+    for (std::uint32_t phase = 0; phase < kPhases; ++phase) {
+      if (!Isa::IsZero(ink[phase])) inked |= 1u << phase;
+    }
     if constexpr (Isa::kLanes > 1) {
       if (vectors > 0)
-        VectorKernel<typename Isa::OneLane>::Sort(kPhases, line, vectors, runs, runBytes);
+        inked |= VectorKernel<typename Isa::OneLane>::Sort(kPhases, line, vectors, runs, runBytes);
     }
+    return inked;
   }
 
   // ---- align

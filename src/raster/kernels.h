@@ -28,7 +28,7 @@ constexpr std::uint32_t kVectorBytes = 16;                  // runs are whole mu
 constexpr std::uint32_t kGroupNozzles = 8;                  // of each head, that are laid together
 constexpr std::uint32_t kGroupJets = 2 * kGroupNozzles;     // 2 x nozzle + head
 constexpr std::uint32_t kJetRows = 8;                       // nozzle rows of a head
-constexpr std::uint32_t kStripBytes = 128;                  // of a run, that are aligned together
+constexpr std::uint32_t kStripBytes = 256;                  // of a run, that are aligned together
 constexpr std::uint32_t kStripReadBytes = kStripBytes + 1;  // what a shift reads for them
 constexpr std::uint32_t kJetBytes = kJetRows * kStripBytes;
 
@@ -43,9 +43,10 @@ struct Kernel {
   const char* name;
   bool (*usable)();
   // Sorts `vectors` x 16 x phases bytes of a line, whole groups, into one run of `vectors` x 16
-  // bytes for each phase; the runs lie runBytes apart. phases: 3, 4, 6 or 8.
-  void (*sort)(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
-               std::uint8_t* runs, std::size_t runBytes);
+  // bytes for each phase; the runs lie runBytes apart. phases: 3, 4, 6 or 8. Returns which phases
+  // have ink: bit p = phase p.
+  unsigned (*sort)(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
+                   std::uint8_t* runs, std::size_t runBytes);
   // Runs of eight nozzles into one nozzle row of their jets, 2 x kJetBytes apart: byte i of a row
   // is the eight bits from bit `shift` (0, 2, 4, 6) of run byte i on. Reads kStripReadBytes of each
   // run; a null run is left out. add: over what is there instead of in its place.
@@ -56,6 +57,8 @@ struct Kernel {
   // column; 2 x nozzles (8 or 4) bytes of either plane are written.
   void (*lay)(const JetRows& jets, std::uint32_t firstByte, std::uint32_t nozzles,
               std::uint32_t columns, std::uint8_t* out, std::ptrdiff_t columnStep);
+  // Copies into memory that is not read again soon, past the caches where that is possible.
+  void (*stream)(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes);
 };
 
 // Best first, plain last; plain always runs.

@@ -32,7 +32,7 @@ std::uint32_t PartBytesOf(const RowLayout& layout, std::uint32_t part) {
 }
 
 // One part of every run from the line's bytes that belong to it. What the line lacks is blank.
-void StorePart(const RowLayout& layout, std::uint8_t* row, std::uint8_t* marks, std::uint32_t part,
+void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* marks, std::uint32_t part,
                const std::uint8_t* line, std::uint32_t bytes) {
   constexpr std::uint32_t kPhasesMax = 8;
   const std::uint32_t wholeBytes = kPartBytes * layout.phases;
@@ -44,11 +44,13 @@ void StorePart(const RowLayout& layout, std::uint8_t* row, std::uint8_t* marks, 
     std::memset(filledUp + bytes, 0, wholeBytes - bytes);
     line = filledUp;
   }
-  std::uint8_t* run = row + part * kPartBytes;
-  if (ink) TheKernel().sort(layout.phases, line, partBytes / kVectorBytes, run, layout.runBytes);
-  for (std::uint32_t phase = 0; phase < layout.phases; ++phase, run += layout.runBytes) {
+  run += part * kPartBytes;
+  const std::size_t runsApart = std::size_t{layout.rows} * layout.runBytes;
+  unsigned inked = 0;
+  if (ink) inked = TheKernel().sort(layout.phases, line, partBytes / kVectorBytes, run, runsApart);
+  for (std::uint32_t phase = 0; phase < layout.phases; ++phase, run += runsApart) {
     if (!ink) std::memset(run, 0, partBytes);
-    marks[phase * layout.parts + part] = ink && HasInk(run, partBytes) ? 1 : 0;
+    marks[phase * layout.parts + part] = Low8(inked >> phase & 1u);
   }
 }
 
@@ -68,25 +70,24 @@ RowLayout LayoutOf(const Job& job) {
     layout.runBytes = DivUp(layout.columns, kPixelsPerByte * kVectorBytes) * kVectorBytes;
     layout.parts = DivUp(layout.runBytes, kPartBytes);
   }
-  layout.rowBytes = layout.phases * layout.runBytes + layout.lineBytes - layout.sortedBytes;
+  layout.restBytes = layout.lineBytes - layout.sortedBytes;
   layout.marks = layout.phases * layout.parts + 1;
   return layout;
 }
 
 std::uint64_t PassBufferBytes(const RowLayout& layout) {
-  return std::uint64_t{layout.rows} * (std::uint64_t{layout.rowBytes} + layout.marks) +
-         layout.lineBytes;
+  const std::uint64_t rowBytes = std::uint64_t{layout.phases} * layout.runBytes + layout.restBytes;
+  return layout.rows * (rowBytes + layout.marks) + layout.lineBytes;
 }
 
 void StoreRow(Job& job, std::uint32_t plane, std::uint32_t row, const std::uint8_t* line,
               std::uint32_t bytes) {
   const RowLayout& layout = job.Mem.layout;
   const std::uint32_t index = RingIndex(job, row);
-  std::uint8_t* const stored = StoredRow(job, plane, index);
   std::uint8_t* const marks = RowMarks(job, plane, index);
   if (bytes < layout.lineBytes && HasInk(marks, layout.marks)) {
     // A short line over one that came before: what lies behind it stays.
-    std::uint8_t* const whole = StoredRow(job, plane, layout.rows);
+    std::uint8_t* const whole = RestAt(job, plane, layout.rows);
     LoadRow(job, plane, row, whole);
     std::memcpy(whole, line, bytes);
     line = whole;
@@ -100,25 +101,23 @@ void StoreRow(Job& job, std::uint32_t plane, std::uint32_t row, const std::uint8
   const std::uint32_t partLineBytes = kPartBytes * layout.phases;
   for (std::uint32_t part = 0; part < layout.parts; ++part) {
     const std::uint32_t from = std::min(part * partLineBytes, sortedBytes);
-    StorePart(layout, stored, marks, part, line + from,
+    StorePart(layout, RunAt(job, plane, 0, index), marks, part, line + from,
               std::min(partLineBytes, sortedBytes - from));
   }
-  std::uint8_t* const rest = stored + layout.phases * layout.runBytes;
-  const std::uint32_t restBytes = layout.lineBytes - layout.sortedBytes;
+  std::uint8_t* const rest = RestAt(job, plane, index);
   const std::uint32_t filled = bytes - sortedBytes;
   std::memcpy(rest, line + sortedBytes, filled);
-  std::memset(rest + filled, 0, restBytes - filled);
-  marks[layout.marks - 1] = HasInk(rest, restBytes) ? 1 : 0;
+  std::memset(rest + filled, 0, layout.restBytes - filled);
+  marks[layout.marks - 1] = HasInk(rest, layout.restBytes) ? 1 : 0;
 }
 
 void LoadRow(const Job& job, std::uint32_t plane, std::uint32_t row, std::uint8_t* line) {
   const RowLayout& layout = job.Mem.layout;
   const std::uint32_t index = RingIndex(job, row);
-  const std::uint8_t* const stored = StoredRow(job, plane, index);
   const std::uint8_t* const marks = RowMarks(job, plane, index);
   std::memset(line, 0, layout.lineBytes);
   for (std::uint32_t phase = 0; phase < layout.phases; ++phase) {
-    const std::uint8_t* const run = stored + phase * layout.runBytes;
+    const std::uint8_t* const run = RunAt(job, plane, phase, index);
     if (!HasInk(marks + phase * layout.parts, layout.parts)) continue;
     std::uint32_t pixel = phase;
     for (std::uint32_t column = 0; column < layout.columns; ++column, pixel += layout.phases) {
@@ -128,8 +127,7 @@ void LoadRow(const Job& job, std::uint32_t plane, std::uint32_t row, std::uint8_
     }
   }
   if (marks[layout.marks - 1] != 0) {
-    std::memcpy(line + layout.sortedBytes, stored + layout.phases * layout.runBytes,
-                layout.lineBytes - layout.sortedBytes);
+    std::memcpy(line + layout.sortedBytes, RestAt(job, plane, index), layout.restBytes);
   }
 }
 

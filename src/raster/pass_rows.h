@@ -20,13 +20,19 @@ inline std::uint32_t RingIndex(const Job& job, std::uint32_t row) {
   const std::uint32_t index = job.Mem.firstRow + row;
   return index < job.Mem.layout.rows ? index : index - job.Mem.layout.rows;
 }
-inline std::uint8_t* StoredRow(const Job& job, std::uint32_t plane, std::uint32_t ringIndex) {
-  return job.Mem.pPassBuffer[plane] + std::size_t{ringIndex} * job.Mem.layout.rowBytes;
+inline std::uint8_t* RunAt(const Job& job, std::uint32_t plane, std::uint32_t phase,
+                           std::uint32_t ringIndex) {
+  const RowLayout& layout = job.Mem.layout;
+  return job.Mem.pPassBuffer[plane] +
+         (std::size_t{phase} * layout.rows + ringIndex) * layout.runBytes;
+}
+inline std::uint8_t* RestAt(const Job& job, std::uint32_t plane, std::uint32_t ringIndex) {
+  const RowLayout& layout = job.Mem.layout;
+  return RunAt(job, plane, layout.phases, 0) + std::size_t{ringIndex} * layout.restBytes;
 }
 inline std::uint8_t* RowMarks(const Job& job, std::uint32_t plane, std::uint32_t ringIndex) {
   const RowLayout& layout = job.Mem.layout;
-  return StoredRow(job, plane, layout.rows) + layout.lineBytes +
-         std::size_t{ringIndex} * layout.marks;
+  return RestAt(job, plane, layout.rows) + layout.lineBytes + std::size_t{ringIndex} * layout.marks;
 }
 
 // Puts the first `bytes` bytes of a line (at most lineStride) over what the row holds.

@@ -1,12 +1,14 @@
 // How the rows of a pass buffer lie in memory. A row holds one line of one colour, its pixels
 // sorted by phase, so that a pass reads one contiguous run of it:
 //
-//   | run of phase 0 | run of phase 1 | ... | rest: host bytes behind the last whole group |
+//   run of phase 0, run of phase 1, ..   columns x 2 bits, first column in the lowest bits of the
+//                                        first byte, zeros up to a multiple of 16 bytes
+//   rest                                 the host's bytes behind the last whole group
 //
-//   run:  columns x 2 bits, first column in the lowest bits of the first byte, zeros up to a
-//         multiple of 16 bytes
+// The buffer has the runs of phase 0 of all rows first, so that those of a pass lie close together,
+// then those of phase 1, and so on; the rests, one line to put lines together, and the marks.
 //
-// Every run is cut into parts of 128 bytes. One mark byte for each part, and one for the rest, says
+// Every run is cut into parts of 256 bytes. One mark byte for each part, and one for the rest, says
 // whether it has ink. The marks decide: a run without any, and a rest without, are blank whatever
 // their bytes are. So a row is cleared, and a printed run is taken out, by its marks alone.
 #ifndef QRN_RASTER_ROW_LAYOUT_H_
@@ -16,7 +18,7 @@
 
 namespace qrn {
 
-constexpr std::uint32_t kPartBytes = 128;
+constexpr std::uint32_t kPartBytes = 256;
 
 struct RowLayout {
   std::uint32_t rows;         // of the ring
@@ -25,7 +27,7 @@ struct RowLayout {
   std::uint32_t phases;       // 0 = nothing is ever converted
   std::uint32_t columns;      // of each phase
   std::uint32_t runBytes;
-  std::uint32_t rowBytes;
+  std::uint32_t restBytes;
   std::uint32_t parts;  // of each run
   std::uint32_t marks;  // of a row
 };

@@ -21,8 +21,8 @@ constexpr std::uint32_t kTileColumns = 256;
 constexpr std::int32_t kCacheLineBytes = 64;
 static_assert(kStripReadBytes <= kPartBytes + 1, "a strip reads two parts of a run at most");
 
-JetRows g_groups[kGroups];
-const std::uint8_t* g_runs[kGroups][kPassRows][kGroupNozzles];  // null: no ink in the strip
+JetRows g_groups[kGroups];  // what the pass before has left in them is noted in their ink
+alignas(64) std::uint8_t g_tile[kTileColumns * kColumnBytes];
 
 // What a strip reads of the runs of one nozzle row.
 struct Window {
@@ -49,21 +49,19 @@ class Walk {
       : job_(job), layout_(job.Mem.layout), params_(params), columns_(columns) {}
 
   void Run() {
-    std::memset(g_groups, 0, sizeof g_groups);  // another pass may have had other nozzle rows
-    FindRuns(0);
     for (std::uint32_t column = 0; column < columns_.columns; column += kStripColumns) {
-      for (std::uint32_t group = 0; group < kGroups; ++group) FillGroup(group);
+      SetWindows(column);
+      FindRuns(0);
+      for (std::uint32_t group = 0; group < kGroups; ++group) {
+        // The next group's runs are on their way while this one's are aligned.
+        if (group + 1 < kGroups) FindRuns(group + 1);
+        FillGroup(group);
+      }
       LayStrip(column);
     }
   }
 
  private:
-  // Finds what the strip from `column` on reads, and has it brought into the cache.
-  void FindRuns(std::uint32_t column) {
-    SetWindows(column);
-    for (std::uint32_t group = 0; group < kGroups; ++group) FindRunsOf(group);
-  }
-
   void SetWindows(std::uint32_t column) {
     for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
       const std::int32_t lead = columns_.reverse ? columns_.firstRowColumn - params_.rows[i].column
@@ -72,12 +70,13 @@ class Walk {
     }
   }
 
-  void FindRunsOf(std::uint32_t group) const {
+  // Finds what the strip reads for a group, and has it brought into the cache.
+  void FindRuns(std::uint32_t group) {
     const std::uint32_t firstNozzle = group * kGroupNozzles;
     const std::uint32_t nozzles = std::min(kGroupNozzles, kNozzles - firstNozzle);
     for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
       const PassRow& row = params_.rows[i];
-      auto& runs = g_runs[group][i];
+      auto& runs = runs_[group % 2][i];
       std::fill(std::begin(runs), std::end(runs), nullptr);
       const Window& window = windows_[i];
       if (window.begin >= window.end) continue;
@@ -88,7 +87,7 @@ class Walk {
         const std::uint8_t* const marks =
             RowMarks(job_, row.plane, index) + columns_.phase * layout_.parts;
         if ((marks[firstPart] | marks[lastPart]) == 0) continue;
-        runs[n] = StoredRow(job_, row.plane, index) + columns_.phase * layout_.runBytes;
+        runs[n] = RunAt(job_, row.plane, columns_.phase, index);
         for (std::int32_t at = window.begin; at < window.end; at += kCacheLineBytes)
           __builtin_prefetch(runs[n] + at);
       }
@@ -97,22 +96,33 @@ class Walk {
 
   void FillGroup(std::uint32_t group) {
     JetRows& jets = g_groups[group];
+    SetInk(group, jets);
     std::uint8_t filled[2] = {};  // nozzle rows of either head
     for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
       const PassRow& row = params_.rows[i];
       const std::uint8_t bit = Low8(1u << row.slot);
       const bool add = (filled[row.head] & bit) != 0;  // colours can share a nozzle row
       filled[row.head] = Low8(filled[row.head] | bit);
-      for (std::uint32_t n = 0; n < kGroupNozzles; ++n) {
-        const std::uint32_t jet = 2 * n + row.head;
-        if (g_runs[group][i][n] != nullptr) {
-          jets.ink[jet] = Low8(jets.ink[jet] | bit);
-        } else if (!add && (jets.ink[jet] & bit) != 0) {
-          jets.ink[jet] = Low8(jets.ink[jet] & ~bit);
-          std::memset(jets.rows[jet][row.slot], 0, kStripBytes);
-        }
-      }
       AlignRuns(group, i, jets.rows[row.head][row.slot], add);
+    }
+  }
+
+  // Which rows have dots now; those that only had some before become zeros.
+  void SetInk(std::uint32_t group, JetRows& jets) const {
+    std::uint8_t ink[kGroupJets] = {};
+    for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
+      const PassRow& row = params_.rows[i];
+      for (std::uint32_t n = 0; n < kGroupNozzles; ++n) {
+        std::uint8_t& jet = ink[2 * n + row.head];
+        if (runs_[group % 2][i][n] != nullptr) jet = Low8(jet | 1u << row.slot);
+      }
+    }
+    for (std::uint32_t jet = 0; jet < kGroupJets; ++jet) {
+      const unsigned stale = jets.ink[jet] & ~ink[jet];
+      for (std::uint32_t row = 0; row < kJetRows; ++row) {
+        if ((stale >> row & 1u) != 0) std::memset(jets.rows[jet][row], 0, kStripBytes);
+      }
+      jets.ink[jet] = ink[jet];
     }
   }
 
@@ -123,7 +133,7 @@ class Walk {
     const std::uint8_t* sources[kGroupNozzles];
     std::uint8_t patches[kGroupNozzles][kStripReadBytes];
     for (std::uint32_t n = 0; n < kGroupNozzles; ++n) {
-      const std::uint8_t* const run = g_runs[group][i][n];
+      const std::uint8_t* const run = runs_[group % 2][i][n];
       sources[n] = run == nullptr ? nullptr
                    : plain        ? run + window.byte
                                   : Patch(firstNozzle + n, run, window, patches[n]);
@@ -145,39 +155,33 @@ class Walk {
     return patch;
   }
 
-  // While a strip is laid, which takes the processor's time, the runs of the next come in.
   void LayStrip(std::uint32_t firstColumn) {
     const std::uint32_t end = std::min(firstColumn + kStripColumns, columns_.columns);
-    SetWindows(firstColumn + kStripColumns);
     for (std::uint32_t column = firstColumn; column < end; column += kTileColumns) {
       const std::uint32_t columns = std::min(kTileColumns, end - column);
-      std::uint8_t* const out = ClearTile(column, columns);
-      for (std::uint32_t group = 0; group < kGroups; ++group) {
-        LayGroup(group, (column - firstColumn) / 4, columns, out);
-        if (column == firstColumn) FindRunsOf(group);
-      }
+      for (std::uint32_t group = 0; group < kGroups; ++group)
+        LayGroup(group, (column - firstColumn) / 4, columns);
+      const std::uint32_t lowest = columns_.reverse ? columns_.firstColumn + 1 - column - columns
+                                                    : columns_.firstColumn + column;
+      TheKernel().stream(job_.PrintOutBuf + std::size_t{lowest} * kColumnBytes + params_.firstJet,
+                         g_tile, std::size_t{columns} * kColumnBytes);
     }
   }
 
-  // The tile's first column. To fill whole columns in one go spares the processor to read what is
-  // there before it lays bytes into them, and is all there is to do where nothing is printed.
-  std::uint8_t* ClearTile(std::uint32_t column, std::uint32_t columns) const {
-    const std::size_t at =
-        columns_.reverse ? columns_.firstColumn - column : columns_.firstColumn + column;
-    std::uint8_t* const first = job_.PrintOutBuf + at * kColumnBytes + params_.firstJet;
-    const std::size_t bytes = std::size_t{columns} * kColumnBytes;
-    std::memset(columns_.reverse ? first + kColumnBytes - bytes : first, 0, bytes);
-    return first;
-  }
-
-  void LayGroup(std::uint32_t group, std::uint32_t firstByte, std::uint32_t columns,
-                std::uint8_t* out) const {
+  void LayGroup(std::uint32_t group, std::uint32_t firstByte, std::uint32_t columns) const {
     constexpr std::ptrdiff_t kStep = kColumnBytes;
     const JetRows& jets = g_groups[group];
-    if (std::all_of(std::begin(jets.ink), std::end(jets.ink), [](auto ink) { return ink == 0; }))
-      return;
     const std::uint32_t nozzles = std::min(kGroupNozzles, kNozzles - group * kGroupNozzles);
-    TheKernel().lay(jets, firstByte, nozzles, columns, out + kGroupJets * group,
+    std::uint8_t* out = g_tile + kGroupJets * group;
+    if (std::all_of(std::begin(jets.ink), std::end(jets.ink), [](auto ink) { return ink == 0; })) {
+      for (; columns > 0; --columns, out += kStep) {
+        std::memset(out, 0, 2 * nozzles);
+        std::memset(out + kPlaneBytes, 0, 2 * nozzles);
+      }
+      return;
+    }
+    TheKernel().lay(jets, firstByte, nozzles, columns,
+                    columns_.reverse ? out + kStep * (columns - 1) : out,
                     columns_.reverse ? -kStep : kStep);
   }
 
@@ -186,6 +190,7 @@ class Walk {
   const ConvertParams& params_;
   const ColumnWalk& columns_;
   Window windows_[kPassRows] = {};
+  const std::uint8_t* runs_[2][kPassRows][kGroupNozzles];  // of two groups; null: no ink
 };
 
 // Leaves in a run what the mask of a feathered nozzle holds back.
@@ -220,7 +225,7 @@ void TakeOutPixels(const Job& job, const ConvertParams& params, std::uint32_t ph
         continue;
       }
       KeepHeldBack(layout, FeatherRun(job, phase, nozzle - params.nozzleCount),
-                   StoredRow(job, row.plane, index) + phase * layout.runBytes, marks);
+                   RunAt(job, row.plane, phase, index), marks);
     }
   }
 }
