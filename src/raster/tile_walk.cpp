@@ -46,7 +46,14 @@ Window WindowAt(const RowLayout& layout, std::int32_t column) {
 class Walk {
  public:
   Walk(const Job& job, const ConvertParams& params, const ColumnWalk& columns)
-      : job_(job), layout_(job.Mem.layout), params_(params), columns_(columns) {}
+      : job_(job), layout_(job.Mem.layout), params_(params), columns_(columns) {
+    std::uint8_t taken[2] = {};  // nozzle rows of either head
+    for (std::uint32_t i = 0; i < params.rowCount; ++i) {
+      const PassRow& row = params.rows[i];
+      isSecond_[i] = (taken[row.head] >> row.slot & 1u) != 0;
+      taken[row.head] = Low8(taken[row.head] | 1u << row.slot);
+    }
+  }
 
   void Run() {
     for (std::uint32_t column = 0; column < columns_.columns; column += kStripColumns) {
@@ -95,30 +102,24 @@ class Walk {
   }
 
   void FillGroup(std::uint32_t group) {
-    JetRows& jets = g_groups[group];
-    SetInk(group, jets);
-    std::uint8_t filled[2] = {};  // nozzle rows of either head
-    for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
-      const PassRow& row = params_.rows[i];
-      const std::uint8_t bit = Low8(1u << row.slot);
-      const bool add = (filled[row.head] & bit) != 0;  // colours can share a nozzle row
-      filled[row.head] = Low8(filled[row.head] | bit);
-      AlignRuns(group, i, jets.rows[row.head][row.slot], add);
-    }
+    SetInk(group, g_groups[group]);
+    for (std::uint32_t i = 0; i < params_.rowCount; ++i) AlignRuns(group, i);
   }
 
-  // Which rows have dots now; those that only had some before become zeros.
+  // Which rows have dots now. Those that had some before become zeros, but for what is written over.
   void SetInk(std::uint32_t group, JetRows& jets) const {
-    std::uint8_t ink[kGroupJets] = {};
+    std::uint8_t ink[kGroupJets] = {}, written[kGroupJets] = {};
     for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
       const PassRow& row = params_.rows[i];
       for (std::uint32_t n = 0; n < kGroupNozzles; ++n) {
-        std::uint8_t& jet = ink[2 * n + row.head];
-        if (runs_[group % 2][i][n] != nullptr) jet = Low8(jet | 1u << row.slot);
+        if (runs_[group % 2][i][n] == nullptr) continue;
+        const std::uint32_t jet = 2 * n + row.head;
+        ink[jet] = Low8(ink[jet] | 1u << row.slot);
+        if (!isSecond_[i]) written[jet] = Low8(written[jet] | 1u << row.slot);
       }
     }
     for (std::uint32_t jet = 0; jet < kGroupJets; ++jet) {
-      const unsigned stale = jets.ink[jet] & ~ink[jet];
+      const unsigned stale = jets.ink[jet] & ~written[jet];
       for (std::uint32_t row = 0; row < kJetRows; ++row) {
         if ((stale >> row & 1u) != 0) std::memset(jets.rows[jet][row], 0, kStripBytes);
       }
@@ -126,7 +127,8 @@ class Walk {
     }
   }
 
-  void AlignRuns(std::uint32_t group, std::uint32_t i, std::uint8_t* rows, bool add) const {
+  void AlignRuns(std::uint32_t group, std::uint32_t i) const {
+    const PassRow& row = params_.rows[i];
     const Window& window = windows_[i];
     const std::uint32_t firstNozzle = group * kGroupNozzles;
     const bool plain = window.whole && firstNozzle + kGroupNozzles <= params_.nozzleCount;
@@ -138,7 +140,8 @@ class Walk {
                    : plain        ? run + window.byte
                                   : Patch(firstNozzle + n, run, window, patches[n]);
     }
-    TheKernel().align(sources, window.shift, rows, add);
+    TheKernel().align(sources, window.shift, g_groups[group].rows[row.head][row.slot],
+                      isSecond_[i]);
   }
 
   // What is read of a run that ends in the strip or is feathered, put together aside.
@@ -189,6 +192,7 @@ class Walk {
   const RowLayout& layout_;
   const ConvertParams& params_;
   const ColumnWalk& columns_;
+  bool isSecond_[kPassRows] = {};  // another colour fires through the same nozzle row
   Window windows_[kPassRows] = {};
   const std::uint8_t* runs_[2][kPassRows][kGroupNozzles];  // of two groups; null: no ink
 };
