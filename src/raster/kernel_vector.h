@@ -124,16 +124,28 @@ class VectorKernel {
       return Isa::template ShiftLeft<kToBit - kFromBit>(bits);
   }
 
+  // The sorted byte of phase kPhase and of all after it.
   template <std::uint32_t kPhases, std::uint32_t kPhase>
-  static void SortPhases(const Vector (&v)[kPhases], std::uint8_t* run, std::size_t runBytes,
-                         Vector (&ink)[kPhases]) {
+  static void PickPhases(const Vector (&v)[kPhases], Vector (&sorted)[kPhases]) {
     if constexpr (kPhase < kPhases) {
-      const Vector sorted =
+      sorted[kPhase] =
           Isa::Or(Isa::Or(Pick<kPhase, 0>(v), Pick<kPhase + kPhases, 1>(v)),
                   Isa::Or(Pick<kPhase + 2 * kPhases, 2>(v), Pick<kPhase + 3 * kPhases, 3>(v)));
-      Isa::Store(run, sorted);
-      ink[kPhase] = Isa::Or(ink[kPhase], sorted);
-      SortPhases<kPhases, kPhase + 1>(v, run + runBytes, runBytes, ink);
+      PickPhases<kPhases, kPhase + 1>(v, sorted);
+    }
+  }
+
+  // The same where every byte has one pixel of each of four phases: 4 x 4 pixels turned.
+  template <std::uint32_t kPhases>
+  static void TurnPixels(const Vector (&v)[kPhases], Vector (&sorted)[kPhases]) {
+    constexpr std::uint32_t kApart = kPhases / 4;
+    for (std::uint32_t i = 0; i < kApart; ++i) {
+      Vector p[4] = {v[i], v[i + kApart], v[i + 2 * kApart], v[i + 3 * kApart]};
+      SwapBits<4>(p[0], p[2], 0x0F);
+      SwapBits<4>(p[1], p[3], 0x0F);
+      SwapBits<2>(p[0], p[1], 0x33);
+      SwapBits<2>(p[2], p[3], 0x33);
+      for (std::uint32_t k = 0; k < 4; ++k) sorted[4 * i + k] = p[3 - k];
     }
   }
 
@@ -148,7 +160,15 @@ class VectorKernel {
       for (std::uint32_t i = 0; i < kPhases; ++i)
         v[i] = Isa::LoadLanes(line + i * kVectorBytes, kBlockBytes);
       Deinterleave(v);
-      SortPhases<kPhases, 0>(v, runs, runBytes, ink);
+      Vector sorted[kPhases];
+      if constexpr (kPhases % 4 == 0)
+        TurnPixels(v, sorted);
+      else
+        PickPhases<kPhases, 0>(v, sorted);
+      for (std::uint32_t phase = 0; phase < kPhases; ++phase) {
+        Isa::Store(runs + phase * runBytes, sorted[phase]);
+        ink[phase] = Isa::Or(ink[phase], sorted[phase]);
+      }
       line += Isa::kLanes * kBlockBytes;
       runs += Isa::kBytes;
       vectors -= Isa::kLanes;

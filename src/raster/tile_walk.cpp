@@ -106,7 +106,7 @@ class Walk {
     for (std::uint32_t i = 0; i < params_.rowCount; ++i) AlignRuns(group, i);
   }
 
-  // Which rows have dots now. Those that had some before become zeros, but for what is written over.
+  // Which rows have dots now. What others had before becomes zeros.
   void SetInk(std::uint32_t group, JetRows& jets) const {
     std::uint8_t ink[kGroupJets] = {}, written[kGroupJets] = {};
     for (std::uint32_t i = 0; i < params_.rowCount; ++i) {
