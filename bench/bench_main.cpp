@@ -3,7 +3,7 @@
 // Measures the library's work against the plain raster and against the memory of the same machine,
 // in the same run. Every measurement first checks the bytes; a difference ends the run with exit
 // code 1. --quick does all of it on pages as wide as a thumb, once: the checks without the numbers.
-// --kernel: sse2 unless said, which is what every processor has that the DLL runs on.
+// --kernel: sse2, the best there is, or plain.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -27,7 +27,7 @@ std::string Processor() {
 // Where there is none of that name the best one stays.
 void ChooseKernel(const char* name) {
   for (const qrn::Kernel* kernel : qrn::Kernels()) {
-    if (std::strcmp(kernel->name, name) == 0 && kernel->usable()) qrn::UseKernel(kernel);
+    if (std::strcmp(kernel->name, name) == 0) qrn::UseKernel(*kernel);
   }
 }
 
@@ -71,7 +71,6 @@ qrn::bench::Plan TakePlan(int* argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  ChooseKernel("sse2");
   const qrn::bench::Plan plan = TakePlan(&argc, argv);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv) || plan.comparedMm < 1) return 2;

@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint32_t kPixelsPerByte = 4;
 
 unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
-              std::uint8_t* runs, std::size_t runBytes) {
+              std::uint8_t* runs, std::size_t runsApart) {
   unsigned ink = 0;
   for (std::size_t byte = 0; byte < vectors * kVectorBytes; ++byte, line += phases) {
     for (std::uint32_t phase = 0; phase < phases; ++phase) {
@@ -20,7 +20,7 @@ unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vector
         const unsigned level = line[pixel / 4] >> (6 - 2 * (pixel % 4)) & 3u;
         sorted |= level << (2 * k);
       }
-      runs[phase * runBytes + byte] = static_cast<std::uint8_t>(sorted);
+      runs[phase * runsApart + byte] = static_cast<std::uint8_t>(sorted);
       if (sorted != 0) ink |= 1u << phase;
     }
   }
@@ -66,6 +66,6 @@ void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
 }  // namespace
 
 extern const Kernel kPlainKernel;
-const Kernel kPlainKernel = {"plain", [] { return true; }, Sort, Align, Lay, Stream};
+const Kernel kPlainKernel = {"plain", Sort, Align, Lay, Stream};
 
 }  // namespace qrn

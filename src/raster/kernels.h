@@ -41,12 +41,11 @@ struct JetRows {
 
 struct Kernel {
   const char* name;
-  bool (*usable)();
   // Sorts `vectors` x 16 x phases bytes of a line, whole groups, into one run of `vectors` x 16
-  // bytes for each phase; the runs lie runBytes apart. phases: 3, 4, 6 or 8. Returns which phases
-  // have ink: bit p = phase p.
+  // bytes for each phase, runsApart bytes apart. phases: 3, 4, 6 or 8. Returns which phases have
+  // ink: bit p = phase p.
   unsigned (*sort)(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
-                   std::uint8_t* runs, std::size_t runBytes);
+                   std::uint8_t* runs, std::size_t runsApart);
   // Runs of eight nozzles into one nozzle row of their jets, 2 x kJetBytes apart: byte i of a row
   // is the eight bits from bit `shift` (0, 2, 4, 6) of run byte i on. Reads kStripReadBytes of each
   // run; a null run is left out. add: over what is there instead of in its place.
@@ -61,12 +60,12 @@ struct Kernel {
   void (*stream)(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes);
 };
 
-// Best first, plain last; plain always runs.
+// What every machine runs that this build is for; best first, plain last.
 std::span<const Kernel* const> Kernels();
 
-// The one in use: the best that this processor runs, unless a test has chosen.
+// The one in use: the best, unless a test has chosen.
 const Kernel& TheKernel();
-void UseKernel(const Kernel* kernel);  // null: the best again
+void UseKernel(const Kernel& kernel);
 
 }  // namespace qrn
 

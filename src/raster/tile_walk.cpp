@@ -147,9 +147,11 @@ class Walk {
   // What is read of a run that ends in the strip or is feathered, put together aside.
   const std::uint8_t* Patch(std::uint32_t nozzle, const std::uint8_t* run, const Window& window,
                             std::uint8_t (&patch)[kStripReadBytes]) const {
-    std::memset(patch, 0, sizeof patch);
-    std::memcpy(patch + (window.begin - window.byte), run + window.begin,
-                static_cast<std::size_t>(window.end - window.begin));
+    const auto before = static_cast<std::size_t>(window.begin - window.byte);
+    const auto bytes = static_cast<std::size_t>(window.end - window.begin);
+    std::memset(patch, 0, before);
+    std::memcpy(patch + before, run + window.begin, bytes);
+    std::memset(patch + before + bytes, 0, sizeof patch - before - bytes);
     if (nozzle >= params_.nozzleCount) {
       const std::uint8_t* mask = FeatherRun(job_, columns_.phase, nozzle - params_.nozzleCount) +
                                  static_cast<std::uint32_t>(window.byte) % kFeatherPeriodBytes;
