@@ -28,12 +28,14 @@ void BuildFeatherRuns(const Job& job, std::uint8_t* runs) {
   for (std::uint32_t phase = 0; phase < job.Mem.layout.phases; ++phase) {
     for (std::uint32_t i = 0; i < job.featherRows; ++i, runs += kFeatherRunBytes) {
       const std::uint8_t* mask = job.pFeatherMask + std::size_t{i} * kFeatherMaskBytes;
-      for (std::uint32_t byte = 0; byte < kFeatherRunBytes; ++byte) {
+      for (std::uint32_t byte = 0; byte < kFeatherPeriodBytes; ++byte) {
         unsigned cells = 0;
         for (std::uint32_t k = 0; k < kPixelsPerByte; ++k)
           cells |= CellOf(*mode, mask, i, phase, byte * kPixelsPerByte + k) << (2 * k);
         runs[byte] = Low8(cells);
       }
+      for (std::uint32_t byte = kFeatherPeriodBytes; byte < kFeatherRunBytes; ++byte)
+        runs[byte] = runs[byte - kFeatherPeriodBytes];
     }
   }
 }

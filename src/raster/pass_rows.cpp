@@ -11,7 +11,6 @@ namespace qrn {
 namespace {
 
 constexpr std::uint32_t kBufferHeights = 4;  // of nResY rows
-constexpr std::uint32_t kPartVectors = kPartBytes / kVectorBytes;
 
 bool HasInk(const std::uint8_t* bytes, std::size_t count) {
   std::size_t at = 0;

@@ -42,6 +42,20 @@ TEST_F(JobMemory, OfOneHeadHoldsItsWidestPass) {
   EXPECT_EQ(13919040u, job.printOutBufSize);  // (4 x 4726 + 300 + 128) x 720, a multiple of 320
 }
 
+// Rows are sorted, and ends of runs and marks come on top.
+TEST_F(JobMemory, TakesAtMost5PercentMoreThanTheLinesOfItsRows) {
+  job.dualHead = 1;
+  for (const std::uint8_t passCount : {3, 4, 6, 8}) {
+    job.passCount = passCount;
+    for (std::uint32_t widthBytes = 250u * passCount; widthBytes < 44'000; widthBytes += 97) {
+      job.nLineBits = 8 * widthBytes;
+      job.lineStride = (widthBytes + 3) / 4 * 4;
+      const std::uint64_t lines = std::uint64_t{1440} * job.lineStride;
+      EXPECT_LE(PassBufferBytes(LayoutOf(job)), lines + lines / 20) << widthBytes;
+    }
+  }
+}
+
 TEST_F(JobMemory, OfARepeatedConnectIsUsedAgainWhenItFitsAndReplacedWhenNot) {
   AllocJobMem(job);
   std::uint8_t* const pass = job.Mem.pPassBuffer[3];
