@@ -45,9 +45,9 @@ TEST_F(JobMemory, OfOneHeadHoldsItsWidestPass) {
 // Rows are sorted, and ends of runs and marks come on top.
 TEST_F(JobMemory, TakesAtMost5PercentMoreThanTheLinesOfItsRows) {
   job.dualHead = 1;
-  for (const std::uint8_t passCount : {3, 4, 6, 8}) {
-    job.passCount = passCount;
-    for (std::uint32_t widthBytes = 250u * passCount; widthBytes < 44'000; widthBytes += 97) {
+  for (const std::uint32_t passCount : {3u, 4u, 6u, 8u}) {
+    job.passCount = static_cast<std::uint8_t>(passCount);
+    for (std::uint32_t widthBytes = 250 * passCount; widthBytes < 44'000; widthBytes += 97) {
       job.nLineBits = 8 * widthBytes;
       job.lineStride = (widthBytes + 3) / 4 * 4;
       const std::uint64_t lines = std::uint64_t{1440} * job.lineStride;
