@@ -85,13 +85,16 @@ class Converters : public JobFixture {
     TakeLog();
   }
 
+  // Lines of no bytes have a place, too.
+  std::size_t LinesBytes() const { return std::size_t{kLines} * job.lineStride + 1; }
+
   void Store(const Bytes& lines) {
     for (std::uint32_t line = 0; line < kLines; ++line)
       StoreRow(job, 0, line, lines.data() + std::size_t{line} * job.lineStride, job.lineStride);
   }
 
   Bytes Load() const {
-    Bytes lines(std::size_t{kLines} * job.lineStride);
+    Bytes lines(LinesBytes());
     for (std::uint32_t line = 0; line < kLines; ++line)
       LoadRow(job, 0, line, lines.data() + std::size_t{line} * job.lineStride);
     return lines;
@@ -143,10 +146,11 @@ void Reference(const PassSetup& setup, const Job& job, Bytes& lines, Bytes& out)
 }
 
 void Converters::ExpectLikeReference(const PassSetup& setup, std::mt19937& random) {
-  Bytes lines(std::size_t{kLines} * job.lineStride);
+  Bytes lines(LinesBytes());
   const bool sparse = random() % 2 == 0;
   for (std::uint8_t& byte : lines)
     byte = static_cast<std::uint8_t>(sparse && random() % 16 != 0 ? 0 : random() & random());
+  lines.back() = 0;
   Bytes wantedLines = lines, wantedOut(job.printOutBufSize);
   Reference(setup, job, wantedLines, wantedOut);
 
@@ -222,7 +226,7 @@ TEST_F(Converters, PutSinglePixelsInTheirColumns) {
       SCOPED_TRACE(testing::Message()
                    << hand.mode->name << ", pixel " << hand.pixel << ", level " << level);
       ASSERT_NO_FATAL_FAILURE(SetUpMode(*hand.mode, hand.width, 0));
-      Bytes lines(std::size_t{kLines} * job.lineStride);
+      Bytes lines(LinesBytes());
       lines[hand.pixel / 4] = static_cast<std::uint8_t>(level << (6 - 2 * (hand.pixel % 4)));
       Store(lines);
       (void)Run(*hand.mode, hand.passIndex, hand.reverse);

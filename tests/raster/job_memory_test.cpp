@@ -42,16 +42,22 @@ TEST_F(JobMemory, OfOneHeadHoldsItsWidestPass) {
   EXPECT_EQ(13919040u, job.printOutBufSize);  // (4 x 4726 + 300 + 128) x 720, a multiple of 320
 }
 
-// Rows are sorted, and ends of runs and marks come on top.
-TEST_F(JobMemory, TakesAtMost5PercentMoreThanTheLinesOfItsRows) {
+// Ends of runs and marks come on top of the lines; the swaths' buffers have no more than they had.
+TEST_F(JobMemory, OfPagesFromTenCentimetresOnIsAtMost5PercentMoreThanItsLinesAndSwaths) {
+  struct Mode {
+    std::uint16_t resolution;
+    std::uint8_t passCount;
+  };
   job.dualHead = 1;
-  for (const std::uint32_t passCount : {3u, 4u, 6u, 8u}) {
-    job.passCount = static_cast<std::uint8_t>(passCount);
-    for (std::uint32_t widthBytes = 250 * passCount; widthBytes < 44'000; widthBytes += 97) {
-      job.nLineBits = 8 * widthBytes;
-      job.lineStride = (widthBytes + 3) / 4 * 4;
-      const std::uint64_t lines = std::uint64_t{1440} * job.lineStride;
-      EXPECT_LE(PassBufferBytes(LayoutOf(job)), lines + lines / 20) << widthBytes;
+  for (const Mode& mode : {Mode{1080, 3}, Mode{1440, 4}, Mode{1620, 6}, Mode{2160, 8}}) {
+    job.passCount = mode.passCount;
+    for (std::uint32_t widthMm = 100; widthMm <= 2000; ++widthMm) {
+      job.nLineBits = widthMm * mode.resolution * 10 / 254 * 2;
+      job.lineStride = (job.nLineBits + 31) / 32 * 4;
+      const std::uint64_t swath =
+          (mode.resolution * 6400 / 254 + 8 * std::uint64_t{job.lineStride}) * 360 / mode.passCount;
+      const std::uint64_t plain = 8 * 1440 * std::uint64_t{job.lineStride} + 7 * swath;
+      EXPECT_LE(8 * PassBufferBytes(LayoutOf(job)) + 7 * swath, plain + plain / 20) << widthMm;
     }
   }
 }
