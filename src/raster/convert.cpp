@@ -75,15 +75,6 @@ void RunWorker(Job& job, ConvertParams& params) {
   }
 }
 
-const ColumnMode* ModeOf(const Job& job) {
-  if (job.dualHead != 1) return &kSingle;
-  for (const Variant& variant : kVariants) {
-    if (variant.mode != &kSingle && variant.mode->columnPixels == job.passCount)
-      return variant.mode;
-  }
-  return nullptr;
-}
-
 int LocateRowsDual(Job& job, std::uint32_t* head) {
   constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
   std::uint32_t rowA = 0, rowB = 0, found = 0;

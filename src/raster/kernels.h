@@ -24,6 +24,7 @@
 
 namespace qrn {
 
+constexpr std::uint32_t kCacheLineBytes = 64;               // of what is prefetched
 constexpr std::uint32_t kVectorBytes = 16;                  // runs are whole multiples of this
 constexpr std::uint32_t kGroupNozzles = 8;                  // of each head, that are laid together
 constexpr std::uint32_t kGroupJets = 2 * kGroupNozzles;     // 2 x nozzle + head

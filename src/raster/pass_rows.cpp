@@ -32,7 +32,6 @@ std::uint32_t PartBytesOf(const RowLayout& layout, std::uint32_t part) {
 
 // The processor sees no stream in runs that lie far apart: it is told where the next parts go.
 void PrefetchParts(const std::uint8_t* run, std::uint32_t phases, std::size_t runsApart) {
-  constexpr std::uint32_t kCacheLineBytes = 64;
   for (std::uint32_t phase = 0; phase < phases; ++phase, run += runsApart) {
     for (std::uint32_t at = 0; at < kPartBytes; at += kCacheLineBytes)
       __builtin_prefetch(run + at, 1);
@@ -63,6 +62,17 @@ void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* marks, 
     if (!ink) std::memset(run, 0, partBytes);
     marks[phase * layout.parts + part] = Low8(inked >> phase & 1u);
   }
+}
+
+// The marks of rows [first, first + count) of a plane, which lie in one or two pieces.
+template <class Act>
+bool ForMarks(const Job& job, std::uint32_t plane, std::uint32_t first, std::uint32_t count,
+              Act act) {
+  const RowLayout& layout = job.Mem.layout;
+  const std::uint32_t begin = RingIndex(job, first);
+  const std::uint32_t upTo = std::min(count, layout.rows - begin);
+  return act(RowMarks(job, plane, begin), std::size_t{upTo} * layout.marks) &&
+         act(RowMarks(job, plane, 0), std::size_t{count - upTo} * layout.marks);
 }
 
 }  // namespace
@@ -148,21 +158,6 @@ void MarkRun(const RowLayout& layout, const std::uint8_t* run, std::uint8_t* mar
       marks[part] = HasInk(run + part * kPartBytes, PartBytesOf(layout, part)) ? 1 : 0;
   }
 }
-
-namespace {
-
-// The marks of rows [first, first + count) of a plane, which lie in one or two pieces.
-template <class Act>
-bool ForMarks(const Job& job, std::uint32_t plane, std::uint32_t first, std::uint32_t count,
-              Act act) {
-  const RowLayout& layout = job.Mem.layout;
-  const std::uint32_t begin = RingIndex(job, first);
-  const std::uint32_t upTo = std::min(count, layout.rows - begin);
-  return act(RowMarks(job, plane, begin), std::size_t{upTo} * layout.marks) &&
-         act(RowMarks(job, plane, 0), std::size_t{count - upTo} * layout.marks);
-}
-
-}  // namespace
 
 bool AreRowsBlank(const Job& job, std::uint32_t first, std::uint32_t count) {
   for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {

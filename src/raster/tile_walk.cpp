@@ -18,7 +18,6 @@ constexpr std::uint32_t kStripColumns = 4 * kStripBytes;
 // The columns of a tile, 32 KiB of cache lines, stay in the first cache while its 16 bytes of each
 // are laid group by group.
 constexpr std::uint32_t kTileColumns = 256;
-constexpr std::int32_t kCacheLineBytes = 64;
 static_assert(kStripReadBytes <= kPartBytes + 1, "a strip reads two parts of a run at most");
 
 JetRows g_groups[kGroups];  // what the pass before has left in them is noted in their ink
@@ -95,7 +94,7 @@ class Walk {
             RowMarks(job_, row.plane, index) + columns_.phase * layout_.parts;
         if ((marks[firstPart] | marks[lastPart]) == 0) continue;
         runs[n] = RunAt(job_, row.plane, columns_.phase, index);
-        for (std::int32_t at = window.begin; at < window.end; at += kCacheLineBytes)
+        for (std::int32_t at = window.begin; at < window.end; at += std::int32_t{kCacheLineBytes})
           __builtin_prefetch(runs[n] + at);
       }
     }
