@@ -24,11 +24,13 @@ std::string Processor() {
   return "unknown";
 }
 
-// Where there is none of that name the best one stays.
 void ChooseKernel(const char* name) {
   for (const qrn::Kernel* kernel : qrn::Kernels()) {
-    if (std::strcmp(kernel->name, name) == 0) qrn::UseKernel(*kernel);
+    if (std::strcmp(kernel->name, name) != 0) continue;
+    qrn::UseKernel(*kernel);
+    return;
   }
+  qrn::bench::Fail("--kernel", name);
 }
 
 void AddContext() {

@@ -6,6 +6,7 @@
 
 #include "bench/measure.h"
 #include "raster/pass_rows.h"
+#include "raster/swath_builder.h"
 
 namespace qrn::bench {
 
@@ -18,7 +19,7 @@ void CheckPass(const std::string& where, const Job& job, const plain::PlainRaste
   if (job.passDataSize != wanted.passDataSize || job.passLeftByte != wanted.passLeftByte ||
       job.passRightByte != wanted.passRightByte || job.passBits != wanted.passBits)
     Fail(pass, "size or range differs");
-  const std::uint8_t* const end = plain.PrintOut() + wanted.passDataSize;
+  const std::uint8_t* const end = plain.PrintOut() + SwathDataSize(job);
   const auto differ = std::mismatch(plain.PrintOut(), end, job.PrintOutBuf);
   if (differ.first != end)
     Fail(pass, "columns differ from byte " + std::to_string(differ.first - plain.PrintOut()));

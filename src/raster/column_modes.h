@@ -10,7 +10,6 @@
 
 namespace qrn {
 
-constexpr std::uint32_t kPixelsPerByte = 4;
 constexpr std::uint32_t kSingleColumnPixels = 3;  // pixels of a column with one head
 
 struct ColumnMode {

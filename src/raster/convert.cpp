@@ -69,7 +69,6 @@ void ConvertColor(Job& job, ConvertParams& params) {
 
 void RunWorker(Job& job, ConvertParams& params) {
   const ColumnMode* const mode = ModeOf(job);
-  params.nozzleCount = Low16(kNozzles - job.featherRows);
   for (const Variant& variant : kVariants) {
     if (variant.mode == mode) (job.passDir == 0 ? variant.forward : variant.reverse)(job, params);
   }

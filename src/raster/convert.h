@@ -26,12 +26,14 @@ struct ConvertParams {
   // Byte of a column that nozzle 0 of PHA fires: 0, or 4 when neither head is in use, which prints
   // two nozzles on.
   std::uint32_t firstJet;
-  std::uint16_t nozzleCount;       // nozzles in front of the feathered ones
+  std::uint16_t nozzleCount;       // nozzles in front of the feathered ones; set by the worker
   std::size_t firstByte, endByte;  // of PrintOutBuf, that have been written
 };
 
-// Enters the nozzle rows that print curColor in the current pass. A colour that the one head in use
-// does not carry has none.
+// The share of curColor in the conversion of the current pass: finds its nozzle rows and enters
+// them. Their dots are placed by RunWorker, with those of all other colours: eight nozzle rows share
+// every byte of a column, and one colour at a time would write each four times. A colour that the
+// one head in use does not carry has no rows.
 void ConvertColor(Job& job, ConvertParams& params);
 
 // Runs the worker over all rows that have been entered: their dots go into PrintOutBuf, the pixels

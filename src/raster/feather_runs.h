@@ -12,8 +12,8 @@
 namespace qrn {
 
 constexpr std::uint32_t kFeatherPeriodBytes = 256;
-// As much again as a tile reads, so that one that begins within the period can be read in one go.
-constexpr std::uint32_t kFeatherRunBytes = kFeatherPeriodBytes + kStripBytes + 16;
+// As much again as a strip reads, so that one that begins within the period can be read in one go.
+constexpr std::uint32_t kFeatherRunBytes = kFeatherPeriodBytes + kStripReadBytes;
 
 // All phases of all masks of the job. Requires: layout and masks.
 std::size_t FeatherRunsBytes(const Job& job);

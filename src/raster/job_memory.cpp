@@ -15,7 +15,6 @@
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kPassBufferHeights = 4;  // of nResY rows
 constexpr std::uint64_t kSizeMax = 0xFFFFFFFF;
 
 struct Sizes {
@@ -67,7 +66,7 @@ void ReleaseOutBuffers(Job& job) {
   job.printOutBufSize = 0;
 }
 
-// Rows of the layout are up to the end of their runs longer than the lines that the log speaks of.
+// The log keeps the size that the lines as such have; ends of runs and marks come on top.
 bool ObtainPassBuffers(Job& job, std::uint64_t loggedBytes) {
   const std::uint64_t bytes = PassBufferBytes(job.Mem.layout);
   for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {

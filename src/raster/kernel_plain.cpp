@@ -3,11 +3,10 @@
 
 #include "raster/kernels.h"
 #include "raster/print_out.h"
+#include "raster/row_layout.h"
 
 namespace qrn {
 namespace {
-
-constexpr std::uint32_t kPixelsPerByte = 4;
 
 unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
               std::uint8_t* runs, std::size_t runsApart) {
@@ -66,6 +65,6 @@ void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
 }  // namespace
 
 extern const Kernel kPlainKernel;
-const Kernel kPlainKernel = {"plain", Sort, Align, Lay, Stream};
+constinit const Kernel kPlainKernel = {"plain", Sort, Align, Lay, Stream};
 
 }  // namespace qrn

@@ -309,7 +309,7 @@ void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
 }  // namespace
 
 extern const Kernel kSse2Kernel;
-const Kernel kSse2Kernel = {"sse2", Sort, Align, Lay, Stream};
+constinit const Kernel kSse2Kernel = {"sse2", Sort, Align, Lay, Stream};
 
 }  // namespace qrn
 

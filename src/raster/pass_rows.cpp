@@ -10,8 +10,6 @@
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kBufferHeights = 4;  // of nResY rows
-
 bool HasInk(const std::uint8_t* bytes, std::size_t count) {
   std::size_t at = 0;
   for (; at + 64 <= count; at += 64) {
@@ -32,9 +30,9 @@ std::uint32_t PartBytesOf(const RowLayout& layout, std::uint32_t part) {
 
 // The processor sees no stream in runs that lie far apart: it is told where the next parts go.
 void PrefetchParts(const std::uint8_t* run, std::uint32_t phases, std::size_t runsApart) {
-  for (std::uint32_t phase = 0; phase < phases; ++phase, run += runsApart) {
+  for (std::uint32_t phase = 0; phase < phases; ++phase) {
     for (std::uint32_t at = 0; at < kPartBytes; at += kCacheLineBytes)
-      __builtin_prefetch(run + at, 1);
+      __builtin_prefetch(run + phase * runsApart + at, 1);
   }
 }
 
@@ -58,8 +56,8 @@ void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* marks, 
     PrefetchParts(run + kPartBytes, layout.phases, runsApart);
     inked = TheKernel().sort(layout.phases, line, partBytes / kVectorBytes, run, runsApart);
   }
-  for (std::uint32_t phase = 0; phase < layout.phases; ++phase, run += runsApart) {
-    if (!ink) std::memset(run, 0, partBytes);
+  for (std::uint32_t phase = 0; phase < layout.phases; ++phase) {
+    if (!ink) std::memset(run + phase * runsApart, 0, partBytes);
     marks[phase * layout.parts + part] = Low8(inked >> phase & 1u);
   }
 }
@@ -79,7 +77,7 @@ bool ForMarks(const Job& job, std::uint32_t plane, std::uint32_t first, std::uin
 
 RowLayout LayoutOf(const Job& job) {
   RowLayout layout{};
-  layout.rows = job.nResY * kBufferHeights;
+  layout.rows = job.nResY * kPassBufferHeights;
   layout.lineBytes = job.lineStride;
   const ColumnMode* mode = ModeOf(job);
   const std::uint32_t printedBytes = std::min(job.nLineBits / 8, job.lineStride);

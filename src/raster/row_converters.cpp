@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/bytes.h"
 #include "raster/column_modes.h"
 #include "raster/print_out.h"
 #include "raster/tile_walk.h"
@@ -13,6 +14,7 @@ namespace {
 // row's own column is added in both.
 void ConvertRows(Job& job, ConvertParams& params, const ColumnMode& mode, bool reverse) {
   const RowLayout& layout = job.Mem.layout;
+  params.nozzleCount = Low16(kNozzles - job.featherRows);
   params.firstByte = params.endByte = 0;
   ColumnWalk walk{};
   walk.phase = job.passIndex / mode.passesPerPhase;

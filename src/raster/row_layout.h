@@ -18,7 +18,9 @@
 
 namespace qrn {
 
+constexpr std::uint32_t kPixelsPerByte = 4;
 constexpr std::uint32_t kPartBytes = 256;
+constexpr std::uint32_t kPassBufferHeights = 4;  // rows of the ring, in heights of nResY
 
 struct RowLayout {
   std::uint32_t rows;         // of the ring

@@ -1,4 +1,4 @@
-// Walks the columns of a pass, driven from the output. A strip of 512 columns is aligned at once,
+// Walks the columns of a pass, driven from the output. A strip of 1024 columns is aligned at once,
 // so that the run of a nozzle row is sought and read once for all of them. Then it is laid in tiles
 // of 256 columns, which stay in the first cache while the nozzles, eight of both heads at a time,
 // put their 16 bytes into every one. Host's thread; there is one strip, so walks never run side by

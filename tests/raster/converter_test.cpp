@@ -106,7 +106,6 @@ class Converters : public JobFixture {
     ConvertParams params{};
     params.rows[params.rowCount++] = kRowA;
     if (mode.passesPerPhase == 1) params.rows[params.rowCount++] = kRowB;
-    params.nozzleCount = static_cast<std::uint16_t>(kNozzles - job.featherRows);
     (reverse ? mode.reverse : mode.forward)(job, params);
     return params;
   }

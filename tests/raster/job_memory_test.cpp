@@ -1,8 +1,12 @@
 #include "raster/job_memory.h"
 
+#include <algorithm>
 #include <set>
 #include <vector>
 
+#include "params/feather_masks.h"
+#include "raster/band.h"
+#include "raster/feather_runs.h"
 #include "raster/pass_rows.h"
 #include "support/job_fixture.h"
 
@@ -81,6 +85,35 @@ TEST_F(JobMemory, OfARepeatedConnectIsUsedAgainWhenItFitsAndReplacedWhenNot) {
   const std::vector<std::uint8_t> wide(480, 1);
   StoreRow(job, 7, 1439, wide.data(), 480);
   job.swathQueue[5].pSwathData[job.printOutBufSize - 1] = 1;
+}
+
+// What stays from the connect before would be too small.
+TEST_F(JobMemory, OfFeatherMasksIsThatOfTheLastConnect) {
+  job.dualHead = 1;
+  job.nLineBits = 384;
+  for (const int percent : {10, 100, 0}) {
+    job.featherPercent = static_cast<std::uint8_t>(percent);
+    BuildFeatherMasks(job);
+    AllocJobMem(job);
+    ASSERT_EQ(percent == 0, job.Mem.pFeatherRuns == nullptr);
+    if (percent == 0) continue;
+    std::vector<std::uint8_t> wanted(FeatherRunsBytes(job));
+    BuildFeatherRuns(job, wanted.data());
+    EXPECT_TRUE(std::equal(wanted.begin(), wanted.end(), job.Mem.pFeatherRuns));
+  }
+}
+
+// The ring of a lower page begins anew.
+TEST_F(JobMemory, OfARepeatedConnectBeginsWithTheFirstRow) {
+  job.nResY = 720;
+  AllocJobMem(job);
+  job.swathH = 360;
+  for (int band = 0; band < 7; ++band) ShiftPassBuffers(job);  // 2520 of 2880 rows on
+  job.nResY = 360;
+  AllocJobMem(job);
+  const std::vector<std::uint8_t> line(48, 1);
+  StoreRow(job, 7, 1439, line.data(), 48);  // the address sanitizer watches
+  EXPECT_FALSE(AreRowsBlank(job, 1439, 1));
 }
 
 TEST_F(JobMemory, ThatCannotBeHadRaises13AndLeavesNothing) {
