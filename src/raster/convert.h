@@ -31,9 +31,9 @@ struct ConvertParams {
 };
 
 // The share of curColor in the conversion of the current pass: finds its nozzle rows and enters
-// them. Their dots are placed by RunWorker, with those of all other colours: eight nozzle rows share
-// every byte of a column, and one colour at a time would write each four times. A colour that the
-// one head in use does not carry has no rows.
+// them. Their dots are placed by RunWorker, with those of all other colours: eight nozzle rows
+// share every byte of a column, and one colour at a time would write each four times. A colour that
+// the one head in use does not carry has no rows.
 void ConvertColor(Job& job, ConvertParams& params);
 
 // Runs the worker over all rows that have been entered: their dots go into PrintOutBuf, the pixels
