@@ -85,10 +85,11 @@ template <std::uint32_t kPixel, std::uint32_t kTo, std::uint32_t kStreams>
 Vector Pick(const Vector (&v)[kStreams]) {
   constexpr int kFromBit = 6 - 2 * static_cast<int>(kPixel % 4), kToBit = 2 * kTo;
   const Vector bits = And(v[kPixel / 4], All8(3 << kFromBit));
-  if constexpr (kFromBit > kToBit)
+  if constexpr (kFromBit > kToBit) {
     return ShiftRight<kFromBit - kToBit>(bits);
-  else
+  } else {
     return ShiftLeft<kToBit - kFromBit>(bits);
+  }
 }
 
 // The sorted byte of phase kPhase and of all after it.
@@ -125,10 +126,11 @@ unsigned SortInto(const std::uint8_t* line, std::size_t vectors, std::uint8_t* r
     for (std::uint32_t i = 0; i < kPhases; ++i) v[i] = Load(line + i * kVectorBytes);
     Deinterleave(v);
     Vector sorted[kPhases];
-    if constexpr (kPhases % 4 == 0)
+    if constexpr (kPhases % 4 == 0) {
       TurnPixels(v, sorted);
-    else
+    } else {
       PickPhases<kPhases, 0>(v, sorted);
+    }
     for (std::uint32_t phase = 0; phase < kPhases; ++phase) {
       Store(runs + phase * runsApart, sorted[phase]);
       ink[phase] = Or(ink[phase], sorted[phase]);
@@ -265,10 +267,11 @@ void LayBlock(const Turned& turned, std::uint32_t nozzles, std::uint32_t left, s
       const std::uint32_t column = 4 * i + firstColumn;
       if (!kWhole && column >= left) continue;
       std::uint8_t* const run = plane + static_cast<std::ptrdiff_t>(column) * columnStep;
-      if (kWhole || nozzles == kGroupNozzles)
+      if (kWhole || nozzles == kGroupNozzles) {
         Store(run, v[i]);
-      else
+      } else {
         _mm_storel_epi64(reinterpret_cast<Vector*>(run), v[i]);
+      }
     }
   }
 }
