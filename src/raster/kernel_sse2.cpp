@@ -154,10 +154,8 @@ unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vector
       return SortInto<4>(line, vectors, runs, runsApart);
     case 6:
       return SortInto<6>(line, vectors, runs, runsApart);
-    case 8:
-      return SortInto<8>(line, vectors, runs, runsApart);
     default:
-      return 0;
+      return SortInto<8>(line, vectors, runs, runsApart);
   }
 }
 

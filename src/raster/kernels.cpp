@@ -9,14 +9,14 @@ extern const Kernel kSse2Kernel;
 
 namespace {
 
-const Kernel* const kKernels[] = {
+constexpr const Kernel* kKernels[] = {
 #ifdef __SSE2__
     &kSse2Kernel,
 #endif
     &kPlainKernel,
 };
 
-const Kernel* g_kernel = kKernels[0];
+constinit const Kernel* g_kernel = kKernels[0];
 
 }  // namespace
 

@@ -64,7 +64,7 @@ struct Kernel {
 // What every machine runs that this build is for; best first, plain last.
 std::span<const Kernel* const> Kernels();
 
-// The one in use: the best, unless a test has chosen.
+// The one in use: the best, unless a test or a measurement has chosen.
 const Kernel& TheKernel();
 void UseKernel(const Kernel& kernel);
 

@@ -117,10 +117,11 @@ void StoreRow(Job& job, std::uint32_t plane, std::uint32_t row, const std::uint8
     std::memset(marks, 0, layout.marks);
     return;
   }
+  std::uint8_t* const firstRun = RunAt(job, plane, 0, index);
   const std::uint32_t partLineBytes = kPartBytes * layout.phases;
   for (std::uint32_t part = 0; part < layout.parts; ++part) {
     const std::uint32_t from = std::min(part * partLineBytes, sortedBytes);
-    StorePart(layout, RunAt(job, plane, 0, index), marks, part, line + from,
+    StorePart(layout, firstRun, marks, part, line + from,
               std::min(partLineBytes, sortedBytes - from));
   }
   std::uint8_t* const rest = RestAt(job, plane, index);

@@ -153,6 +153,21 @@ TEST_F(Intake, PassHasTheSizeOfImageStaggerAndGap) {
   }
 }
 
+TEST_F(Intake, PassOfACountWithoutAModeGoesOutWithoutDots) {
+  FreeJobMem(job);
+  job.passCount = 5;
+  job.passStep = 72;
+  AllocJobMem(job);
+  SetByte(0, 720, 3, 0xFF);
+  std::memset(job.PrintOutBuf, 0xA5, job.printOutBufSize);
+  job.passNo = 4;  // looks at rows from 288 on
+  ConvertPass(job);
+  EXPECT_EQ(0, job.passEmpty);
+  EXPECT_EQ(0xFF, Row(0, 720)[3]);
+  const std::vector<std::uint8_t> blankColumns(job.passDataSize);
+  EXPECT_EQ(0, std::memcmp(blankColumns.data(), job.PrintOutBuf, job.passDataSize));
+}
+
 TEST_F(Intake, BandsRunTheirPassesAndTheFlushRunsFiveMore) {
   for (int i = 0; i < 360; ++i) ASSERT_EQ(1, AddLine(job, 7, 12, blank));
   EXPECT_EQ(4u, job.passNo);
