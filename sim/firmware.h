@@ -12,6 +12,7 @@
 #include "sim/carriage.h"
 #include "sim/job_state.h"
 #include "sim/machine.h"
+#include "sim/message_order.h"
 #include "sim/paper.h"
 #include "sim/quirk_moments.h"
 #include "sim/reply_pipe.h"
@@ -27,8 +28,11 @@ class Firmware {
 
   // Takes one message; the reply to it, or none while more is to come.
   std::optional<Reply> Take(const WireMessage& message, std::uint32_t nowMs);
-  // The link was opened anew.
-  void Reopened() { awaitedSwath_.clear(); }
+  // The host has read this reply, whole.
+  void Told(const Reply& reply) { order_.Told(reply); }
+  // A transfer of the host's failed.
+  void TransferFailed() { order_.TransferFailed(); }
+  void Reopened();
   // True for the packet that tests, after a reconnection, whether the printer answers.
   static bool IsTest(const WireMessage& message);
   // Something befell the printer, beside what the firmware does itself.
@@ -49,6 +53,7 @@ class Firmware {
   using Packet = std::vector<std::uint8_t>;
 
   void Fail(const std::string& what);
+  std::optional<Reply> TakeMessage(const WireMessage& message, std::uint32_t nowMs);
   Reply TakeCommand(const Packet& packet, std::uint32_t nowMs);
   Reply Connect();
   Reply CreateJob(const Packet& packet);
@@ -65,6 +70,7 @@ class Firmware {
 
   Machine machine_;
   QuirkMoments* moments_;
+  MessageOrder order_;
   JobState state_;
   Paper paper_;
   std::unique_ptr<Carriage> carriage_;  // null before the first job create
