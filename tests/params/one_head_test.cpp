@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "params/param_fixture.h"
-#include "raster/band.h"
-#include "raster/pass_rows.h"
-#include "raster/swath_builder.h"
 
 namespace qrn {
 namespace {
@@ -113,53 +110,6 @@ TEST_F(OneHead, AloneOnACarriageForTwoStartsAHeadDistanceFurtherOn) {
   EXPECT_EQ(4 * (1984 + 12) + 3628, job.marginDots);
   EXPECT_EQ(1, job.singleHead);
 }
-
-// Every width of a line up to 200 bytes, and the widest image that each resolution takes: the
-// address sanitizer sees a dot that is placed outside, and no swath is larger than its buffer.
-class OneHeadSizes : public OneHead, public testing::WithParamInterface<std::uint16_t> {
- protected:
-  static constexpr std::uint8_t kBoth[] = {0, 1};
-
-  void ExpectPassesInside(std::uint32_t pixels) {
-    SCOPED_TRACE(testing::Message() << job.nResX << " dpi, " << pixels << " pixels");
-    job.nLineBits = 2 * pixels;
-    ASSERT_TRUE(Parse());
-    TakeLog();
-    const std::vector<std::uint8_t> full(job.lineStride, 0xFF);
-    for (const std::uint8_t pass : kBoth) {
-      for (const std::uint8_t direction : kBoth) {
-        for (std::uint32_t row = 0; row < kPlanes * (job.passStep + 360u); ++row)
-          StoreRow(job, row % kPlanes, row / kPlanes, full.data(), job.lineStride);
-        job.passNo = pass;
-        job.passDir = direction;
-        std::memset(job.PrintOutBuf, 0, job.printOutBufSize);
-        ConvertPass(job);
-        Swath& swath = job.swathQueue[0];
-        CreateSwath(job, swath);
-        ASSERT_LE(swath.dataSize, job.printOutBufSize);
-        EXPECT_EQ(0u, swath.dataSize % 320);
-        // What lies behind the swath is blank: all columns travel.
-        std::uint8_t* const end = swath.pSwathData + job.printOutBufSize;
-        EXPECT_EQ(end, std::find_if(swath.pSwathData + swath.dataSize, end,
-                                    [](std::uint8_t byte) { return byte != 0; }));
-      }
-    }
-    TakeLog();
-  }
-};
-
-TEST_P(OneHeadSizes, HoldEveryPassOfEveryWidth) {
-  job.nResX = GetParam();
-  for (std::uint32_t bytes = 0; bytes <= 200; ++bytes)
-    ExpectPassesInside(4 * bytes + bytes % 4);  // with each rest of a byte
-  // The travel of 2150 mm leaves 1955 mm.
-  const std::uint32_t widest = 1955u * job.nResX * 10 / 254;
-  ExpectPassesInside(widest);
-  ExpectPassesInside(widest - 1);
-  ExpectPassesInside(widest / 48 * 48);
-}
-
-INSTANTIATE_TEST_SUITE_P(Resolutions, OneHeadSizes, testing::Values(1080, 1440, 1620, 2160));
 
 }  // namespace
 }  // namespace qrn
