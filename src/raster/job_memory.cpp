@@ -60,7 +60,11 @@ bool ObtainFeatherRuns(Job& job) {
   Release(&job.Mem.pFeatherRuns);
   const std::size_t bytes = FeatherRunsBytes(job);
   if (bytes == 0) return true;
-  if (!Obtain(&job.Mem.pFeatherRuns, bytes)) return false;
+  if (!Obtain(&job.Mem.pFeatherRuns, bytes)) {
+    LogPrint("mem: malloc pJob->Mem.pFeatherRuns fail %d-%d!", job.featherRows,
+             static_cast<int>(bytes));
+    return false;
+  }
   BuildFeatherRuns(job, job.Mem.pFeatherRuns);
   return true;
 }
