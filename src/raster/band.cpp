@@ -26,11 +26,10 @@ void ClearMargins(Job& job, const ConvertParams& params) {
 
 }  // namespace
 
-int CompleteBand(Job& job) {
-  if (!RunPasses(job)) return 0;
+void CompleteBand(Job& job) {
+  if (!RunPasses(job)) return;
   job.feedLine = job.linesReceived;
   ShiftPassBuffers(job);
-  return 1;
 }
 
 bool RunPasses(Job& job) {

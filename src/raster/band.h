@@ -6,9 +6,8 @@
 
 namespace qrn {
 
-// Runs the passes of a full band and moves on. 1, or 0 when a swath could not be made: then nothing
-// has moved.
-int CompleteBand(Job& job);
+// Runs the passes of a full band and moves on; where a swath could not be made, nothing moves.
+void CompleteBand(Job& job);
 
 // One round of passCount passes; false when a swath could not be made.
 [[nodiscard]] bool RunPasses(Job& job);

@@ -37,8 +37,7 @@ void EnterRow(const Job& job, ConvertParams& params, std::uint32_t head, std::ui
 
 // Row A prints the first line of every pair of lines, row B the second.
 void ConvertDual(Job& job, ConvertParams& params) {
-  std::uint32_t head = 0;
-  (void)LocateRowsDual(job, &head);  // always 1
+  const std::uint32_t head = LocateRowsDual(job);
   // PHA prints lines that lie further down the page than PHB's.
   const std::uint32_t firstRow = job.passRow + (head == 1 ? 0u : kHeadLines - job.headGapY);
   EnterRow(job, params, head, job.rowBitA, job.rowColA, firstRow);
@@ -49,7 +48,7 @@ void ConvertDual(Job& job, ConvertParams& params) {
 // parities by themselves. With an even one all passes start on even rows: in reverse the first pass
 // of the pair then takes the odd lines, which forward passes never reach.
 void ConvertSingle(Job& job, ConvertParams& params) {
-  (void)LocateRowsSingle(job.singleHead, job);  // always 1
+  LocateRowsSingle(job.singleHead, job);
   const bool oddLines = job.passDir != 0 && job.passStep % 2 == 0 && job.passIndex % 2 == 0;
   EnterRow(job, params, job.singleHead, job.rowBitA, job.rowColA,
            job.passRow + (oddLines ? 1u : 0u));
@@ -74,7 +73,7 @@ void RunWorker(Job& job, ConvertParams& params) {
   }
 }
 
-int LocateRowsDual(Job& job, std::uint32_t* head) {
+std::uint32_t LocateRowsDual(Job& job) {
   constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
   std::uint32_t rowA = 0, rowB = 0, found = 0;
   for (std::uint32_t row = 0; row < kRows && found < 2; ++row) {
@@ -83,23 +82,22 @@ int LocateRowsDual(Job& job, std::uint32_t* head) {
     rowA = row;
     ++found;
   }
-  *head = rowA / kPlanes;
+  const std::uint32_t head = rowA / kPlanes;
 
   // The head that comes second in the direction of travel fires a head distance later.
-  const bool second = (job.passDir == 0) == (*head == 1);
+  const bool second = (job.passDir == 0) == (head == 1);
   const std::uint32_t gap = second ? job.headGapX : 0;
   SetRow(job, rowA % kPlanes, gap, true);
   SetRow(job, rowB % kPlanes, gap, false);
-  return 1;
+  return head;
 }
 
-int LocateRowsSingle(std::uint32_t head, Job& job) {
+void LocateRowsSingle(std::uint32_t head, Job& job) {
   job.rowBitA = job.rowBitB = 0;
   job.rowColA = job.rowColB = 0;
   for (std::uint32_t slot = 0, found = 0; slot < kPlanes && found < 2; ++slot) {
     if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, found++ == 0);
   }
-  return 1;
 }
 
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot) {

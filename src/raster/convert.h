@@ -40,13 +40,13 @@ void ConvertColor(Job& job, ConvertParams& params);
 // out of the pass buffers. A two-head pass count other than 3, 4, 6, 8 converts nothing.
 void RunWorker(Job& job, ConvertParams& params);
 
-// Sets rowBitA/B and rowColA/B for curColor with two heads, and the head whose bytes both rows use;
-// 1.
-int LocateRowsDual(Job& job, std::uint32_t* head);
+// Sets rowBitA/B and rowColA/B for curColor with two heads. Returns the head whose bytes both rows
+// use.
+std::uint32_t LocateRowsDual(Job& job);
 
 // The same with one head, whose bytes are those `head` on; a row that the colour does not have gets
-// bit 0. 1.
-int LocateRowsSingle(std::uint32_t head, Job& job);
+// bit 0.
+void LocateRowsSingle(std::uint32_t head, Job& job);
 
 // Output column offset of a nozzle row in the current direction.
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot);

@@ -170,7 +170,7 @@ TEST_F(Swaths, WaitForASlotAndSayOnceThatTheyDo) {
   EXPECT_EQ("", TakeLog());
   platform.onSleep = nullptr;
   sleepsBefore = platform.sleeps.size();
-  EXPECT_TRUE(WaitSwathQueue(job));
+  WaitSwathQueue(job);
   EXPECT_EQ(sleepsBefore, platform.sleeps.size());
 }
 
