@@ -13,8 +13,6 @@
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kShiftRows = 720;  // two head heights, whatever the band's height is
-
 // Zeros in front of what a worker has written and behind it, as far as the swath carries.
 void ClearMargins(Job& job, const ConvertParams& params) {
   const std::size_t end = SwathDataSize(job);

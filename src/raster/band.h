@@ -2,9 +2,14 @@
 #ifndef QRN_RASTER_BAND_H_
 #define QRN_RASTER_BAND_H_
 
+#include <cstdint>
+
 #include "host/job.h"
 
 namespace qrn {
+
+// Rows that move on with a band: two head heights, whatever the band's height is.
+constexpr std::uint32_t kShiftRows = 720;
 
 // Runs the passes of a full band and moves on; where a swath could not be made, nothing moves.
 void CompleteBand(Job& job);

@@ -44,14 +44,10 @@ void ConvertDual(Job& job, ConvertParams& params) {
   EnterRow(job, params, head, job.rowBitB, job.rowColB, firstRow + 1);
 }
 
-// A pass prints every other line. With an odd step the two passes of a phase start on rows of both
-// parities by themselves. With an even one all passes start on even rows: in reverse the first pass
-// of the pair then takes the odd lines, which forward passes never reach.
 void ConvertSingle(Job& job, ConvertParams& params) {
   LocateRowsSingle(job.singleHead, job);
-  const bool oddLines = job.passDir != 0 && job.passStep % 2 == 0 && job.passIndex % 2 == 0;
   EnterRow(job, params, job.singleHead, job.rowBitA, job.rowColA,
-           job.passRow + (oddLines ? 1u : 0u));
+           SingleFirstRow(job, job.passIndex, job.passDir));
 }
 
 // Bit and column of one row of a colour.
@@ -98,6 +94,11 @@ void LocateRowsSingle(std::uint32_t head, Job& job) {
   for (std::uint32_t slot = 0, found = 0; slot < kPlanes && found < 2; ++slot) {
     if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, found++ == 0);
   }
+}
+
+std::uint32_t SingleFirstRow(const Job& job, std::uint32_t passIndex, std::uint32_t direction) {
+  const bool oddLines = direction != 0 && job.passStep % 2 == 0 && passIndex % 2 == 0;
+  return job.passStep * passIndex + (oddLines ? 1 : 0);
 }
 
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot) {

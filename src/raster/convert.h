@@ -48,6 +48,12 @@ std::uint32_t LocateRowsDual(Job& job);
 // bit 0.
 void LocateRowsSingle(std::uint32_t head, Job& job);
 
+// First of the rows, two apart, that a pass of one head prints. With an odd step the two passes of
+// a phase start on rows of both parities by themselves. With an even one all passes start on even
+// rows: in reverse (direction 1) the first pass of the pair then takes the odd lines, which forward
+// passes never reach.
+std::uint32_t SingleFirstRow(const Job& job, std::uint32_t passIndex, std::uint32_t direction);
+
 // Output column offset of a nozzle row in the current direction.
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot);
 
