@@ -51,14 +51,6 @@ TEST_F(JobMemory, HasTheSizesOfAOneMetreImage) {
   EXPECT_EQ(nullptr, job.PrintOutBuf);
 }
 
-TEST_F(JobMemory, OfOneHeadHoldsItsWidestPass) {
-  job.lineStride = 14176;
-  job.nLineBits = 14176 * 8;
-  job.rowOffset[0] = 300;
-  AllocJobMem(job);
-  EXPECT_EQ(13919040u, job.printOutBufSize);  // (4 x 4726 + 300 + 128) x 720, a multiple of 320
-}
-
 // Ends of runs and marks come on top of the lines; the swaths' buffers have no more than they had.
 TEST_F(JobMemory, OfPagesFromTenCentimetresOnIsAtMost5PercentMoreThanItsLinesAndSwaths) {
   struct Mode {
