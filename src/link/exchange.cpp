@@ -82,8 +82,15 @@ Attempt TakeReply(Job& job, const Message& message, std::uint32_t startMs) {
   }
 }
 
-Attempt TryOnce(Job& job, const Message& message, int resends) {
-  if (message.dataBytes != 0 && IsStopRequested(job)) {
+// A swath is given up when the job stops. One that only feeds the paper has its first attempt all
+// the same.
+bool IsGivenUp(Job& job, const Message& message, bool repeated) {
+  return message.Code() == kCmdSwath && (message.dataBytes != 0 || repeated) &&
+         IsStopRequested(job);
+}
+
+Attempt TryOnce(Job& job, const Message& message, int resends, int reconnections) {
+  if (IsGivenUp(job, message, resends != 0 || reconnections != 0)) {
     LogPrint("Tx swathing... bur quit!");
     return Attempt::kDelivered;
   }
@@ -128,7 +135,7 @@ int TxExchange(Job& job, const std::uint8_t* packet, std::uint32_t packetBytes,
   if (dataBytes != 0) TxWaitFwBuffer(job, dataBytes);
   int resends = 0, reconnections = 0;
   for (;;) {
-    switch (TryOnce(job, message, resends)) {
+    switch (TryOnce(job, message, resends, reconnections)) {
       case Attempt::kDelivered:
         return 1;
       case Attempt::kRefused:

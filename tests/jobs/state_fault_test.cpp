@@ -34,6 +34,7 @@ struct Case {
   std::vector<Expected> log;
   std::uint32_t hostNapMs = 0;
   bool allPlanes = false;
+  std::uint32_t farLine = 0;
 };
 
 std::vector<Outcome> PlayAll(const std::vector<Case>& cases) {
@@ -44,6 +45,7 @@ std::vector<Outcome> PlayAll(const std::vector<Case>& cases) {
     scene.script = expected.script;
     scene.hostNapMs = expected.hostNapMs;
     scene.allPlanes = expected.allPlanes;
+    scene.farLine = expected.farLine;
     outcomes.push_back(Play(scene));
     EXPECT_TRUE(outcomes.back().started);
     EXPECT_EQ("", outcomes.back().violation);
@@ -162,6 +164,17 @@ TEST(Cancels, EndTheJobWhereverTheyAreReported) {
              {1, "Task end(3)!"},
              {96, "All swath sended!"},
              {96, "jobend: *"}}},
+           // Passes are 90 lines apart and four meet each line: four between the two are blank.
+           {"in the reply to a swath that only feeds, which is never taken",
+            {{4, 5, Spoiled::kSays, 0, {State(4, 0, 2)}, 1'000'000}},
+            {{0, "Tx empty Swath5(0)  steps:7200"},
+             {1, kCancelled},
+             {1, "Rx JOBS_CANCEL(1)"},
+             {1, "Tx swathing... bur quit!"},
+             {1, "Task end(3)!"}},
+            0,
+            false,
+            720},
            // The job goes on for a moment: what was reported once is told the printer.
            {"and taken back",
             {{4, 2, Spoiled::kSays, 0, {State(4, 1, 3)}},

@@ -223,6 +223,22 @@ TEST_F(Exchange, SendsTheWholeMessageAgainAfterTheLinkIsBack) {
   }
 }
 
+TEST_F(Exchange, GivesUpASwathThatOnlyFeedsWhenItWouldBeRepeatedInAJobThatStops) {
+  job.nErrCode = 26;
+  platform.replies = {kTaken};
+  EXPECT_EQ(1, SendSwath(0));
+  EXPECT_EQ((Codes{4}), Sent());
+  platform.onSleep = [this] { job.nErrCode = 26; };  // in the rest after the overflow or the reopen
+  for (const bool lost : {false, true}) {
+    job.nErrCode = 0;
+    platform.replies = {lost ? Bytes{} : kOverflow, Reply({10, 1})};
+    EXPECT_EQ(1, SendSwath(0));
+    EXPECT_EQ((lost ? Codes{4, 10} : Codes{4}), Sent());
+    EXPECT_EQ(kSwathFree, slot.state);
+    EXPECT_TRUE(HasLines(TakeLog(), {"Tx empty Swath12(0)", "Tx swathing... bur quit!"}));
+  }
+}
+
 TEST_F(Exchange, EndsTheThreadWhenTheLinkIsGivenUp) {
   struct Case {
     std::uint8_t code, error;  // an error recorded before: the job is stopping
