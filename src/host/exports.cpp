@@ -76,7 +76,7 @@ int32_t QRN_CDECL EndRipData(void) {
   const Entry entry;
   if (!entry.IsAdmitted()) return 1;
   Job& job = GetJob();
-  (void)FlushLastBands(job);  // a flush that stopped early is ended like any other job
+  FlushLastBands(job);  // a flush that stopped early is ended like any other job
   JobEnd(job);
   return 1;
 }
@@ -109,7 +109,7 @@ int32_t QRN_STDCALL PP_SendALineAColorData(uint32_t color, uint32_t bytes, const
   Job& job = GetJob();
   if (IsStopRequested(job)) return 0;
   const int taken = AddLine(job, color, bytes, line);
-  if (job.linesReceived == job.nHeight) (void)FlushLastBands(job);
+  if (job.linesReceived == job.nHeight) FlushLastBands(job);
   return taken;
 }
 

@@ -113,7 +113,7 @@ int CmdExecute(std::uint32_t code, Job& job) {
 }
 
 void JobEnd(Job& job) {
-  (void)WaitSwathQueue(job);
+  WaitSwathQueue(job);
   (void)CmdExecute(kCmdJobEnd, job);  // a printer that does not take it is left all the same
   LinkStop(job);
   FreeJobMem(job);

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr DWORD kHeldAfterMs = 1000;  // no virtual printer answers later than this
+constexpr DWORD kHeldAfterMs = 300;  // no virtual printer answers later than this
 constexpr DWORD kLookAgainMs = 5;
 
 qrn::UsbPort* g_port = nullptr;
