@@ -16,8 +16,9 @@ namespace {
 constexpr DWORD kHeldAfterMs = 300;  // no virtual printer answers later than this
 constexpr DWORD kLookAgainMs = 5;
 
-qrn::UsbPort* g_port = nullptr;
-std::uint32_t g_handle = 0;  // of the port; the DLL has a real one, of the null device
+qrn::UsbPort* g_plugged = nullptr;
+qrn::UsbPort* g_port = nullptr;  // the open one
+std::uint32_t g_handle = 0;      // of the port; the DLL has a real one, of the null device
 std::string g_path;
 DWORD g_hostThread = 0;
 std::uint32_t g_speed = 1;
@@ -30,7 +31,7 @@ HDEVINFO WINAPI GetClassDevs(const GUID*, PCSTR, HWND, DWORD) {
 
 BOOL WINAPI EnumInterfaces(HDEVINFO, PSP_DEVINFO_DATA, const GUID*, DWORD index,
                            PSP_DEVICE_INTERFACE_DATA) {
-  const char* path = g_port != nullptr ? g_port->PathAt(index, GetTickCount()) : nullptr;
+  const char* path = g_plugged != nullptr ? g_plugged->PathAt(index, GetTickCount()) : nullptr;
   if (path == nullptr) return FALSE;
   g_path = path;
   return TRUE;
@@ -49,7 +50,9 @@ BOOL WINAPI DestroyList(HDEVINFO) { return TRUE; }
 
 HANDLE WINAPI OpenDevice(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                          DWORD disposition, DWORD flags, HANDLE model) {
-  if (g_handle != 0) g_port->Close(g_handle, GetTickCount());
+  if (g_port == g_plugged && g_handle != 0) g_port->Close(g_handle, GetTickCount());
+  g_port = g_plugged;
+  g_readHeld = false;
   std::uint32_t error = 0;
   g_handle = g_port->Open(path, GetTickCount(), &error);
   if (g_handle == 0) {
@@ -132,11 +135,7 @@ void LeadDeviceCallsHere(HMODULE dll, std::uint32_t speed) {
   }
 }
 
-void PlugIn(qrn::UsbPort* port) {
-  g_port = port;
-  g_handle = 0;
-  g_readHeld = false;
-}
+void PlugIn(qrn::UsbPort* port) { g_plugged = port; }
 
 int TerminatedThreads() { return g_terminated; }
 

@@ -14,7 +14,7 @@
 // Once a loaded DLL. The calling thread is the host's; its sleeps and ticks are `speed` times as
 // fast as the true ones.
 void LeadDeviceCallsHere(HMODULE dll, std::uint32_t speed);
-// What the next open finds; null: no printer. Only while no transfer is under way.
+// What the next open finds; null: no printer.
 void PlugIn(qrn::UsbPort* port);
 
 // Calls of the DLL to TerminateThread so far.
