@@ -7,6 +7,8 @@ add_library(qrn_driver SHARED $<TARGET_OBJECTS:qrn_core>)
 target_link_libraries(qrn_driver PRIVATE qrn_options Threads::Threads)
 set_target_properties(qrn_driver PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
                                             EXPORT_NAME driver)
+# Stays loaded once it is: a host that unloads it in the middle of a job would take the code from under its thread.
+target_link_options(qrn_driver PRIVATE -Wl,-z,nodelete)
 add_library(qrn_driver_static STATIC $<TARGET_OBJECTS:qrn_core>)
 target_link_libraries(qrn_driver_static PUBLIC Threads::Threads)
 set_target_properties(qrn_driver_static PROPERTIES EXPORT_NAME driver_static)

@@ -45,7 +45,7 @@ void ReplyPipe::Send(const Reply& reply, bool toAnswerTest, std::uint32_t nowMs)
   }
   PushStrays(reply, dueMs);
   if (const Quirk* garbage = moments_->Use(Quirk::Kind::kGarbage)) {
-    PushGarbage(static_cast<Garbage>(garbage->which), reply, toAnswerTest, dueMs);
+    PushGarbage(static_cast<Garbage>(garbage->which), reply, dueMs);
   } else {
     Push(packer_.Pack(reply), dueMs);
   }
@@ -66,11 +66,10 @@ void ReplyPipe::PushStrays(const Reply& reply, std::uint32_t dueMs) {
   }
 }
 
-// A spoilt reply is lost to the host, which must ask again. What does not look like a reply to the
-// host's message, and all of it in the answer test, comes in front of the true one: a host reads
-// on there, for as long as it takes.
-void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
-                            std::uint32_t dueMs) {
+// A reply that is cut short stands in place of the true one, and the host must ask again. What does
+// not look like a reply to the host's message comes in front of it: a host reads on there, for as
+// long as it takes.
+void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs) {
   Bytes packet = packer_.Pack(reply)[0];  // whose number is not taken back
   switch (form) {
     case Garbage::kKind:
@@ -109,7 +108,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
     }
   }
   Push({packet}, dueMs);
-  if (form == Garbage::kRandom || toAnswerTest) Push(packer_.Pack(reply), dueMs);
+  Push(packer_.Pack(reply), dueMs);
 }
 
 // The frame is whole, all that it carries is random: the same in each run.

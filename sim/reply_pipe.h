@@ -37,7 +37,7 @@ class ReplyPipe {
 
   std::uint32_t DueMs(std::uint32_t nowMs);
   void PushStrays(const Reply& reply, std::uint32_t dueMs);
-  void PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest, std::uint32_t dueMs);
+  void PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs);
   Bytes RandomPacket();
   void Push(const std::vector<Bytes>& packets, std::uint32_t dueMs);
 
