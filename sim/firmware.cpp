@@ -43,7 +43,7 @@ void Firmware::Reopened() {
 
 std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t nowMs) {
   moments_->CountMessage();
-  const std::optional<Reply> reply = TakeMessage(message, nowMs);
+  std::optional<Reply> reply = TakeMessage(message, nowMs);
   if (reply && U16(&(*reply)[2]) == 1) order_.Taken();
   return reply;
 }
