@@ -3,6 +3,7 @@
 
 #include <fstream>
 
+#include "print_page/drop_levels.h"
 #include "print_page/input.h"
 #include "print_page/options.h"
 #include "print_page/page.h"
@@ -16,7 +17,7 @@ TEST(Levels, DitherToTheInksShareAndKeepTheEnds) {
   for (unsigned ink = 0; ink < 256; ++ink) {
     unsigned sum = 0;
     for (unsigned place = 0; place < 64; ++place)
-      sum += LevelOf(static_cast<std::uint8_t>(ink), place % 8, place / 8);
+      sum += LevelOf(static_cast<std::uint8_t>(ink), place % kScreenPixels, place / kScreenPixels);
     EXPECT_NEAR(ink * 3.0 / 255.0, sum / 64.0, 1.0 / 64);
   }
 }

@@ -5,12 +5,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "print_page/temporary_folder.h"
 #include "support/test_seed.h"
@@ -66,6 +69,17 @@ class Program : public testing::Test {
     EXPECT_EQ(static_cast<std::size_t>(code), Count(err, "\n")) << err;  // silent, or one line
   }
 
+  // What lies on the paper of each page, in percent of a full solid of C, M, Y, K.
+  std::vector<std::array<double, 4>> InkOnPaper() const {
+    std::vector<std::array<double, 4>> pages;
+    for (std::size_t at = 0; (at = out.find("ink  ", at)) != std::string::npos; ++at) {
+      auto& ink = pages.emplace_back();
+      EXPECT_EQ(4, std::sscanf(out.c_str() + at, "ink C %lf %%, M %lf %%, Y %lf %%, K %lf %%",
+                               &ink[0], &ink[1], &ink[2], &ink[3]));
+    }
+    return pages;
+  }
+
   const TemporaryFolder folder;
   int exitCode = -1;
   std::string out, err;
@@ -109,6 +123,23 @@ TEST_F(Program, SaysWhatIsWrongWithAnInput) {
   Write("wrong.ps", "%!PS\nshowpage\nnosuchname\n");
   Run("wrong.ps");
   ExpectExit(1, "wrong.ps': behind page 1: gs: Error: /undefined in nosuchname\n");
+}
+
+// Every ink takes each of 21 steps on one of 21 pages, each ink in another order.
+TEST_F(Program, PrintsTintsOnPaperAsTheDocumentAsksForThem) {
+  Write("ramp.ps",
+        "%!PS\n<< /PageSize [36 36] >> setpagedevice /tint { 21 mod 20 div } def\n"
+        "0 1 20 { dup tint exch dup 4 mul tint exch dup 8 mul tint exch 13 mul tint setcmykcolor\n"
+        "  0 0 36 36 rectfill showpage } for\n");
+  Run("ramp.ps");
+  ExpectExit(0, "comparison   0 of ");
+  const auto pages = InkOnPaper();
+  ASSERT_EQ(21u, pages.size());
+  for (unsigned page = 0; page < 21; ++page) {
+    const std::array<unsigned, 4> steps = {page, page * 4 % 21, page * 8 % 21, page * 13 % 21};
+    for (std::size_t ink = 0; ink < 4; ++ink)
+      EXPECT_NEAR(steps[ink] * 5.0, pages[page][ink], 1) << "page " << page << ", ink " << ink;
+  }
 }
 
 TEST_F(Program, RefusesADamagedPictureInsteadOfPrintingItsRest) {

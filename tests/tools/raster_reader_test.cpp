@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "print_page/drop_levels.h"
 #include "support/test_seed.h"
 #include "tools/raster_writer.h"
 

@@ -26,7 +26,7 @@ std::string Quoted(const std::string& path, const std::string& reason) {
   return "'" + path + "': " + reason;
 }
 
-// 2 bits per colour, plane by plane in each line, at the carriage's resolution; the document's page
+// 8 bits per colour, plane by plane in each line, at the carriage's resolution; the document's page
 // size, A4 where it names none.
 std::vector<std::string> GhostscriptCommand(const std::string& document, std::uint32_t resolution) {
   return {"gs",
@@ -39,7 +39,7 @@ std::vector<std::string> GhostscriptCommand(const std::string& document, std::ui
           "-sPAPERSIZE=a4",
           "-dEPSCrop",
           "-dcupsColorSpace=6",
-          "-dcupsBitsPerColor=2",
+          "-dcupsBitsPerColor=8",
           "-dcupsColorOrder=1",
           "-r" + std::to_string(resolution) + "x360",
           "-sstdout=%stderr",  // messages; the raster alone goes to standard output

@@ -12,7 +12,7 @@ namespace {
 
 struct Leftovers {
   std::mutex mutex;
-  std::set<std::filesystem::path> folders;
+  std::set<std::filesystem::path> paths;
   std::set<pid_t> children;
 };
 
@@ -35,7 +35,7 @@ void EndOnSignal(sigset_t signals) {
     waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
   }
   std::error_code ignored;
-  for (const auto& folder : all.folders) std::filesystem::remove_all(folder, ignored);
+  for (const auto& path : all.paths) std::filesystem::remove_all(path, ignored);
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
   raise(number);
 }
@@ -44,18 +44,29 @@ void EndOnSignal(sigset_t signals) {
 
 std::unique_lock<std::mutex> HoldOffSignals() { return std::unique_lock(All().mutex); }
 
-void NoteFolder(const std::filesystem::path& folder) { All().folders.insert(folder); }
+void NotePath(const std::filesystem::path& path) { All().paths.insert(path); }
 
 void NoteChild(pid_t child) { All().children.insert(child); }
 
-void ForgetFolder(const std::filesystem::path& folder) {
+void ForgetPath(const std::filesystem::path& path) {
   const auto lock = HoldOffSignals();
-  All().folders.erase(folder);
+  All().paths.erase(path);
 }
 
 void ForgetChild(pid_t child) {
   const auto lock = HoldOffSignals();
   All().children.erase(child);
+}
+
+Leftover::Leftover(const std::filesystem::path& path) : path_(path) {
+  const auto lock = HoldOffSignals();
+  NotePath(path_);
+}
+
+Leftover::~Leftover() {
+  std::error_code ignored;
+  std::filesystem::remove(path_, ignored);
+  ForgetPath(path_);
 }
 
 void CleanUpOnSignals() {

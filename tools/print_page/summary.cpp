@@ -26,6 +26,18 @@ std::string LinesText(const PageReport& report) {
                : Format("%u of %u lines handed over", report.linesPrinted, report.lines);
 }
 
+// "C 12.50 %, K 3.00 %"; slots behind the usual four go by their number.
+std::string InkText(const PageReport& report) {
+  constexpr std::array<const char*, sim::kInks> kNames = {"C", "M", "Y", "K", "4", "5", "6", "7"};
+  std::string text;
+  for (std::size_t slot = 0; slot < kNames.size(); ++slot) {
+    if (report.ink[slot] < 0) continue;
+    text +=
+        Format(text.empty() ? "%s %.2f %%" : ", %s %.2f %%", kNames[slot], 100 * report.ink[slot]);
+  }
+  return text;
+}
+
 std::string Verdict(const PageReport& report) {
   if (!report.verified) return "not compared";
   if (report.comparison.cells == 0) return "nothing to compare, blank page";
@@ -65,6 +77,8 @@ std::string SummaryOf(const PageReport& report) {
   text += "printed      " + LinesText(report) +
           Format(", %u passes with ink, %u swaths, %u of them feed only\n",
                  stats.swaths - stats.feedOnlySwaths, stats.swaths, stats.feedOnlySwaths);
+  const std::string ink = InkText(report);
+  if (!ink.empty()) text += "ink          " + ink + "\n";
   text += Format("wire         %llu bytes out, %llu bytes in\n",
                  static_cast<Count>(stats.bytesReceived), static_cast<Count>(stats.bytesSent));
   text += Format("time         %.2f s wall, %.2f s CPU\n", report.wallSeconds, report.cpuSeconds);

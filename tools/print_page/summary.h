@@ -2,6 +2,7 @@
 #ifndef QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
 #define QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -14,6 +15,8 @@ struct PageReport {
   std::uint32_t resolution = 0, widthPixels = 0, lines = 0;
   std::uint32_t linesPrinted = 0;  // read and taken by the driver; 0 when the job did not start
   sim::PrinterStats stats;         // of this page alone
+  // Ink on the paper by slot, as a share of a page full of it; below 0 for slots that are blank.
+  std::array<double, sim::kInks> ink{-1, -1, -1, -1, -1, -1, -1, -1};
   double wallSeconds = 0, cpuSeconds = 0;
   bool completed = false;    // the printer answered the job's end
   std::string cause;         // why it did not, and where to look further

@@ -21,12 +21,12 @@ class TemporaryFolder {
     if (mkdtemp(name.data()) == nullptr)
       throw std::runtime_error("no temporary folder can be made");
     path_ = std::filesystem::absolute(name);  // the current folder changes while it exists
-    NoteFolder(path_);
+    NotePath(path_);
   }
   ~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
-    ForgetFolder(path_);
+    ForgetPath(path_);
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
