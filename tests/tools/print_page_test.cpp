@@ -5,6 +5,7 @@
 
 #include "print_page/drop_levels.h"
 #include "print_page/input.h"
+#include "print_page/input_kind.h"
 #include "print_page/options.h"
 #include "print_page/page.h"
 #include "print_page/settings.h"
@@ -64,7 +65,7 @@ TEST(Settings, AreTakenOrRefusedByName) {
 
 TEST(Input, IsToldByItsFirstBytesAndNamedWhenItCannotBeRead) {
   EXPECT_EQ(InputKind::kRaster, KindOf("2SaR...."));
-  EXPECT_EQ(InputKind::kDocument, KindOf("%PDF-1.7"));
+  EXPECT_EQ(InputKind::kPdf, KindOf("%PDF-1.7"));
   EXPECT_EQ(InputKind::kPicture, KindOf(std::string("II*\0", 4)));
   EXPECT_EQ(InputKind::kUnknown, KindOf("hello"));
   const TemporaryFolder folder;

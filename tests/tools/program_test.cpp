@@ -37,6 +37,20 @@ std::size_t Count(const std::string& text, const std::string& part) {
   return count;
 }
 
+// Numbered from 1; the first is the catalogue.
+std::string PdfOf(const std::vector<std::string>& objects) {
+  std::string pdf = "%PDF-1.6\n", table = "0000000000 65535 f \n";
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    char entry[24];
+    std::snprintf(entry, sizeof entry, "%010zu 00000 n \n", pdf.size());
+    table += entry;
+    pdf += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+  }
+  const std::string count = std::to_string(objects.size() + 1), at = std::to_string(pdf.size());
+  return pdf + "xref\n0 " + count + "\n" + table + "trailer << /Size " + count +
+         " /Root 1 0 R >>\nstartxref\n" + at + "\n%%EOF\n";
+}
+
 class Program : public testing::Test {
  protected:
   Program() { fs::create_directory(folder.Path("tmp")); }
@@ -69,6 +83,11 @@ class Program : public testing::Test {
     EXPECT_EQ(static_cast<std::size_t>(code), Count(err, "\n")) << err;  // silent, or one line
   }
 
+  // Makes a picture with GraphicsMagick.
+  void Convert(const std::string& arguments) {
+    const std::string make = "cd '" + folder.Path("") + "' && gm convert -size 200x200 ";
+    ASSERT_EQ(0, std::system((make + arguments).c_str()));
+  }
   // What lies on the paper of each page, in percent of a full solid of C, M, Y, K.
   std::vector<std::array<double, 4>> InkOnPaper() const {
     std::vector<std::array<double, 4>> pages;
@@ -108,11 +127,11 @@ TEST_F(Program, SaysWhatIsWrongWithAnInput) {
   EXPECT_NE(std::string::npos, out.find("printed      139 of 240 lines")) << out;
   Write("more.ras", Raster(Page(2)) + "trailing");
   Run("more.ras");
-  ExpectExit(1, "more.ras': behind page 2: a page header is cut off or damaged\n");
+  ExpectExit(1, "more.ras': after page 2: a page header is cut off or damaged\n");
   EXPECT_EQ(2u, Count(out, "comparison   0 of "));
   Write("text", "hello");
   Run("- --no-verify", "text");
-  ExpectExit(1, "'-': is not a CUPS raster stream\n");
+  ExpectExit(1, "'-': is none of CUPS raster, PDF, PostScript, EPS, PNG, JPEG, TIFF\n");
 
   Write("blank.ps", "%!PS\n1 1 add pop\n");
   Run("blank.ps");
@@ -122,7 +141,7 @@ TEST_F(Program, SaysWhatIsWrongWithAnInput) {
   ExpectExit(1, "fake.pdf': gs: Error: ");
   Write("wrong.ps", "%!PS\nshowpage\nnosuchname\n");
   Run("wrong.ps");
-  ExpectExit(1, "wrong.ps': behind page 1: gs: Error: /undefined in nosuchname\n");
+  ExpectExit(1, "wrong.ps': after page 1: gs: Error: /undefined in nosuchname\n");
 }
 
 // Every ink takes each of 21 steps on one of 21 pages, each ink in another order.
@@ -142,9 +161,61 @@ TEST_F(Program, PrintsTintsOnPaperAsTheDocumentAsksForThem) {
   }
 }
 
+TEST_F(Program, PrintsGreyWithBlackInkAlone) {
+  Write("grey.ps",
+        "%!PS\n<< /PageSize [36 36] >> setpagedevice /fill { 0 0 36 36 rectfill showpage } def\n"
+        "0.5 setgray fill  0 0 0 setrgbcolor fill  0.5 0.5 0.5 setrgbcolor fill  0.2 dup dup "
+        "setrgbcolor\n"
+        "/Helvetica findfont 30 scalefont setfont 5 5 moveto (x) show  0 0 moveto 36 36 lineto "
+        "stroke\n"
+        "showpage /box { 36 36 scale 2 2 } def\n"
+        "gsave box 8 [2 0 0 2 0 0] {<10808080>} image showpage grestore\n"
+        "gsave box 1 [2 0 0 2 0 0] {<4080>} image showpage grestore\n"
+        "gsave box true [2 0 0 2 0 0] {<4080>} imagemask showpage grestore\n");
+  Convert("plasma: -colorspace gray grey.png");
+  Convert("grey.png -type truecolor grey.tif");
+  Convert("plasma: -monochrome -compress group4 fax.tif");
+  for (const char* input : {"grey.ps", "grey.png", "grey.tif", "fax.tif"}) {
+    Run(input);
+    ExpectExit(0, "comparison   0 of ");
+    for (const auto& ink : InkOnPaper()) {
+      EXPECT_EQ(0, ink[0] + ink[1] + ink[2]) << input;
+      EXPECT_LT(5, ink[3]) << input;
+    }
+  }
+}
+
+// Half of the pages blend in RGB.
+TEST_F(Program, KeepsColoursAsTheyAreWhereGreyTurnsBlack) {
+  const std::string blue = "/T gs 0 0 1 rg 0 0 36 36 re f";
+  const std::string page =
+      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 36 36] /Contents 3 0 R /Group << /S "
+      "/Transparency /CS /DeviceRGB >> /Resources << /ExtGState << /T << /ca ";
+  Write("blue.pdf",
+        PdfOf({"<< /Type /Catalog /Pages 2 0 R >>",
+               "<< /Type /Pages /Count 4 /Kids [4 0 R 5 0 R 6 0 R 7 0 R] >>",
+               "<< /Length " + std::to_string(blue.size()) + " >>\nstream\n" + blue + "\nendstream",
+               page + "1 >> >> >> >>", page + "0.99 >> >> >> >>", page + "1 >> >> >> >>",
+               page + "0.99 >> >> >> >>"}));
+  Convert("plasma: -colorspace gray grey.png");
+  Convert("grey.png xc:blue two.tif");
+  Run("blue.pdf");
+  ExpectExit(0, "comparison   0 of ");
+  for (const auto& ink : InkOnPaper()) {
+    EXPECT_NEAR(88, ink[0], 1);
+    EXPECT_NEAR(77, ink[1], 1);
+    EXPECT_NEAR(0, ink[2] + ink[3], 1);
+  }
+  Run("two.tif");
+  ExpectExit(0, "comparison   0 of ");
+  const auto ink = InkOnPaper();
+  ASSERT_EQ(2u, ink.size());
+  EXPECT_EQ(0, ink[0][0]);
+  EXPECT_NEAR(88, ink[1][0], 1);
+}
+
 TEST_F(Program, RefusesADamagedPictureInsteadOfPrintingItsRest) {
-  const std::string make = "cd '" + folder.Path("") + "' && gm convert -size 200x200 plasma: p.jpg";
-  ASSERT_EQ(0, std::system(make.c_str()));
+  Convert("plasma: p.jpg");
   Run("p.jpg --no-verify");
   ExpectExit(0, "not compared");
   const std::string picture = Contents(folder.Path("p.jpg"));

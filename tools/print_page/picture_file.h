@@ -15,8 +15,8 @@ std::string PictureName(const std::string& name, int pageNo);
 // Why no picture can come there, found before paper is spent on it; "" when it can.
 std::string PictureProblem(const std::string& name);
 
-// Writes the picture whole or not at all: what the name stood for before stays when it fails. Why it
-// could not be written; "" when it was.
+// Writes the picture whole or not at all: what the name stood for before stays when it fails. Why
+// it could not be written; "" when it was.
 [[nodiscard]] std::string SavePicture(const sim::Paper& paper, const sim::PictureOptions& options,
                                       const std::string& name);
 

@@ -1,0 +1,43 @@
+#include "print_page/render_commands.h"
+
+namespace qrn::tool {
+
+Command RenderCommand(const std::string& document, const PageRun& run, std::uint32_t resolution) {
+  Command command = {"gs",
+                     "-q",
+                     "-dSAFER",
+                     "-dBATCH",
+                     "-dNOPAUSE",
+                     "-dPDFSTOPONERROR",  // it would print what it can of a damaged file
+                     "-sDEVICE=cups",
+                     "-sPAPERSIZE=a4",
+                     "-dEPSCrop",
+                     "-dcupsColorSpace=6",
+                     "-dcupsBitsPerColor=8",  // with fewer it applies a transfer curve of its own
+                     "-dcupsColorOrder=1",
+                     "-r" + std::to_string(resolution) + "x360",
+                     "-sstdout=%stderr",  // messages; the raster alone goes to standard output
+                     "-sOutputFile=-"};
+  const std::string list = GreyListName(run.rule);
+  if (!list.empty()) command.push_back("-sSourceObjectICC=" + list);
+  if (run.first > 1) command.push_back("-dFirstPage=" + std::to_string(run.first));
+  if (run.last > 0) command.push_back("-dLastPage=" + std::to_string(run.last));
+  command.insert(command.end(), {"-f", document});
+  return command;
+}
+
+Command PdfInfoCommand() {
+  return {"gs", "-q",         "-dSAFER", "-dBATCH", "-dNODISPLAY", "-dPDFINFO", "-sstdout=%stderr",
+          "-f", kDocumentName};
+}
+
+// Transparency lies on white, in each of the file's pictures. The background stands in front of the
+// picture: behind it, the program keeps silent about damage.
+Command PictureCommand(const std::string& format) {
+  return {
+      "gm",      "convert", "-background", "white",   format + ":" + kDocumentName,
+      "-extent", "0x0",     "+matte",      "-format", "%r\n",
+      "-write",  "info:-",  "-compress",   "Zip",     std::string("pdf:") + kPictureDocumentName};
+}
+
+}  // namespace qrn::tool

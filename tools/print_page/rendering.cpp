@@ -1,0 +1,76 @@
+#include "print_page/rendering.h"
+
+#include <algorithm>
+
+#include "print_page/grey_profiles.h"
+
+namespace qrn::tool {
+namespace {
+
+// Without the file's name in brackets, which says nothing, and what GraphicsMagick adds after it:
+// an error number of another moment.
+std::string Plain(std::string reason) {
+  reason.resize(std::min(reason.size(), reason.find(std::string(" (") + kDocumentName)));
+  return reason;
+}
+
+}  // namespace
+
+bool Rendering::Start(InputKind kind, const std::string& firstBytes, std::string* error) {
+  return Plan(kind, firstBytes, error) && WriteGreyProfiles(folder_.Path(""), error) &&
+         StartRun(error);
+}
+
+bool Rendering::Plan(InputKind kind, const std::string& firstBytes, std::string* error) {
+  if (kind == InputKind::kPdf) return PlanPdf(error);
+  if (kind == InputKind::kPicture) return ConvertPicture(PictureFormatOf(firstBytes), error);
+  plan_ = WholeDocument(GreyRule::kTextAndLines);
+  return true;
+}
+
+// What is wrong with a file shows when it is rendered, and better.
+bool Rendering::PlanPdf(std::string* error) {
+  ChildProcess reader(folder_);
+  if (!reader.Start(PdfInfoCommand(), error)) return false;
+  (void)reader.Wait(error);
+  plan_ = PlanOfPdf(reader.Said());
+  return true;
+}
+
+bool Rendering::ConvertPicture(const std::string& format, std::string* error) {
+  ChildProcess converter(folder_);
+  if (!converter.Start(PictureCommand(format), error)) return false;
+  plan_ = PlanOfPictures(converter.ReadAll());
+  document_ = kPictureDocumentName;
+  if (converter.WaitSilent(error)) return true;  // it fills in what a damaged picture lacks
+  *error = Plain(*error);
+  return false;
+}
+
+bool Rendering::StartRun(std::string* error) {
+  renderer_ = std::make_unique<ChildProcess>(folder_);
+  if (!renderer_->Start(RenderCommand(document_, plan_.runs[nextRun_], resolution_), error))
+    return false;
+  ++nextRun_;
+  ChildProcess* source = renderer_.get();
+  reader_ = std::make_unique<RasterReader>([source](std::uint8_t* buffer, std::size_t bytes) {
+    return static_cast<std::ptrdiff_t>(source->Read(buffer, bytes));
+  });
+  return true;
+}
+
+ReadResult Rendering::NextPage(RasterPage* page, std::string* error) {
+  for (;;) {
+    const ReadResult result = reader_->NextPage(resolution_, page, error);
+    if (result == ReadResult::kPage) return result;
+    // What went wrong in the renderer is the reason for whatever its raster lacks.
+    if (!renderer_->Wait(error)) {
+      *error = Plain(*error);
+      return result == ReadResult::kTruncated ? result : ReadResult::kError;
+    }
+    if (result != ReadResult::kEnd || nextRun_ == plan_.runs.size()) return result;
+    if (!StartRun(error)) return ReadResult::kError;
+  }
+}
+
+}  // namespace qrn::tool
