@@ -71,10 +71,10 @@ TEST(Input, IsToldByItsFirstBytesAndNamedWhenItCannotBeRead) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("page");
   std::string error;
-  EXPECT_EQ(nullptr, Input::Open(path, 1440, &error));
+  EXPECT_EQ(nullptr, Input::Open(path, {}, &error));
   EXPECT_EQ("'" + path + "': No such file or directory", error);
   std::ofstream(path) << "hello";
-  EXPECT_EQ(nullptr, Input::Open(path, 1440, &error));
+  EXPECT_EQ(nullptr, Input::Open(path, {}, &error));
   EXPECT_EQ(0u, error.find("'" + path + "': is none of"));
 }
 

@@ -63,9 +63,10 @@ class Program : public testing::Test {
       return std::distance(fs::directory_iterator(folder.Path("tmp")), {});
     };
     const auto filesBefore = files();
-    const std::string command = "cd '" + folder.Path("") + "' && export TMPDIR=\"$PWD/tmp\" && " +
-                                before + " '" QRN_PRINT_PAGE "' " + arguments +
-                                " --virtual-time >out 2>err";
+    const std::string command = "cd '" + folder.Path("") + "' && here=\"$PWD\" && " +
+                                "export TMPDIR=\"$here/tmp\" && " + before +
+                                " '" QRN_PRINT_PAGE "' " + arguments +
+                                " --virtual-time >\"$here/out\" 2>\"$here/err\"";
     const int status = std::system(command.c_str());
     exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     out = Contents(folder.Path("out"));
@@ -261,14 +262,14 @@ TEST_F(Program, ComparesOnlyWhatIsThere) {
   RasterFormat format = Page();
   Write("cmyk.ras", Raster(format));
   Run("cmyk.ras --slots 0,7");
-  ExpectExit(1, "cmyk.ras': page 1 has no plane 7 for --slots\n");
+  ExpectExit(1, "cmyk.ras': page 1: there is no plane 7 for --slots\n");
   EXPECT_EQ("", out);
   format.space = CUPS_CSPACE_K, format.colors = 1;
   Write("k.ras", Raster(format));
   Run("k.ras");  // the default takes what there is
   ExpectExit(0, "comparison   0 of ");
   Run("k.ras --slots 2");
-  ExpectExit(1, "has no plane 2");
+  ExpectExit(1, "there is no plane 2");
   Write("white.ras", WriteRaster(format, std::vector<std::uint8_t>(96 * 240)));
   Run("white.ras");
   ExpectExit(0, "comparison   nothing to compare, blank page\n");
@@ -286,6 +287,31 @@ TEST_F(Program, NeedsAPlaceForThePictureBeforeItPrints) {
   ExpectExit(1, "cannot write picture '/dev/full': No space left on device\n");
   EXPECT_EQ(1u, Count(out, "picture      not written\n"));
   EXPECT_EQ(0u, Count(out, "not completed"));
+}
+
+TEST_F(Program, RefusesAPageThatIsTooLargeBeforeItIsRendered) {
+  Write("large.ps", "%!PS\n<< /PageSize [7000 200000] >> setpagedevice 9 9 moveto showpage\n");
+  Run("large.ps");
+  ExpectExit(1, "large.ps': page 1: it is too large for memory\n");
+  RasterFormat format = Page();
+  format.space = CUPS_CSPACE_K, format.colors = 1, format.lines = 2;
+  format.width = 129552;  // 2285 mm, what the driver takes
+  Write("widest.ras", Raster(format));
+  Run("widest.ras");
+  ExpectExit(0, "comparison   0 of ");
+  format.width += 1;
+  Write("wide.ras", Raster(format));
+  Run("wide.ras");
+  ExpectExit(1, "wide.ras': page 1: it is 2286 mm wide, the machine prints 2285 mm\n");
+  EXPECT_EQ("", out);
+}
+
+TEST_F(Program, NeedsNoCurrentFolder) {
+  Write("page.ras", Raster(Page()));
+  Run("\"$here/page.ras\"", "mkdir gone; cd gone; rmdir ../gone;");
+  ExpectExit(0, "comparison   0 of ");
+  Run("page.ras", "mkdir gone; cd gone; rmdir ../gone;");
+  ExpectExit(1, "'page.ras': the current folder is gone\n");
 }
 
 TEST_F(Program, EndsWithTwoOnWrongUsage) {
@@ -329,10 +355,11 @@ TEST_F(Program, TellsWhyAJobWasNotCompleted) {
 
 TEST_F(Program, LeavesNothingBehindWhenASignalEndsIt) {
   Write("page.ras", Raster(Page()));
+  Run("page.ras --virtual-time | true #");  // which reads nothing
   const std::string page = folder.Path("page.ras"), temporary = "TMPDIR=" + folder.Path("tmp");
   const char* const argv[] = {QRN_PRINT_PAGE, page.c_str(), "--quirk", "pause:ms=60000", nullptr};
   const char* const environment[] = {temporary.c_str(), nullptr};
-  for (const int number : {SIGINT, SIGTERM}) {
+  for (const int number : {SIGINT, SIGQUIT, SIGTERM}) {
     pid_t child = 0;
     ASSERT_EQ(0, posix_spawn(&child, QRN_PRINT_PAGE, nullptr, nullptr, const_cast<char**>(argv),
                              const_cast<char**>(environment)));

@@ -16,7 +16,7 @@ std::string Quoted(const std::string& path, const std::string& reason) {
 
 struct Input::Impl {
   std::string name;
-  std::uint32_t resolution = 0;
+  PageTerms terms;
   InputStream stream;
   std::unique_ptr<RasterReader> raster;  // of the stream itself; null: it is rendered
   std::unique_ptr<RenderFolder> folder;
@@ -38,7 +38,7 @@ struct Input::Impl {
 
   bool Render(InputKind kind, std::string* error) {
     folder = std::make_unique<RenderFolder>();
-    rendering = std::make_unique<Rendering>(*folder, resolution);
+    rendering = std::make_unique<Rendering>(*folder, terms);
     return stream.Place(folder->Path(kDocumentName), error) &&
            rendering->Start(kind, stream.FirstBytes(), error);
   }
@@ -48,11 +48,11 @@ Input::Input(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
 Input::~Input() = default;
 
-std::unique_ptr<Input> Input::Open(const std::string& path, std::uint32_t resolution,
+std::unique_ptr<Input> Input::Open(const std::string& path, const PageTerms& terms,
                                    std::string* error) {
   auto impl = std::make_unique<Impl>();
   impl->name = path;
-  impl->resolution = resolution;
+  impl->terms = terms;
   std::string why;
   if (impl->Start(&why)) return std::unique_ptr<Input>(new Input(std::move(impl)));
   *error = Quoted(path, why);
@@ -67,8 +67,9 @@ ReadResult Input::NextPage(RasterPage* page, std::string* error) {
   std::string why;
   const ReadResult result = impl_->rendering != nullptr
                                 ? impl_->rendering->NextPage(page, &why)
-                                : impl_->raster->NextPage(impl_->resolution, page, &why);
+                                : impl_->raster->NextPage(impl_->terms, page, &why);
   if (result == ReadResult::kPage) ++impl_->pages;
+  if (result == ReadResult::kRefused) why = "page " + std::to_string(impl_->pages + 1) + ": " + why;
   if (result == ReadResult::kError && impl_->pages > 0)
     why = "after page " + std::to_string(impl_->pages) + ": " + why;
   if (!why.empty()) *error = Quoted(impl_->name, why);

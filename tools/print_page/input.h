@@ -16,11 +16,12 @@ class Input {
  public:
   // `path`: a file, a pipe, or "-" for standard input. A raster is read as it comes. Null, and a
   // one-line reason that names the file, when it cannot be read.
-  static std::unique_ptr<Input> Open(const std::string& path, std::uint32_t resolution,
+  static std::unique_ptr<Input> Open(const std::string& path, const PageTerms& terms,
                                      std::string* error);
   ~Input();
   // Of the input; 0 = not known.
   std::uint32_t Pages() const;
+  // *error names the file, and the page where that is known.
   ReadResult NextPage(RasterPage* page, std::string* error);
 
  private:

@@ -1,5 +1,5 @@
 // What must not outlive the program: its temporary files and folders and the programs it runs.
-// Destructors see to that, except when a signal ends the program.
+// Destructors see to that where the program gets as far as to them.
 #ifndef QRN_TOOLS_PRINT_PAGE_LEFTOVERS_H_
 #define QRN_TOOLS_PRINT_PAGE_LEFTOVERS_H_
 
@@ -35,10 +35,15 @@ class Leftover {
   std::filesystem::path path_;
 };
 
-// From now on an interrupt, a termination request or a hang-up first ends the noted children and
-// removes the noted paths; then it ends the program as it would have. Call it before any other
-// thread is started: signals are taken by one thread, all others block them.
-void CleanUpOnSignals();
+// From now on, when a signal asks the program to end or its memory does not suffice, it first ends
+// the noted children and removes the noted paths; then it ends as it would have. Writing into a
+// broken pipe or past a limit on the size of files is an error of that write and no more. Call it
+// before any other thread is started: signals are taken by one thread, all others block them.
+void CleanUpAtAnyEnd();
+
+// Ends the program by the signal of a broken pipe, after a write that failed for that; returns when
+// the signal is ignored.
+void EndOnBrokenPipe();
 
 }  // namespace qrn::tool
 

@@ -14,7 +14,8 @@ namespace qrn::tool {
 // where the user wants the logs.
 class LogDrive {
  public:
-  // `logFolder`: made when it is not there; "" = no logs.
+  // `logFolder`: made when it is not there; "" = no logs. Throws std::runtime_error when it cannot
+  // be used.
   explicit LogDrive(const std::string& logFolder);
   ~LogDrive();
   LogDrive(const LogDrive&) = delete;
@@ -22,7 +23,7 @@ class LogDrive {
 
  private:
   TemporaryFolder folder_;
-  std::filesystem::path before_;
+  std::filesystem::path before_;  // empty when it was gone
 };
 
 }  // namespace qrn::tool

@@ -1,13 +1,17 @@
 // print-page: prints real pages on the virtual printer and proves what came out.
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
+#include <string>
 
 #include "print_page/input.h"
 #include "print_page/leftovers.h"
 #include "print_page/log_drive.h"
 #include "print_page/options.h"
 #include "print_page/page_printer.h"
+#include "print_page/page_terms.h"
 #include "print_page/picture_file.h"
 #include "print_page/settings.h"
 #include "print_page/summary.h"
@@ -20,45 +24,66 @@ int Fail(const std::string& reason) {
   return 1;
 }
 
-// Why this page cannot be printed as asked; "" when it can.
-std::string PageProblem(const Options& options, const RasterPage& page, int pageNo) {
-  const int missing = options.slotsNamed ? MissingPlane(page, options.slots) : kBlank;
-  if (missing == kBlank) return "";
-  return "'" + options.input + "': page " + std::to_string(pageNo) + " has no plane " +
-         std::to_string(missing) + " for --slots";
+// False when standard output takes no more.
+bool Tell(const std::string& text) {
+  return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
 }
 
-int PrintAll(const Options& options) {
-  sim::Machine machine;
-  std::string error;
-  if (!options.settingsFile.empty() && !LoadSettings(options.settingsFile, &machine, &error))
-    return Fail(error);
-  error = PictureProblem(options.picture);
-  if (!error.empty()) return Fail(error);
-  const std::unique_ptr<Input> input = Input::Open(options.input, options.resolution, &error);
-  if (input == nullptr) return Fail(error);
-  const LogDrive logDrive(options.logFolder);
+// How a run ended.
+struct Outcome {
+  int exitCode = 0;
+  int outputError = 0;  // of standard output, as errno has it
+};
+
+Outcome PrintPages(const Options& options, const sim::Machine& machine, Input& input) {
   PagePrinter printer(options, machine);
   bool succeeded = true;
   RasterPage page;
+  std::string error;
   for (int pages = 0;; ++pages) {
-    const ReadResult result = input->NextPage(&page, &error);
+    const ReadResult result = input.NextPage(&page, &error);
     switch (result) {
       case ReadResult::kPage:
       case ReadResult::kTruncated:
         break;
+      case ReadResult::kRefused:
       case ReadResult::kError:
-        return Fail(error);
+        return {Fail(error)};
       case ReadResult::kEnd:
-        if (pages == 0) return Fail("'" + options.input + "': holds no page");
-        return succeeded ? 0 : 1;
+        if (pages == 0) return {Fail("'" + options.input + "': holds no page")};
+        return {succeeded ? 0 : 1};
     }
-    const std::string problem = PageProblem(options, page, pages + 1);
-    if (!problem.empty()) return Fail(problem);
     const PageReport report = printer.Print(page);
-    std::fputs(SummaryOf(report).c_str(), stdout);
+    if (!Tell(SummaryOf(report))) return {1, errno};
     succeeded &= Succeeded(report);
-    if (result == ReadResult::kTruncated) return Fail(error);
+    if (result == ReadResult::kTruncated) return {Fail(error)};
+  }
+}
+
+Outcome PrintAll(const Options& options) {
+  sim::Machine machine;
+  std::string error;
+  if (!options.settingsFile.empty() && !LoadSettings(options.settingsFile, &machine, &error))
+    return {Fail(error)};
+  error = PictureProblem(options.picture);
+  if (!error.empty()) return {Fail(error)};
+  const std::unique_ptr<Input> input =
+      Input::Open(options.input, TermsOf(options, machine), &error);
+  if (input == nullptr) return {Fail(error)};
+  const LogDrive logDrive(options.logFolder);
+  return PrintPages(options, machine, *input);
+}
+
+int Run(const Options& options) {
+  CleanUpAtAnyEnd();
+  try {
+    const Outcome outcome = PrintAll(options);
+    if (outcome.outputError == 0) return outcome.exitCode;
+    if (outcome.outputError == EPIPE) EndOnBrokenPipe();
+    return Fail(std::string("cannot write to standard output: ") +
+                std::strerror(outcome.outputError));
+  } catch (const std::exception& error) {
+    return Fail(error.what());
   }
 }
 
@@ -68,11 +93,5 @@ int PrintAll(const Options& options) {
 int main(int argc, char** argv) {
   int exitCode = 0;
   const auto options = qrn::tool::ParseOptions(argc, argv, &exitCode);
-  if (!options) return exitCode;
-  qrn::tool::CleanUpOnSignals();
-  try {
-    return qrn::tool::PrintAll(*options);
-  } catch (const std::exception& error) {
-    return qrn::tool::Fail(error.what());
-  }
+  return options ? qrn::tool::Run(*options) : exitCode;
 }

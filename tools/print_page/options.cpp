@@ -21,8 +21,13 @@ constexpr const char* kFooter =
     "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (docs/simulator.md)\n"
     "Exit code: 0 all pages printed and equal, 1 not, or input that cannot be read, 2 wrong usage.";
 
-std::string Absolute(const std::string& path) {
-  return path.empty() || path == "-" ? path : std::filesystem::absolute(path).string();
+bool MakeAbsolute(std::string* path, std::string* error) {
+  if (path->empty() || *path == "-") return true;
+  std::error_code gone;
+  const std::string absolute = std::filesystem::absolute(*path, gone).string();
+  if (gone) *error = "'" + *path + "': the current folder is gone";
+  *path = absolute;
+  return !gone;
 }
 
 bool ParseQuirks(const std::vector<std::string>& texts, sim::QuirkScript* quirks,
@@ -102,7 +107,10 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exit
   }
   for (std::string* path :
        {&options.input, &options.settingsFile, &options.picture, &options.logFolder}) {
-    *path = Absolute(*path);
+    if (MakeAbsolute(path, &error)) continue;
+    std::cerr << "print-page: " << error << "\n";
+    *exitCode = 1;
+    return std::nullopt;
   }
   return options;
 }

@@ -49,7 +49,7 @@ bool Rendering::ConvertPicture(const std::string& format, std::string* error) {
 
 bool Rendering::StartRun(std::string* error) {
   renderer_ = std::make_unique<ChildProcess>(folder_);
-  if (!renderer_->Start(RenderCommand(document_, plan_.runs[nextRun_], resolution_), error))
+  if (!renderer_->Start(RenderCommand(document_, plan_.runs[nextRun_], terms_.resolution), error))
     return false;
   ++nextRun_;
   ChildProcess* source = renderer_.get();
@@ -61,8 +61,12 @@ bool Rendering::StartRun(std::string* error) {
 
 ReadResult Rendering::NextPage(RasterPage* page, std::string* error) {
   for (;;) {
-    const ReadResult result = reader_->NextPage(resolution_, page, error);
+    const ReadResult result = reader_->NextPage(terms_, page, error);
     if (result == ReadResult::kPage) return result;
+    if (result == ReadResult::kRefused) {
+      renderer_.reset();  // the rest of the page may take long
+      return result;
+    }
     // What went wrong in the renderer is the reason for whatever its raster lacks.
     if (!renderer_->Wait(error)) {
       *error = Plain(*error);

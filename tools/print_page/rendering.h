@@ -17,9 +17,8 @@ namespace qrn::tool {
 
 class Rendering {
  public:
-  // `folder` holds the document under kDocumentName and outlives the rendering.
-  Rendering(const RenderFolder& folder, std::uint32_t resolution)
-      : folder_(folder), resolution_(resolution) {}
+  // `folder` holds the document under kDocumentName; both outlive the rendering.
+  Rendering(const RenderFolder& folder, const PageTerms& terms) : folder_(folder), terms_(terms) {}
 
   // `firstBytes`: of the document, which is no raster. False, with a reason, when it cannot be
   // rendered.
@@ -35,7 +34,7 @@ class Rendering {
   bool StartRun(std::string* error);
 
   const RenderFolder& folder_;
-  std::uint32_t resolution_;
+  const PageTerms& terms_;
   std::string document_ = kDocumentName;
   DocumentPlan plan_;
   std::size_t nextRun_ = 0;
