@@ -270,6 +270,12 @@ TEST_F(Program, ComparesOnlyWhatIsThere) {
   ExpectExit(0, "comparison   0 of ");
   Run("k.ras --slots 2");
   ExpectExit(1, "there is no plane 2");
+  format.space = CUPS_CSPACE_DEVICE8, format.colors = 8;
+  Write("eight.ras", Raster(format));
+  Run("eight.ras");
+  ExpectExit(0, ", 7 ");
+  EXPECT_EQ(0u, Count(out, " 0.00 %"));
+  format.space = CUPS_CSPACE_K, format.colors = 1;
   Write("white.ras", WriteRaster(format, std::vector<std::uint8_t>(96 * 240)));
   Run("white.ras");
   ExpectExit(0, "comparison   nothing to compare, blank page\n");
@@ -282,11 +288,30 @@ TEST_F(Program, NeedsAPlaceForThePictureBeforeItPrints) {
   EXPECT_EQ("", out);
   Run("page.ras -o tmp");
   ExpectExit(1, "/tmp': is a folder\n");
-  if (!fs::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
-  Run("page.ras -o /dev/full");
-  ExpectExit(1, "cannot write picture '/dev/full': No space left on device\n");
+}
+
+TEST_F(Program, TellsWhatADiskHadNoRoomFor) {
+  Write("page.ras", Raster(Page()));
+  const std::string full = "ulimit -f 2;";  // blocks of 512 bytes
+  Run("page.ras -o paper.png", full);
+  ExpectExit(1, "cannot write picture '" + folder.Path("paper.png") + "': File too large\n");
   EXPECT_EQ(1u, Count(out, "picture      not written\n"));
-  EXPECT_EQ(0u, Count(out, "not completed"));
+  EXPECT_FALSE(fs::exists(folder.Path("paper.png")) || fs::exists(folder.Path("paper.png.part")));
+  Run("page.ras --log-dir logs", full);
+  ExpectExit(1, "' does not reach to the job's end\n");
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+  Run("page.ras --virtual-time 2>\"$here/err\" >/dev/full #");
+  ExpectExit(1, "print-page: cannot write to standard output: No space left on device\n");
+}
+
+TEST_F(Program, PrintsAPartOfThePagesInksOnlyWhenAsked) {
+  Write("page.ras", Raster(Page()));
+  Write("one.toml", "heads = 'pha'\nink_order_pha = [3,3,1,1,2,2,4,4]\n");
+  Run("page.ras -s one.toml");
+  ExpectExit(1, "page 1: the machine has no nozzle row for ink C; --partial leaves it out\n");
+  EXPECT_EQ("", out);
+  Run("page.ras -s one.toml --partial");
+  ExpectExit(0, "ink          C 0.00 %, M ");
 }
 
 TEST_F(Program, RefusesAPageThatIsTooLargeBeforeItIsRendered) {

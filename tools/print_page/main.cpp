@@ -53,6 +53,10 @@ Outcome PrintPages(const Options& options, const sim::Machine& machine, Input& i
         if (pages == 0) return {Fail("'" + options.input + "': holds no page")};
         return {succeeded ? 0 : 1};
     }
+    const std::string problem = InkProblem(options, machine, page);
+    if (!problem.empty()) {
+      return {Fail("'" + options.input + "': page " + std::to_string(pages + 1) + ": " + problem)};
+    }
     const PageReport report = printer.Print(page);
     if (!Tell(SummaryOf(report))) return {1, errno};
     succeeded &= Succeeded(report);

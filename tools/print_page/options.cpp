@@ -62,7 +62,7 @@ bool ParseSlots(const std::string& text, SlotMap* slots, std::string* error) {
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exitCode) {
   Options options;
-  std::string api = "stream", slots = "0,1,2,3";
+  std::string api = "stream", slots = "0,1,2,3,4,5,6,7";
   std::vector<std::string> quirks;
   CLI::App app(kDescription, "print-page");
   app.footer(kFooter);
@@ -77,7 +77,8 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exit
   const CLI::Option* slotsOption =
       app.add_option(
              "--slots", slots,
-             "page plane (C, M, Y, K = 0..3) that feeds each of the 8 colour slots, - for none")
+             "page plane (C, M, Y, K = 0..3) that feeds each of the 8 colour slots, - for none; by "
+             "default each its own, as far as the page has them")
           ->capture_default_str();
   app.add_option("-s,--settings", options.settingsFile,
                  "the printer's settings, a TOML file (see samples/printer.toml)");
@@ -89,6 +90,8 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exit
   app.add_flag("--virtual-time", options.virtualTime, "do not wait for the printer's real time");
   app.add_flag("--verify,!--no-verify", options.verify,
                "compare paper and page cell by cell (default)");
+  app.add_flag("--partial", options.partial,
+               "print the inks that the machine has a nozzle row for, and leave others out");
   app.add_option("--quirk", quirks, "make the printer misbehave; may be repeated")
       ->allow_extra_args(false);
   try {

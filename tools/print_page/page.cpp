@@ -17,6 +17,11 @@ bool SlotPage::IsFed(int slot) const {
   return plane != kBlank && page_.present.test(static_cast<std::size_t>(plane));
 }
 
+const char* SlotName(int slot) {
+  constexpr std::array<const char*, kSlots> kNames = {"C", "M", "Y", "K", "4", "5", "6", "7"};
+  return kNames[static_cast<std::size_t>(slot)];
+}
+
 int MissingPlane(const RasterPage& page, const SlotMap& slots) {
   const auto missing = std::find_if(slots.begin(), slots.end(), [&page](int plane) {
     return plane != kBlank && !page.present.test(static_cast<std::size_t>(plane));

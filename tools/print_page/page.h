@@ -46,11 +46,16 @@ class SlotPage : public sim::RasterSource {
   const std::uint8_t* Line(int slot, std::uint32_t line) const override;
   // A plane of the page belongs to the slot, blank or not.
   bool IsFed(int slot) const;
+  // There is ink for the slot.
+  bool IsInked(int slot) const { return Line(slot, 0) != nullptr; }
 
  private:
   const RasterPage& page_;
   SlotMap slots_;
 };
+
+// What a slot is called to a person: C, M, Y, K for the usual four, the others by their number.
+const char* SlotName(int slot);
 
 // The first plane that the slot map names and the page does not have; kBlank when there is none.
 int MissingPlane(const RasterPage& page, const SlotMap& slots);

@@ -6,6 +6,7 @@
 #include <ctime>
 
 #include "print_page/host_job.h"
+#include "print_page/job_log_check.h"
 #include "print_page/picture_file.h"
 #include "sim/carriage.h"
 #include "sim/picture.h"
@@ -54,7 +55,11 @@ PageReport PagePrinter::Print(const RasterPage& raster) {
   report.lines = page.Lines();
   const auto wallStart = std::chrono::steady_clock::now();
   const std::clock_t cpuStart = std::clock();
+  const JobLogCheck log(options_.logFolder);
   HandOver(raster, page, &report);
+  report.logProblem = log.Problem();
+  if (!report.logProblem.empty())
+    std::fprintf(stderr, "print-page: %s\n", report.logProblem.c_str());
   report.wallSeconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count();
   report.cpuSeconds = static_cast<double>(std::clock() - cpuStart) / CLOCKS_PER_SEC;

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "print_page/page.h"
+#include "sim/reach.h"
 
 namespace qrn::tool {
 namespace {
@@ -68,6 +69,21 @@ PageTerms TermsOf(const Options& options, const sim::Machine& machine) {
     return problem.empty() ? SlotProblem(page, options) : problem;
   };
   return {options.resolution, refusal};
+}
+
+std::string InkProblem(const Options& options, const sim::Machine& machine,
+                       const RasterPage& page) {
+  if (options.partial) return "";
+  const unsigned printed = sim::PrintedPlanes(machine);
+  const SlotPage slots(page, options.slots);
+  std::string missing;
+  for (int slot = 0; slot < sim::kInks; ++slot) {
+    if (slots.IsInked(slot) && ((printed >> slot) & 1u) == 0)
+      missing += (missing.empty() ? "" : ", ") + std::string(SlotName(slot));
+  }
+  return missing.empty()
+             ? ""
+             : "the machine has no nozzle row for ink " + missing + "; --partial leaves it out";
 }
 
 }  // namespace qrn::tool

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "print_page/page.h"
+
 namespace qrn::tool {
 namespace {
 
@@ -26,14 +28,13 @@ std::string LinesText(const PageReport& report) {
                : Format("%u of %u lines handed over", report.linesPrinted, report.lines);
 }
 
-// "C 12.50 %, K 3.00 %"; slots behind the usual four go by their number.
+// "C 12.50 %, K 3.00 %"
 std::string InkText(const PageReport& report) {
-  constexpr std::array<const char*, sim::kInks> kNames = {"C", "M", "Y", "K", "4", "5", "6", "7"};
   std::string text;
-  for (std::size_t slot = 0; slot < kNames.size(); ++slot) {
+  for (std::size_t slot = 0; slot < report.ink.size(); ++slot) {
     if (report.ink[slot] < 0) continue;
-    text +=
-        Format(text.empty() ? "%s %.2f %%" : ", %s %.2f %%", kNames[slot], 100 * report.ink[slot]);
+    text += Format(text.empty() ? "%s %.2f %%" : ", %s %.2f %%", SlotName(static_cast<int>(slot)),
+                   100 * report.ink[slot]);
   }
   return text;
 }
@@ -65,7 +66,8 @@ std::string Verdict(const PageReport& report) {
 
 bool Succeeded(const PageReport& report) {
   const bool equal = !report.verified || report.comparison.differingCells == 0;
-  return report.completed && report.violation.empty() && report.pictureError.empty() && equal;
+  return report.completed && report.violation.empty() && report.pictureError.empty() &&
+         report.logProblem.empty() && equal;
 }
 
 std::string SummaryOf(const PageReport& report) {
@@ -85,6 +87,7 @@ std::string SummaryOf(const PageReport& report) {
   text += "comparison   " + Verdict(report) + "\n";
   if (!report.completed) text += "job          not completed: " + report.cause + "\n";
   if (!report.pictureError.empty()) text += "picture      not written\n";
+  if (!report.logProblem.empty()) text += "log          not whole\n";
   if (!report.violation.empty()) text += "violation    " + report.violation + "\n";
   return text;
 }

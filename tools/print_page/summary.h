@@ -22,6 +22,7 @@ struct PageReport {
   std::string cause;         // why it did not, and where to look further
   std::string violation;     // of framing or protocol; "" = none
   std::string pictureError;  // why the picture could not be written; "" = written, or none asked
+  std::string logProblem;    // of the driver's log, where one was asked for; "" = none
   bool verified = false;
   sim::Comparison comparison;  // when verified
 };
