@@ -50,12 +50,15 @@ TEST(Settings, AreTakenOrRefusedByName) {
   EXPECT_EQ(7, machine.headGapY[0]);
   EXPECT_FALSE(machine.bidirectional);
   for (const char* text :
-       {"speed = 256", "speed = -1", "speed = 'fast'", "heads = 'three'", "head_gap_x = [1,2]",
+       {"speed = 256", "speed = 0", "speed = 'fast'", "heads = 'three'", "head_gap_x = [1,2]",
         "ink_order_pha = [8,0,0,0,0,0,0,0]", "colour = 3", "speed = "}) {
     const std::string error = load(text, &machine);
     EXPECT_EQ(0u, error.find("'" + path + "': ")) << text << ": " << error;
     EXPECT_EQ(std::string::npos, error.find('\n'));
   }
+  std::string folderError;
+  EXPECT_FALSE(LoadSettings(folder.Path(""), &machine, &folderError));
+  EXPECT_EQ("'" + folder.Path("") + "': is a folder", folderError);
   // The documented example is what a machine is without settings.
   sim::Machine example;
   std::string error;

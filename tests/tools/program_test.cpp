@@ -281,13 +281,17 @@ TEST_F(Program, ComparesOnlyWhatIsThere) {
   ExpectExit(0, "comparison   nothing to compare, blank page\n");
 }
 
-TEST_F(Program, NeedsAPlaceForThePictureBeforeItPrints) {
+TEST_F(Program, NeedsAPlaceForPictureAndLogsBeforeItPrints) {
   Write("page.ras", Raster(Page()));
   Run("page.ras -o no/paper.png");
   ExpectExit(1, "/no': No such file or directory\n");
   EXPECT_EQ("", out);
-  Run("page.ras -o tmp");
-  ExpectExit(1, "/tmp': is a folder\n");
+  fs::create_directory(folder.Path("folder.png"));
+  Run("page.ras -o folder.png");
+  ExpectExit(1, "/folder.png': is a folder\n");
+  Run("page.ras --log-dir page.ras");
+  ExpectExit(1, "/page.ras': is not a folder\n");
+  EXPECT_EQ("", out);
 }
 
 TEST_F(Program, TellsWhatADiskHadNoRoomFor) {
@@ -342,10 +346,11 @@ TEST_F(Program, NeedsNoCurrentFolder) {
 TEST_F(Program, EndsWithTwoOnWrongUsage) {
   Write("page.ras", Raster(Page()));
   for (const char* arguments : {"", "page.ras more.ras", "page.ras -r 1000", "page.ras --slots -",
-                                "page.ras --slots 8", "page.ras --quirk cancel:ms=1"}) {
+                                "page.ras --slots 8", "page.ras --quirk cancel:ms=1",
+                                "page.ras -o -", "page.ras -o paper.jpg", "page.ras --seed -1"}) {
     Run(arguments);
-    EXPECT_EQ(2, exitCode) << arguments << ": " << err;
-    EXPECT_NE("", err);
+    ExpectExit(2, "\nRun with --help for more information.\n");
+    EXPECT_EQ(0u, err.find("print-page: ")) << err;
     EXPECT_EQ("", out);
   }
   Run("--help");

@@ -3,7 +3,6 @@
 #include <lcms2.h>
 
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <memory>
 
@@ -97,21 +96,20 @@ bool WriteList(const std::string& path, bool pictures) {
 
 }  // namespace
 
-bool WriteGreyProfiles(const std::string& folder, std::string* error) {
+bool WriteGreyProfiles(const RenderFolder& folder, std::string* error) {
   const Transform transform = RgbToCmyk();
   if (transform == nullptr) {
     *error = "cannot read the colour profiles of Ghostscript in " QRN_GS_PROFILES;
     return false;
   }
   errno = 0;
-  const std::string path = folder + "/";
-  if (WriteLink(path + kRgbLink, cmsSigRgbData, 3, kGridPoints, SampleRgb, transform.get()) &&
-      WriteLink(path + kGreyLink, cmsSigGrayData, 1, 2, SampleGrey, nullptr) &&
-      WriteList(path + GreyListName(GreyRule::kTextAndLines), false) &&
-      WriteList(path + GreyListName(GreyRule::kAll), true)) {
+  const auto list = [&folder](GreyRule rule) { return folder.Path(GreyListName(rule)); };
+  if (WriteLink(folder.Path(kRgbLink), cmsSigRgbData, 3, kGridPoints, SampleRgb, transform.get()) &&
+      WriteLink(folder.Path(kGreyLink), cmsSigGrayData, 1, 2, SampleGrey, nullptr) &&
+      WriteList(list(GreyRule::kTextAndLines), false) && WriteList(list(GreyRule::kAll), true)) {
     return true;
   }
-  *error = "cannot write into the temporary folder '" + folder + "': " + std::strerror(errno);
+  *error = folder.CannotWrite(errno);
   return false;
 }
 

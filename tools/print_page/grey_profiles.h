@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "print_page/render_folder.h"
+
 namespace qrn::tool {
 
 // Which objects of a page keep to black ink where they are grey.
@@ -14,9 +16,9 @@ enum class GreyRule {
   kAll,           // pictures too
 };
 
-// Writes the profiles, and lists that say which objects they are for, into a folder. False, with a
-// reason, when it cannot.
-bool WriteGreyProfiles(const std::string& folder, std::string* error);
+// Writes the profiles, and lists that say which objects they are for. False, with a reason, when it
+// cannot.
+bool WriteGreyProfiles(const RenderFolder& folder, std::string* error);
 
 // Name of the list for a rule in that folder; "" for kNone.
 std::string GreyListName(GreyRule rule);

@@ -39,7 +39,7 @@ struct Input::Impl {
   bool Render(InputKind kind, std::string* error) {
     folder = std::make_unique<RenderFolder>();
     rendering = std::make_unique<Rendering>(*folder, terms);
-    return stream.Place(folder->Path(kDocumentName), error) &&
+    return stream.Place(*folder, kDocumentName, error) &&
            rendering->Start(kind, stream.FirstBytes(), error);
   }
 };

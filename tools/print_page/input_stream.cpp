@@ -58,31 +58,31 @@ std::string InputStream::FileBehind() const {
   return named.st_dev == opened.st_dev && named.st_ino == opened.st_ino ? name : "";
 }
 
-bool InputStream::Place(const std::string& name, std::string* error) {
-  const std::string file = FileBehind();
-  if (!file.empty()) {
-    std::error_code failed;
-    fs::create_symlink(file, name, failed);
-    if (failed) *error = failed.message();
-    return !failed;
+bool InputStream::Place(const RenderFolder& folder, const std::string& name, std::string* error) {
+  const std::string file = FileBehind(), target = folder.Path(name);
+  std::error_code failed;
+  if (!file.empty()) fs::create_symlink(file, target, failed);
+  const int writeError = file.empty() ? Copy(target) : failed.value();
+  if (writeError != 0) {
+    *error = folder.CannotWrite(writeError);
+  } else if (std::ferror(file_.get()) != 0) {
+    *error = "cannot be read to its end";
   }
-  errno = 0;
-  std::FILE* target = std::fopen(name.c_str(), "wb");
-  const bool copied = target != nullptr && Copy(target);
-  const bool closed = target != nullptr && std::fclose(target) == 0;
-  if (copied && closed) return true;
-  *error = std::string("cannot be copied into the temporary folder: ") + std::strerror(errno);
-  return false;
+  return error->empty();
 }
 
-bool InputStream::Copy(std::FILE* target) {
+// The error number of a write that failed, or 0.
+int InputStream::Copy(const std::string& target) {
+  std::FILE* copy = std::fopen(target.c_str(), "wb");
+  if (copy == nullptr) return errno;
   std::array<std::uint8_t, 65536> bytes;
   std::ptrdiff_t got = 0;
-  while ((got = Read(bytes.data(), bytes.size())) > 0) {
+  int error = 0;
+  while (error == 0 && (got = Read(bytes.data(), bytes.size())) > 0) {
     const auto count = static_cast<std::size_t>(got);
-    if (std::fwrite(bytes.data(), 1, count, target) != count) return false;
+    if (std::fwrite(bytes.data(), 1, count, copy) != count) error = errno;
   }
-  return std::ferror(file_.get()) == 0;
+  return std::fclose(copy) != 0 && error == 0 ? errno : error;
 }
 
 }  // namespace qrn::tool

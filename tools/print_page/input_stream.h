@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "print_page/render_folder.h"
+
 namespace qrn::tool {
 
 class InputStream {
@@ -18,9 +20,9 @@ class InputStream {
   const std::string& FirstBytes() const { return first_; }
   // The next bytes, 0 at the end, negative on an error.
   std::ptrdiff_t Read(std::uint8_t* buffer, std::size_t bytes);
-  // Makes the whole input a file of this name: a link where it is a file already, else a copy.
-  // Instead of reading. False, with a reason, when it cannot.
-  bool Place(const std::string& name, std::string* error);
+  // Makes the whole input a file of this name there: a link where it is a file already, else a
+  // copy. Instead of reading. False, with a reason, when it cannot.
+  bool Place(const RenderFolder& folder, const std::string& name, std::string* error);
 
  private:
   struct Close {
@@ -30,7 +32,7 @@ class InputStream {
   };
 
   std::string FileBehind() const;
-  bool Copy(std::FILE* target);
+  int Copy(const std::string& target);
 
   std::string path_;
   std::unique_ptr<std::FILE, Close> file_;

@@ -1,5 +1,9 @@
 #include "print_page/log_drive.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <stdexcept>
 #include <system_error>
 
@@ -8,12 +12,15 @@ namespace qrn::tool {
 namespace fs = std::filesystem;
 
 LogDrive::LogDrive(const std::string& logFolder) {
-  std::error_code gone;
-  before_ = fs::current_path(gone);
+  std::error_code failed;
+  before_ = fs::current_path(failed);
   if (!logFolder.empty()) {
-    if (fs::exists(logFolder) && !fs::is_directory(logFolder))
-      throw std::runtime_error("'" + logFolder + "': is not a folder");
-    fs::create_directories(logFolder);
+    fs::create_directories(logFolder, failed);
+    if (!fs::is_directory(logFolder))
+      throw std::runtime_error(
+          "'" + logFolder + "': " + (fs::exists(logFolder) ? "is not a folder" : failed.message()));
+    if (access(logFolder.c_str(), W_OK | X_OK) != 0)
+      throw std::runtime_error("'" + logFolder + "': " + std::strerror(errno));
     fs::create_directory(folder_.Path("c:"));
     fs::create_directory_symlink(logFolder, folder_.Path("c:/p2debug"));
   }

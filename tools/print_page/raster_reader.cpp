@@ -108,7 +108,7 @@ ReadResult RasterReader::NextPage(const PageTerms& terms, RasterPage* page, std:
   if (page->linesRead == layout.lines) return ReadResult::kPage;
   *error = "the raster ends at line " + std::to_string(page->linesRead) + " of " +
            std::to_string(layout.lines);
-  return ReadResult::kTruncated;
+  return page->linesRead == 0 ? ReadResult::kError : ReadResult::kTruncated;
 }
 
 }  // namespace qrn::tool

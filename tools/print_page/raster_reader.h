@@ -17,7 +17,7 @@ using ReadBytes = std::function<std::ptrdiff_t(std::uint8_t* buffer, std::size_t
 
 enum class ReadResult {
   kPage,       // *page is complete
-  kTruncated,  // the stream ended within the page: *page holds what came, *error says so
+  kTruncated,  // the stream ended after some lines: *page holds what came, *error says so
   kEnd,        // no further page
   kRefused,    // of a kind that is not read, or not wanted; *error says why
   kError,      // not a raster, or a damaged one; *error says why

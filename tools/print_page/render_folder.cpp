@@ -1,12 +1,18 @@
 #include "print_page/render_folder.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 extern char** environ;
 
@@ -14,6 +20,7 @@ namespace qrn::tool {
 namespace {
 
 constexpr const char* kFontConfig = "fonts.conf";
+constexpr std::uintmax_t kLittleRoomBytes = 256u << 20;
 constexpr const char* kSystemFontConfig = "/etc/fonts/fonts.conf";
 
 // What would lead a program to other files or give it other options.
@@ -57,7 +64,7 @@ void WriteFontConfig(const std::string& path, const std::string& cache) {
 
 RenderFolder::RenderFolder() {
   const std::string scratch = Path("scratch");
-  std::filesystem::create_directory(scratch);
+  if (mkdir(scratch.c_str(), 0700) != 0) throw std::runtime_error(CannotWrite(errno));
   WriteFontConfig(Path(kFontConfig), scratch);
   for (char** variable = environ; *variable != nullptr; ++variable) {
     if (!IsOurs(*variable)) environment_.emplace_back(*variable);
@@ -66,6 +73,14 @@ RenderFolder::RenderFolder() {
     environment_.push_back(name + ("=" + scratch));
   environment_.push_back("FONTCONFIG_FILE=" + Path(kFontConfig));
   environment_.push_back("PAPERSIZE=a4");  // else a file of the system's tells it
+}
+
+std::string RenderFolder::LittleRoom() const {
+  std::error_code failed;
+  const auto bytes = std::filesystem::space(Path(""), failed).available;
+  if (failed || bytes >= kLittleRoomBytes) return "";
+  return "; only " + std::to_string(bytes >> 20) + " MB are left in the temporary folder '" +
+         folder_.Parent() + "'";
 }
 
 }  // namespace qrn::tool

@@ -15,6 +15,9 @@ class RenderFolder {
   RenderFolder();  // throws std::runtime_error when it cannot be made
 
   std::string Path(const std::string& name) const { return folder_.Path(name); }
+  std::string CannotWrite(int error) const { return folder_.CannotWrite(error); }
+  // What to add to the reason of a program that failed here: that there is little room, or "".
+  std::string LittleRoom() const;
   // Of a program that runs here: "NAME=value".
   const std::vector<std::string>& Environment() const { return environment_; }
 

@@ -7,18 +7,21 @@
 namespace qrn::tool {
 namespace {
 
+constexpr const char* kPdfReader = "--runpdf--";  // what Ghostscript says fails on a damaged PDF
+constexpr const char* kPasswordMessage = "requires a password";
+
 // Without the file's name in brackets, which says nothing, and what GraphicsMagick adds after it:
 // an error number of another moment.
 std::string Plain(std::string reason) {
   reason.resize(std::min(reason.size(), reason.find(std::string(" (") + kDocumentName)));
-  return reason;
+  const bool pdf = reason.find(kPdfReader) != std::string::npos;
+  return pdf ? "is damaged: " + reason : reason;
 }
 
 }  // namespace
 
 bool Rendering::Start(InputKind kind, const std::string& firstBytes, std::string* error) {
-  return Plan(kind, firstBytes, error) && WriteGreyProfiles(folder_.Path(""), error) &&
-         StartRun(error);
+  return Plan(kind, firstBytes, error) && WriteGreyProfiles(folder_, error) && StartRun(error);
 }
 
 bool Rendering::Plan(InputKind kind, const std::string& firstBytes, std::string* error) {
@@ -33,8 +36,11 @@ bool Rendering::PlanPdf(std::string* error) {
   ChildProcess reader(folder_);
   if (!reader.Start(PdfInfoCommand(), error)) return false;
   (void)reader.Wait(error);
-  plan_ = PlanOfPdf(reader.Said());
-  return true;
+  const std::string info = reader.Said();
+  plan_ = PlanOfPdf(info);
+  if (plan_.pages != 0 || info.find(kPasswordMessage) == std::string::npos) return true;
+  *error = "is protected by a password";
+  return false;
 }
 
 bool Rendering::ConvertPicture(const std::string& format, std::string* error) {
@@ -43,7 +49,7 @@ bool Rendering::ConvertPicture(const std::string& format, std::string* error) {
   plan_ = PlanOfPictures(converter.ReadAll());
   document_ = kPictureDocumentName;
   if (converter.WaitSilent(error)) return true;  // it fills in what a damaged picture lacks
-  *error = Plain(*error);
+  *error = Plain(*error) + folder_.LittleRoom();
   return false;
 }
 
@@ -69,7 +75,7 @@ ReadResult Rendering::NextPage(RasterPage* page, std::string* error) {
     }
     // What went wrong in the renderer is the reason for whatever its raster lacks.
     if (!renderer_->Wait(error)) {
-      *error = Plain(*error);
+      *error = Plain(*error) + folder_.LittleRoom();
       return result == ReadResult::kTruncated ? result : ReadResult::kError;
     }
     if (result != ReadResult::kEnd || nextRun_ == plan_.runs.size()) return result;
