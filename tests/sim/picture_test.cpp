@@ -90,6 +90,17 @@ TEST_F(PictureTest, FitsItsWidthKeepsTheAspectAndFindsTheInkByItself) {
   EXPECT_EQ(kWhite, At(7, 7));
 }
 
+// A line between two rows goes half to each: rows that cover one or two lines in turn are streaks.
+TEST_F(PictureTest, AveragesByArea) {
+  for (std::int32_t column = 0; column < 3; ++column) Lay(0, 0, 1, column, 12);
+  options.lines = 3, options.columns = 3, options.widthMax = 2;
+  Render();
+  ASSERT_EQ(2u, width);
+  ASSERT_EQ(2u, height);
+  for (const auto& [x, y] : {std::pair{0, 0}, std::pair{1, 0}, std::pair{0, 1}, std::pair{1, 1}})
+    EXPECT_EQ(0xAAE4FAu, At(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)));
+}
+
 TEST_F(PictureTest, ThatCannotBeWrittenSaysWhy) {
   EXPECT_EQ("No such file or directory", WritePng(paper, options, path + "/no/paper.png"));
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";

@@ -3,6 +3,7 @@
 
 #include <fstream>
 
+#include "print_page/console.h"
 #include "print_page/drop_levels.h"
 #include "print_page/input.h"
 #include "print_page/input_kind.h"
@@ -20,6 +21,15 @@ TEST(Levels, DitherToTheInksShareAndKeepTheEnds) {
     for (unsigned place = 0; place < 64; ++place)
       sum += LevelOf(static_cast<std::uint8_t>(ink), place % kScreenPixels, place / kScreenPixels);
     EXPECT_NEAR(ink * 3.0 / 255.0, sum / 64.0, 1.0 / 64);
+  }
+}
+
+TEST(Progress, FitsATerminalOfFortyColumns) {
+  EXPECT_EQ("page 1: rendering, 12 s", ProgressText({1, 0, "rendering", 0, 0, 12}));
+  EXPECT_EQ("page 2/5: printing 50 % [######.......]", ProgressText({2, 5, "printing", 9, 18, 0}));
+  for (const char* doing : {"rendering", "printing", "paused at", "reconnecting at"}) {
+    for (const std::uint32_t page : {1u, 999u, 99999u, 4294967294u})
+      EXPECT_GE(39u, ProgressText({page, page, doing, 100, page % 2 * 100, 99999}).size());
   }
 }
 

@@ -114,12 +114,15 @@ class Program : public testing::Test {
 
 TEST_F(Program, PrintsEveryPageAsAJobAndNamesThePictures) {
   Write("two.ras", Raster(Page(2)));
-  Run("two.ras -o paper.png --log-dir logs --api line");
+  Run("two.ras -o paper.png --dpi 360 --log-dir logs --api line");
   ExpectExit(0, "printed      240 lines, ");
   EXPECT_EQ(2u, Count(out, "printed      240 lines, "));
   EXPECT_EQ(2u, Count(out, "comparison   0 of "));
+  EXPECT_EQ(1u, Count(out, "page         2, two.ras\n"));
+  EXPECT_EQ(1u, Count(out, "total        2 pages, 2 of them as asked, "));
+  const std::string size("\0\0\0\x18\0\0\0\xF0", 8);  // 24 x 240 pixels
   for (const char* name : {"paper.png", "paper-2.png"})
-    EXPECT_EQ("\x89PNG", Contents(folder.Path(name)).substr(0, 4)) << name;
+    EXPECT_EQ(size, Contents(folder.Path(name)).substr(16, 8)) << name;
   EXPECT_FALSE(fs::exists(folder.Path("paper-3.png")));
   EXPECT_EQ(2, std::distance(fs::directory_iterator(folder.Path("logs")), {}));
 }
@@ -267,7 +270,7 @@ TEST_F(Program, KeepsColoursAsTheyAreWhereGreyTurnsBlack) {
   Convert("plasma: -colorspace gray grey.png");
   Convert("grey.png xc:blue two.tif");
   Run("blue.pdf");
-  ExpectExit(0, "comparison   0 of ");
+  ExpectExit(0, "page         4 of 4, blue.pdf\n");
   for (const auto& ink : InkOnPaper()) {
     EXPECT_NEAR(88, ink[0], 1);
     EXPECT_NEAR(77, ink[1], 1);

@@ -59,6 +59,8 @@ std::unique_ptr<Input> Input::Open(const std::string& path, const PageTerms& ter
   return nullptr;
 }
 
+bool Input::IsRendered() const { return impl_->rendering != nullptr; }
+
 std::uint32_t Input::Pages() const {
   return impl_->rendering != nullptr ? impl_->rendering->Pages() : 0;
 }

@@ -19,6 +19,8 @@ class Input {
   static std::unique_ptr<Input> Open(const std::string& path, const PageTerms& terms,
                                      std::string* error);
   ~Input();
+  // Through other programs, not read as a raster.
+  bool IsRendered() const;
   // Of the input; 0 = not known.
   std::uint32_t Pages() const;
   // *error names the file, and the page where that is known.

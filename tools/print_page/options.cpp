@@ -95,6 +95,9 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("-o,--output", options->picture,
                   "picture of the printed paper, PNG; page n > 1 adds -n to the name")
       ->check(CheckPictureName);
+  app->add_option("--dpi", options->pictureDpi,
+                  "pixels per inch of the picture; by default it is at most 1600 pixels wide")
+      ->check(CLI::Range(1, 720));
   app->add_option("--log-dir", options->logFolder, "folder for the driver's job logs");
   app->add_option("--seed", options->seed, "seed of the scheduling on virtual time")
       ->check(CLI::NonNegativeNumber)

@@ -16,10 +16,11 @@ struct Options {
   std::uint32_t resolution = 1440;
   bool lineApi = false;
   SlotMap slots{0, 1, 2, 3, 4, 5, 6, 7};
-  bool slotsNamed = false;   // by the user, who then means planes that the page has
-  std::string settingsFile;  // "" = a machine as it leaves the factory
-  std::string picture;       // "" = none
-  std::string logFolder;     // "" = no job log
+  bool slotsNamed = false;       // by the user, who then means planes that the page has
+  std::string settingsFile;      // "" = a machine as it leaves the factory
+  std::string picture;           // "" = none
+  std::uint32_t pictureDpi = 0;  // 0 = as many as fit into its usual width
+  std::string logFolder;         // "" = no job log
   std::uint64_t seed = 1;
   bool virtualTime = false;
   bool verify = true;

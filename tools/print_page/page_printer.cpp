@@ -1,13 +1,11 @@
 #include "print_page/page_printer.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <ctime>
 
 #include "print_page/host_job.h"
 #include "print_page/job_log_check.h"
 #include "print_page/picture_file.h"
+#include "print_page/stopwatch.h"
 #include "sim/carriage.h"
 #include "sim/picture.h"
 
@@ -32,9 +30,7 @@ sim::SessionOptions SessionOptionsOf(const Options& options) {
   sim::SessionOptions session;
   session.virtualTime = options.virtualTime;
   session.seed = options.seed;
-  session.onBox = [](const std::string& text) {
-    std::fprintf(stderr, "print-page: message: %s\n", text.c_str());
-  };
+  session.onBox = [](const std::string& text) { Complain("message: " + text); };
   return session;
 }
 
@@ -46,46 +42,56 @@ PagePrinter::PagePrinter(const Options& options, const sim::Machine& machine)
       printer_(machine, options.quirks),
       session_(printer_, SessionOptionsOf(options)) {}
 
-PageReport PagePrinter::Print(const RasterPage& raster) {
+PageReport PagePrinter::Print(const RasterPage& raster, std::uint32_t pageNo, Progress& progress) {
   const SlotPage page(raster, options_.slots);
-  ++pageNo_;
   PageReport report;
+  report.page = pageNo;
   report.resolution = options_.resolution;
   report.widthPixels = page.LineBytes() * 4;
   report.lines = page.Lines();
-  const auto wallStart = std::chrono::steady_clock::now();
-  const std::clock_t cpuStart = std::clock();
+  Stopwatch watch;
   const JobLogCheck log(options_.logFolder);
-  HandOver(raster, page, &report);
+  HandOver(raster, page, progress, &report);
   report.logProblem = log.Problem();
-  if (!report.logProblem.empty())
-    std::fprintf(stderr, "print-page: %s\n", report.logProblem.c_str());
-  report.wallSeconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count();
-  report.cpuSeconds = static_cast<double>(std::clock() - cpuStart) / CLOCKS_PER_SEC;
+  if (!report.logProblem.empty()) Complain(report.logProblem);
+  report.printSeconds = watch.Lap();
   report.violation = printer_.Violation();
-  if (report.stats.swaths == 0 && !report.completed) return report;  // no job, no paper
-  MeasureInk(raster, page, &report);
-  report.verified = options_.verify;
-  if (options_.verify) {
-    report.comparison = sim::Compare(page, printer_.CurrentPaper(), machine_, options_.resolution);
-  }
-  if (!options_.picture.empty()) MakePicture(page, &report);
+  const bool anyPaper = report.stats.swaths != 0 || report.completed;
+  if (anyPaper) LookAtPaper(raster, page, &report);
+  report.proofSeconds = watch.Lap();
   return report;
 }
 
-void PagePrinter::HandOver(const RasterPage& raster, const SlotPage& page, PageReport* report) {
+std::string PagePrinter::Hindrance() const {
+  const sim::PrinterStats stats = printer_.Stats();
+  if (!stats.open) return stats.jobsCreated == jobsBefore_ ? "connecting" : "reconnecting";
+  return stats.paused ? "paused" : "";
+}
+
+void PagePrinter::HandOver(const RasterPage& raster, const SlotPage& page, Progress& progress,
+                           PageReport* report) {
   const sim::PrinterStats before = printer_.Stats();
-  ProgressBar bar(page.Lines());
+  jobsBefore_ = before.jobsCreated;
+  progress.BeginPrinting(page.Lines());
   const HandedOver handedOver =
       PrintPage({options_.resolution, options_.lineApi,
-                 [&](std::uint32_t lines) { bar.Show(lines, printer_.Stats()); }},
+                 [&progress](std::uint32_t lines) { progress.Printed(lines); }},
                 page);
+  progress.Hide();
   report->stats = Difference(printer_.Stats(), before);
   report->completed = handedOver.started && report->stats.jobsEnded == 1;
   if (report->stats.jobsCreated != 0)
     report->linesPrinted = std::min(handedOver.lines, raster.linesRead);
   if (!report->completed) report->cause = CauseOf(report->stats);
+}
+
+void PagePrinter::LookAtPaper(const RasterPage& raster, const SlotPage& page, PageReport* report) {
+  MeasureInk(raster, page, report);
+  report->verified = options_.verify;
+  if (options_.verify) {
+    report->comparison = sim::Compare(page, printer_.CurrentPaper(), machine_, options_.resolution);
+  }
+  if (!options_.picture.empty()) MakePicture(page, report);
 }
 
 std::string PagePrinter::CauseOf(const sim::PrinterStats& stats) const {
@@ -116,12 +122,12 @@ void PagePrinter::MakePicture(const SlotPage& page, PageReport* report) const {
   const std::uint32_t columnPixels = sim::ColumnPixelsOf(machine_, options_.resolution);
   picture.columns = options_.verify ? page.LineBytes() * 4 / columnPixels : 0;
   picture.columnsPerInch = options_.resolution / sim::BasePassCountOf(options_.resolution);
+  picture.pixelsPerInch = options_.pictureDpi;
   picture.inkMax = columnPixels * 3;
-  const std::string name = PictureName(options_.picture, pageNo_);
+  const std::string name = PictureName(options_.picture, report->page);
   report->pictureError = SavePicture(printer_.CurrentPaper(), picture, name);
-  if (report->pictureError.empty()) return;
-  std::fprintf(stderr, "print-page: cannot write picture '%s': %s\n", name.c_str(),
-               report->pictureError.c_str());
+  if (!report->pictureError.empty())
+    Complain("cannot write picture '" + name + "': " + report->pictureError);
 }
 
 }  // namespace qrn::tool

@@ -2,8 +2,11 @@
 #ifndef QRN_TOOLS_PRINT_PAGE_PAGE_PRINTER_H_
 #define QRN_TOOLS_PRINT_PAGE_PAGE_PRINTER_H_
 
+#include <atomic>
+#include <cstdint>
 #include <string>
 
+#include "print_page/console.h"
 #include "print_page/options.h"
 #include "print_page/page.h"
 #include "print_page/summary.h"
@@ -18,11 +21,15 @@ class PagePrinter {
   // Both outlive the printer.
   PagePrinter(const Options& options, const sim::Machine& machine);
 
-  // Prints the next page, compares it and makes its picture, as the options say.
-  PageReport Print(const RasterPage& raster);
+  // Prints a page, compares it and makes its picture, as the options say. `pageNo` counts from 1.
+  PageReport Print(const RasterPage& raster, std::uint32_t pageNo, Progress& progress);
+  // What keeps the printer from printing at the moment; "" when nothing does. Any thread.
+  std::string Hindrance() const;
 
  private:
-  void HandOver(const RasterPage& raster, const SlotPage& page, PageReport* report);
+  void HandOver(const RasterPage& raster, const SlotPage& page, Progress& progress,
+                PageReport* report);
+  void LookAtPaper(const RasterPage& raster, const SlotPage& page, PageReport* report);
   std::string CauseOf(const sim::PrinterStats& stats) const;
   void MeasureInk(const RasterPage& raster, const SlotPage& page, PageReport* report) const;
   void MakePicture(const SlotPage& page, PageReport* report) const;
@@ -31,7 +38,7 @@ class PagePrinter {
   const sim::Machine& machine_;
   sim::VirtualPrinter printer_;
   sim::Session session_;
-  int pageNo_ = 0;
+  std::atomic<std::uint32_t> jobsBefore_ = 0;  // created before the one of this page
 };
 
 }  // namespace qrn::tool

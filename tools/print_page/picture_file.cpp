@@ -13,7 +13,7 @@ namespace qrn::tool {
 
 namespace fs = std::filesystem;
 
-std::string PictureName(const std::string& name, int pageNo) {
+std::string PictureName(const std::string& name, std::uint32_t pageNo) {
   if (pageNo == 1) return name;
   const fs::path path(name);
   return (path.parent_path() /

@@ -2,6 +2,7 @@
 #ifndef QRN_TOOLS_PRINT_PAGE_PICTURE_FILE_H_
 #define QRN_TOOLS_PRINT_PAGE_PICTURE_FILE_H_
 
+#include <cstdint>
 #include <string>
 
 #include "sim/paper.h"
@@ -10,7 +11,7 @@
 namespace qrn::tool {
 
 // "paper.png", then "paper-2.png" and so on.
-std::string PictureName(const std::string& name, int pageNo);
+std::string PictureName(const std::string& name, std::uint32_t pageNo);
 
 // Why no picture can come there, found before paper is spent on it; "" when it can.
 std::string PictureProblem(const std::string& name);

@@ -1,7 +1,5 @@
 #include "print_page/summary.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 
 #include "print_page/page.h"
@@ -11,7 +9,6 @@ namespace {
 
 constexpr double kMmPerInch = 25.4;
 constexpr double kLinesPerInch = 360;
-constexpr int kBarChars = 30;
 
 template <class... Values>
 std::string Format(const char* format, Values... values) {
@@ -72,10 +69,13 @@ bool Succeeded(const PageReport& report) {
 
 std::string SummaryOf(const PageReport& report) {
   const sim::PrinterStats& stats = report.stats;
-  std::string text = Format("paper        %.1f x %.1f mm, %u x %u pixels at %u x 360 dpi\n",
-                            report.widthPixels * kMmPerInch / report.resolution,
-                            report.lines * kMmPerInch / kLinesPerInch, report.widthPixels,
-                            report.lines, report.resolution);
+  std::string text = "page         " + std::to_string(report.page) +
+                     (report.pages != 0 ? " of " + std::to_string(report.pages) : "") + ", " +
+                     report.input + "\n";
+  text += Format("paper        %.1f x %.1f mm, %u x %u pixels at %u x 360 dpi\n",
+                 report.widthPixels * kMmPerInch / report.resolution,
+                 report.lines * kMmPerInch / kLinesPerInch, report.widthPixels, report.lines,
+                 report.resolution);
   text += "printed      " + LinesText(report) +
           Format(", %u passes with ink, %u swaths, %u of them feed only\n",
                  stats.swaths - stats.feedOnlySwaths, stats.swaths, stats.feedOnlySwaths);
@@ -83,7 +83,10 @@ std::string SummaryOf(const PageReport& report) {
   if (!ink.empty()) text += "ink          " + ink + "\n";
   text += Format("wire         %llu bytes out, %llu bytes in\n",
                  static_cast<Count>(stats.bytesReceived), static_cast<Count>(stats.bytesSent));
-  text += Format("time         %.2f s wall, %.2f s CPU\n", report.wallSeconds, report.cpuSeconds);
+  text +=
+      Format("time         %.2f s: %.2f s %s, %.2f s printing, %.2f s checking\n",
+             report.readSeconds + report.printSeconds + report.proofSeconds, report.readSeconds,
+             report.rendered ? "rendering" : "reading", report.printSeconds, report.proofSeconds);
   text += "comparison   " + Verdict(report) + "\n";
   if (!report.completed) text += "job          not completed: " + report.cause + "\n";
   if (!report.pictureError.empty()) text += "picture      not written\n";
@@ -92,20 +95,9 @@ std::string SummaryOf(const PageReport& report) {
   return text;
 }
 
-ProgressBar::ProgressBar(std::uint32_t lines)
-    : lines_(lines), terminal_(isatty(STDERR_FILENO) == 1) {}
-
-ProgressBar::~ProgressBar() {
-  if (terminal_) std::fputs("\r\033[K", stderr);
-}
-
-void ProgressBar::Show(std::uint32_t lines, const sim::PrinterStats& stats) {
-  if (!terminal_ || lines_ == 0) return;
-  const int filled = static_cast<int>(std::uint64_t{kBarChars} * lines / lines_);
-  std::string bar(static_cast<std::size_t>(filled), '#');
-  bar.resize(kBarChars, '.');
-  std::fprintf(stderr, "\r[%s] %u/%u lines, %u swaths, ink %llu", bar.c_str(), lines, lines_,
-               stats.swaths, static_cast<Count>(stats.inkLaid));
+std::string TotalOf(std::uint32_t pages, std::uint32_t succeeded, double seconds) {
+  if (pages < 2) return "";
+  return Format("total        %u pages, %u of them as asked, %.2f s\n", pages, succeeded, seconds);
 }
 
 }  // namespace qrn::tool
