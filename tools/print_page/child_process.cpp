@@ -19,7 +19,6 @@ namespace qrn::tool {
 namespace {
 
 constexpr const char* kNoMessage = "failed without a message";
-constexpr const char* kMessages = "messages";
 
 // As the system's calls take it: ends in a null.
 std::vector<char*> Pointers(const std::vector<std::string>& texts) {
@@ -81,7 +80,7 @@ bool ChildProcess::Start(const std::vector<std::string>& arguments, std::string*
   posix_spawn_file_actions_addchdir_np(&actions, folder_.Path("").c_str());
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, kMessages, O_WRONLY | O_CREAT | O_TRUNC,
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, messages_, O_WRONLY | O_CREAT | O_TRUNC,
                                    0600);
   const std::vector<char*> argv = Pointers(arguments), variables = Pointers(folder_.Environment());
   // The signals that this program blocks are not blocked there.
@@ -139,7 +138,7 @@ bool ChildProcess::WaitForEnd() {
 
 std::string ChildProcess::Said() const {
   std::ostringstream messages;
-  messages << std::ifstream(folder_.Path(kMessages)).rdbuf();
+  messages << std::ifstream(folder_.Path(messages_)).rdbuf();
   return messages.str();
 }
 

@@ -15,8 +15,10 @@ namespace qrn::tool {
 // a file, for a reason when it fails.
 class ChildProcess {
  public:
-  // It runs in `folder`, which outlives it.
-  explicit ChildProcess(const RenderFolder& folder) : folder_(folder) {}
+  // It runs in `folder`, which outlives it; `messages` is the name of its file there, of its own
+  // for each of several that run at a time.
+  explicit ChildProcess(const RenderFolder& folder, const char* messages = "messages")
+      : folder_(folder), messages_(messages) {}
   ~ChildProcess();  // ends it when nobody waited for it
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -42,6 +44,7 @@ class ChildProcess {
   void CloseOutput();
 
   const RenderFolder& folder_;
+  const char* messages_;
   std::string name_;
   pid_t child_ = 0;
   int output_ = -1;

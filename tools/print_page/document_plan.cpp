@@ -30,12 +30,12 @@ DocumentPlan PlanOfPdf(const std::string& info) {
   for (std::string line; std::getline(lines, line);) {
     unsigned number = 0;
     if (std::sscanf(line.c_str(), " File has %u page", &number) == 1 && number <= kPagesMax)
-      rules.assign(number, GreyRule::kNone);
+      rules.assign(number, GreyRule::kBlended);
     if (std::sscanf(line.c_str(), "Page %u MediaBox", &number) != 1) continue;
     if (number == 0 || number > rules.size()) continue;
     if (line.find("transparency") == std::string::npos) rules[number - 1] = GreyRule::kTextAndLines;
   }
-  return rules.empty() ? WholeDocument(GreyRule::kNone) : PlanOf(rules);
+  return rules.empty() ? WholeDocument(GreyRule::kBlended) : PlanOf(rules);
 }
 
 DocumentPlan PlanOfPictures(const std::string& types) {

@@ -23,8 +23,7 @@ struct DocumentPlan {
 // A document of unknown length, all of it by one rule.
 DocumentPlan WholeDocument(GreyRule rule);
 
-// From what Ghostscript tells of a PDF. A page with transparency may blend in another colour space,
-// where links to ink colours do not belong: there Ghostscript converts grey by itself.
+// From what Ghostscript tells of a PDF: which of its pages may blend colours.
 DocumentPlan PlanOfPdf(const std::string& info);
 
 // From what GraphicsMagick calls the type of each picture of a file, one a line.

@@ -16,7 +16,6 @@ constexpr const char* kCmykProfile = QRN_GS_PROFILES "/default_cmyk.icc";
 constexpr const char* kRgbLink = "rgb.icc";
 constexpr const char* kGreyLink = "grey.icc";
 constexpr cmsUInt32Number kGridPoints = 33;  // along each of red, green and blue
-constexpr std::size_t kInks = 4, kBlackInk = 3;
 constexpr cmsUInt16Number kFull = 0xFFFF;
 
 template <auto close>
@@ -32,8 +31,8 @@ using Pipeline = std::unique_ptr<cmsPipeline, Closer<cmsPipelineFree>>;
 using Text = std::unique_ptr<cmsMLU, Closer<cmsMLUfree>>;
 
 void InkOfGrey(cmsUInt16Number grey, cmsUInt16Number* inks) {
-  std::fill_n(inks, kInks, cmsUInt16Number{0});
-  inks[kBlackInk] = static_cast<cmsUInt16Number>(kFull - grey);
+  std::fill_n(inks, kInksOfMixture, cmsUInt16Number{0});
+  inks[kBlackOfMixture] = static_cast<cmsUInt16Number>(kFull - grey);
 }
 
 int SampleGrey(const cmsUInt16Number* grey, cmsUInt16Number* inks, void*) {
@@ -65,8 +64,8 @@ Transform RgbToCmyk() {
 // Writes a link from `source` with `channels` channels to four inks.
 bool WriteLink(const std::string& path, cmsColorSpaceSignature source, cmsUInt32Number channels,
                cmsUInt32Number gridPoints, cmsSAMPLER16 sample, void* transform) {
-  const Pipeline pipeline(cmsPipelineAlloc(nullptr, channels, kInks));
-  cmsStage* stage = cmsStageAllocCLut16bit(nullptr, gridPoints, channels, kInks, nullptr);
+  const Pipeline pipeline(cmsPipelineAlloc(nullptr, channels, kInksOfMixture));
+  cmsStage* stage = cmsStageAllocCLut16bit(nullptr, gridPoints, channels, kInksOfMixture, nullptr);
   const Profile link(cmsCreateProfilePlaceholder(nullptr));
   const Text name(cmsMLUalloc(nullptr, 1));
   if (pipeline == nullptr || stage == nullptr || link == nullptr || name == nullptr) return false;
@@ -113,6 +112,20 @@ bool WriteGreyProfiles(const RenderFolder& folder, std::string* error) {
   return false;
 }
 
+InkMixtures GreyMixtures() {
+  InkMixtures mixtures{};
+  const Transform transform = RgbToCmyk();
+  for (std::size_t grey = 0; grey < mixtures.size(); ++grey) {
+    const auto value = static_cast<cmsUInt16Number>(grey * 257);
+    const std::array<cmsUInt16Number, 3> rgb = {value, value, value};
+    std::array<cmsUInt16Number, kInksOfMixture> inks{};
+    if (transform != nullptr) cmsDoTransform(transform.get(), rgb.data(), inks.data(), 1);
+    for (std::size_t ink = 0; ink < kInksOfMixture; ++ink)
+      mixtures[grey][ink] = static_cast<std::uint8_t>((inks[ink] + 128) / 257);
+  }
+  return mixtures;
+}
+
 std::string GreyListName(GreyRule rule) {
   switch (rule) {
     case GreyRule::kTextAndLines:
@@ -120,6 +133,7 @@ std::string GreyListName(GreyRule rule) {
     case GreyRule::kAll:
       return "grey-all";
     case GreyRule::kNone:
+    case GreyRule::kBlended:
       break;
   }
   return "";

@@ -29,6 +29,7 @@ void StoreLine(const std::vector<std::uint8_t>& packed, std::uint32_t y, std::ui
 struct RasterReader::Impl {
   ReadBytes source;
   cups_raster_t* raster = nullptr;
+  LineFilter filter;
 
   bool compressed = false;
   std::uint64_t bytesRead = 0;
@@ -51,6 +52,7 @@ struct RasterReader::Impl {
     std::vector<std::uint8_t> line(layout.lineBytes), packed(page->LineBytes());
     for (std::uint32_t y = 0; y < layout.lines; ++y) {
       if (cupsRasterReadPixels(raster, line.data(), layout.lineBytes) != layout.lineBytes) return y;
+      if (filter.edit) filter.edit(line.data(), line.size());
       for (std::uint32_t color = firstColor; color < endColor; ++color) {
         if (PackLine(layout, line.data(), color, y, packed.data()))
           StoreLine(packed, y, layout.lines, &page->planes[layout.inks[color]]);
@@ -80,6 +82,8 @@ RasterReader::~RasterReader() {
   if (impl_->raster != nullptr) cupsRasterClose(impl_->raster);
 }
 
+void RasterReader::SetFilter(LineFilter filter) { impl_->filter = std::move(filter); }
+
 ReadResult RasterReader::NextPage(const PageTerms& terms, RasterPage* page, std::string* error) {
   if (impl_->bytesRead == 0) return ReadResult::kEnd;
   if (impl_->raster == nullptr) {
@@ -104,6 +108,7 @@ ReadResult RasterReader::NextPage(const PageTerms& terms, RasterPage* page, std:
   if (terms.refusal) *error = terms.refusal(*page);
   if (!error->empty()) return ReadResult::kRefused;
   page->planes.resize(layout.inks.size());
+  if (impl_->filter.beginPage) impl_->filter.beginPage(page->width);
   page->linesRead = impl_->ReadPixels(layout, page);
   if (page->linesRead == layout.lines) return ReadResult::kPage;
   *error = "the raster ends at line " + std::to_string(page->linesRead) + " of " +

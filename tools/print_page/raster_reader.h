@@ -32,10 +32,18 @@ struct PageTerms {
   std::function<std::string(const RasterPage& page)> refusal;
 };
 
+// Changes the lines of a stream before they are taken.
+struct LineFilter {
+  std::function<void(std::uint32_t width)> beginPage;
+  std::function<void(std::uint8_t* line, std::size_t bytes)> edit;  // in place
+};
+
 class RasterReader {
  public:
   explicit RasterReader(ReadBytes source);
   ~RasterReader();
+  // Of all pages to come.
+  void SetFilter(LineFilter filter);
   ReadResult NextPage(const PageTerms& terms, RasterPage* page, std::string* error);
 
  private:

@@ -21,6 +21,9 @@ constexpr const char* kPictureDocumentName = "picture.pdf";
 // none.
 Command RenderCommand(const std::string& document, const PageRun& run, std::uint32_t resolution);
 
+// The same pages as tagged pixels (object_tags.h).
+Command TagCommand(const std::string& document, const PageRun& run, std::uint32_t resolution);
+
 // Tells how many pages a PDF has and which have transparency.
 Command PdfInfoCommand();
 

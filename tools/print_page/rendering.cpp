@@ -18,6 +18,12 @@ std::string Plain(std::string reason) {
   return pdf ? "is damaged: " + reason : reason;
 }
 
+ReadBytes OutputOf(ChildProcess* child) {
+  return [child](std::uint8_t* buffer, std::size_t bytes) {
+    return static_cast<std::ptrdiff_t>(child->Read(buffer, bytes));
+  };
+}
+
 }  // namespace
 
 bool Rendering::Start(InputKind kind, const std::string& firstBytes, std::string* error) {
@@ -54,14 +60,21 @@ bool Rendering::ConvertPicture(const std::string& format, std::string* error) {
 }
 
 bool Rendering::StartRun(std::string* error) {
+  const PageRun& run = plan_.runs[nextRun_++];
   renderer_ = std::make_unique<ChildProcess>(folder_);
-  if (!renderer_->Start(RenderCommand(document_, plan_.runs[nextRun_], terms_.resolution), error))
-    return false;
-  ++nextRun_;
-  ChildProcess* source = renderer_.get();
-  reader_ = std::make_unique<RasterReader>([source](std::uint8_t* buffer, std::size_t bytes) {
-    return static_cast<std::ptrdiff_t>(source->Read(buffer, bytes));
-  });
+  if (!renderer_->Start(RenderCommand(document_, run, terms_.resolution), error)) return false;
+  reader_ = std::make_unique<RasterReader>(OutputOf(renderer_.get()));
+  return run.rule != GreyRule::kBlended || StartFilter(run, error);
+}
+
+bool Rendering::StartFilter(const PageRun& run, std::string* error) {
+  tagger_ = std::make_unique<ChildProcess>(folder_, "messages-of-tagger");
+  if (!tagger_->Start(TagCommand(document_, run, terms_.resolution), error)) return false;
+  filter_ = std::make_unique<GreyFilter>(OutputOf(tagger_.get()));
+  GreyFilter* filter = filter_.get();
+  reader_->SetFilter(
+      {[filter](std::uint32_t width) { filter->BeginPage(width); },
+       [filter](std::uint8_t* line, std::size_t bytes) { filter->Edit(line, bytes); }});
   return true;
 }
 

@@ -8,6 +8,7 @@
 
 #include "print_page/child_process.h"
 #include "print_page/document_plan.h"
+#include "print_page/grey_filter.h"
 #include "print_page/input_kind.h"
 #include "print_page/raster_reader.h"
 #include "print_page/render_commands.h"
@@ -32,14 +33,18 @@ class Rendering {
   bool PlanPdf(std::string* error);
   bool ConvertPicture(const std::string& format, std::string* error);
   bool StartRun(std::string* error);
+  bool StartFilter(const PageRun& run, std::string* error);
 
   const RenderFolder& folder_;
   const PageTerms& terms_;
   std::string document_ = kDocumentName;
   DocumentPlan plan_;
   std::size_t nextRun_ = 0;
-  std::unique_ptr<ChildProcess> renderer_;  // of the current run
+  // Of the current run: what its pages come from, and what tells of their objects where that is
+  // needed.
+  std::unique_ptr<ChildProcess> renderer_, tagger_;
   std::unique_ptr<RasterReader> reader_;
+  std::unique_ptr<GreyFilter> filter_;
 };
 
 }  // namespace qrn::tool
