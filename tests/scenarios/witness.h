@@ -1,0 +1,82 @@
+// Stands between the library and virtual time and takes down what happens: each line of the log
+// with the moment at which it was written, each box, what goes over the line.
+#ifndef QRN_TESTS_SCENARIOS_WITNESS_H_
+#define QRN_TESTS_SCENARIOS_WITNESS_H_
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "scenarios/digest.h"
+#include "sim/sim_platform.h"
+#include "support/forwarding_platform.h"
+
+namespace scenarios {
+
+struct Event {
+  std::uint32_t ms;  // since the witness was put in place
+  std::string text;  // UTF-8, one line
+  bool isLog;        // else a box, or what the host says
+};
+
+// What the driver wrote since it was asked last.
+struct Traffic {
+  std::map<std::uint32_t, std::uint32_t> messages;  // how often each code
+  std::uint32_t writes = 0;
+  std::uint64_t bytes = 0;
+  Digest digest;
+};
+
+// A base, so that it is there before the one that hands calls on to it.
+struct VirtualTime {
+  qrn::sim::SimPlatform time;
+};
+
+class Witness final : private VirtualTime, public qrn::ForwardingPlatform {
+ public:
+  Witness(qrn::UsbPort& port, const qrn::sim::SimOptions& options);
+
+  // The host says something, after all that has happened up to now.
+  void Say(const std::string& text);
+  Traffic TakeTraffic() { return std::exchange(traffic_, {}); }
+  // All that has happened so far.
+  const std::vector<Event>& Events();
+  const qrn::sim::SimPlatform& Time() const { return time; }
+
+  bool BulkWrite(qrn::DeviceHandle device, const void* data, std::uint32_t bytes) override;
+  bool BulkRead(qrn::DeviceHandle device, void* data, std::uint32_t bytes) override;
+  void SleepMs(std::uint32_t ms) override;
+  qrn::ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) override;
+  void ThreadTerminate(qrn::ThreadHandle thread) override;
+  void ThreadRelease(qrn::ThreadHandle thread) override;
+  void ShowBox(const char* text, const char* caption) override;
+
+ private:
+  struct Started {
+    Witness* self;
+    void (*procedure)(void*);
+    void* argument;
+  };
+
+  // In front of everything that lets time pass: what the log has got since the last call was
+  // written at this very moment, for one thread runs at a time.
+  void Look();
+  void ReadOn();
+  std::uint32_t NowMs() { return time.TickMs() - startMs_; }
+
+  std::uint32_t startMs_;
+  std::filesystem::path file_;  // the log being read
+  std::size_t read_ = 0;
+  std::string line_;  // the last one, not ended yet
+  std::vector<Event> events_;
+  Traffic traffic_;
+  std::deque<Started> started_;
+};
+
+}  // namespace scenarios
+
+#endif  // QRN_TESTS_SCENARIOS_WITNESS_H_
