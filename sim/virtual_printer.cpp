@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <mutex>
 
+#include "platform/bytes.h"
 #include "sim/firmware.h"
+#include "sim/protocol_check.h"
 #include "sim/quirk_moments.h"
 #include "sim/reply_pipe.h"
 #include "sim/usb_bus.h"
@@ -28,18 +30,25 @@ struct VirtualPrinter::Impl {
     }
   }
 
-  // The quirk by which this write fails, if one is due; it is used once.
-  const Quirk* WriteFault(bool isCommand) {
-    return moments.Use(Quirk::Kind::kWriteFails, [isCommand](const Quirk& quirk) {
-      return quirk.Is(Where::kAny) || quirk.Is(isCommand ? Where::kPacket : Where::kData);
-    });
+  // The host writes; what it means is seen before it is taken.
+  void BeginWrite(const std::uint8_t* data, std::size_t bytes) {
+    const bool isCommand = IsCommandWrite(data, bytes);
+    if (isCommand && bytes >= kFramePayloadAt + kCommandBytes) {
+      const std::vector<std::uint8_t> packet(data + kFramePayloadAt,
+                                             data + kFramePayloadAt + kCommandBytes);
+      const Message message = Firmware::MessageOf(packet);
+      moments.BeginPacket(message, message == Message::kSwath   ? U32(&packet[kSwathNoAt])
+                                   : message == Message::kQuery ? firmware.NextSwath()
+                                                                : 0);
+    }
+    moments.BeginWrite(bytes, !isCommand);
   }
 
   UsbStep ReadStep(std::uint32_t asked, std::uint8_t* data, std::uint32_t bytes,
                    std::uint32_t nowMs) {
     if (!bus.Usable(asked)) return {UsbStep::kFailed, kErrorNotConnected};
     if (const Quirk* fault = moments.Use(Quirk::Kind::kReadFails))
-      return {UsbStep::kFailed, fault->value};
+      return {UsbStep::kFailed, fault->error};
     std::uint32_t lookAgainMs = 0;
     const std::vector<std::uint8_t>* packet = pipe.Front(nowMs, &lookAgainMs);
     if (packet == nullptr) return {UsbStep::kWait, moments.NoLongerThan(lookAgainMs)};
@@ -96,7 +105,11 @@ const std::vector<std::vector<std::uint8_t>>& VirtualPrinter::Transfers() const 
   return impl_->transfers;
 }
 
-bool VirtualPrinter::Listable(std::uint32_t) { return true; }
+bool VirtualPrinter::Listable(std::uint32_t nowMs) {
+  const std::lock_guard lock(impl_->mutex);
+  impl_->Look(nowMs);
+  return impl_->bus.Listable();
+}
 
 const char* VirtualPrinter::PathAt(std::uint32_t index, std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
@@ -128,11 +141,11 @@ UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, st
   const std::lock_guard lock(impl_->mutex);
   impl_->Look(nowMs);
   if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-  impl_->moments.BeginWrite(bytes);
+  impl_->BeginWrite(data, bytes);
   impl_->Look(nowMs);
   if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-  if (const Quirk* fault = impl_->WriteFault(IsCommandWrite(data, bytes)))
-    return {UsbStep::kFailed, fault->value};
+  if (const Quirk* fault = impl_->moments.Use(Quirk::Kind::kWriteFails))
+    return {UsbStep::kFailed, fault->error};
   impl_->bytesReceived += bytes;
   if (impl_->keepTransfers) impl_->transfers.emplace_back(data, data + bytes);
   std::vector<WireMessage> messages;
@@ -141,7 +154,8 @@ UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, st
     const std::optional<Reply> reply = impl_->firmware.Take(message, nowMs);
     impl_->Look(nowMs);  // a printer that has left by now answers nothing
     if (reply && impl_->bus.Usable(handle))
-      impl_->pipe.Send(*reply, Firmware::IsTest(message), nowMs);
+      impl_->pipe.Send(
+          *reply, message.isData ? Message::kSwath : Firmware::MessageOf(message.bytes), nowMs);
   }
   return {UsbStep::kDone, 0};
 }
