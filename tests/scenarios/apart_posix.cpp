@@ -6,8 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "scenarios/apart.h"
-#include "sim/sim_platform.h"
+#include "scenarios/play.h"
 
 namespace scenarios {
 namespace {
@@ -36,19 +35,6 @@ Run Read(std::FILE* in) {
   return run;
 }
 
-[[noreturn]] void PlayInChild(const Scenario& scenario, std::FILE* out) {
-  try {
-    for (const Entry& entry : Play(scenario)) Write(entry, out);
-  } catch (const qrn::sim::TimeLimitPassed& passed) {
-    // What the library had begun cannot be taken down in order.
-    Write({Entry::kResult, 0, passed.what()}, out);
-    std::fflush(nullptr);
-    _exit(0);
-  }
-  std::fclose(out);
-  std::exit(0);
-}
-
 }  // namespace
 
 Run PlayApart(const Scenario& scenario) {
@@ -58,7 +44,10 @@ Run PlayApart(const Scenario& scenario) {
   const pid_t child = fork();
   if (child == 0) {
     close(ends[0]);
-    PlayInChild(scenario, fdopen(ends[1], "w"));
+    std::FILE* out = fdopen(ends[1], "w");
+    for (const Entry& entry : Play(scenario)) Write(entry, out);
+    std::fclose(out);
+    std::exit(0);
   }
   close(ends[1]);
   std::FILE* in = fdopen(ends[0], "r");

@@ -1,11 +1,10 @@
-#include "scenarios/record.h"
-
 #include <array>
 #include <cstdio>
 #include <iterator>
 #include <type_traits>
 
 #include "host/job.h"
+#include "scenarios/play.h"
 
 namespace scenarios {
 namespace {

@@ -1,6 +1,5 @@
 #include "scenarios/scenario.h"
 
-#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <functional>
@@ -15,10 +14,12 @@ namespace {
 
 constexpr std::uint32_t kPlanesOfPha = 0x99;  // in the driver's own ink order: 0, 3, 4 and 7
 
+using Words = std::vector<std::string>;
+
 [[noreturn]] void Refuse(const std::string& why) { throw std::invalid_argument(why); }
 
-std::vector<std::string> Split(const std::string& text, char separator) {
-  std::vector<std::string> parts;
+Words Split(const std::string& text, char separator) {
+  Words parts;
   std::istringstream stream(text);
   for (std::string part; std::getline(stream, part, separator);) {
     if (!part.empty()) parts.push_back(part);
@@ -41,7 +42,7 @@ std::uint32_t NumberOf(const std::string& text) {
 struct Word {
   explicit Word(const std::string& text)
       : name(text.substr(0, text.find('='))),
-        value(text.find('=') == std::string::npos ? "" : text.substr(text.find('=') + 1)) {}
+        value(name == text ? "" : text.substr(name.size() + 1)) {}
   std::uint32_t Number() const { return NumberOf(value); }
 
   std::string name, value;
@@ -53,206 +54,185 @@ using Meanings = std::map<std::string, std::function<void(const Word& word, Targ
 template <class Target>
 void Apply(const Meanings<Target>& meanings, const Word& word, Target& target) {
   const auto meaning = meanings.find(word.name);
-  if (meaning == meanings.end()) Refuse("'" + word.name + "' is no word of this line");
+  if (meaning == meanings.end()) Refuse("'" + word.name + "' has no meaning here");
   meaning->second(word, target);
 }
 
+// "0-9,20"
 std::vector<LineRange> RangesOf(const std::string& text) {
   std::vector<LineRange> ranges;
   for (const std::string& part : Split(text, ',')) {
-    const std::vector<std::string> ends = Split(part, '-');
+    const Words ends = Split(part, '-');
     ranges.push_back({NumberOf(ends.front()), NumberOf(ends.back())});
   }
   return ranges;
 }
 
-const Meanings<Job>& JobWords() {
-  static const Meanings<Job> words = {
-      {"pha",
-       [](const Word&, Job& j) {
-         j.image = {kPlanesOfPha, {{0, 0}}};
-       }},
-      {"all",
-       [](const Word&, Job& j) {
-         j.image = {0xFF, {{0, 0}}};
-       }},
-      {"solid",
-       [](const Word&, Job& j) {
-         j.image = {0xFF, {{0, j.height - 1}}};
-       }},
-      {"blank",
-       [](const Word&, Job& j) {
-         j.image = {0, {}};
-       }},
-      {"random",
-       [](const Word&, Job& j) {
-         j.image = {0xFF, {{0, j.height - 1}}, true};
-       }},
-      {"lines", [](const Word& w, Job& j) { j.image.lines = RangesOf(w.value); }},
-      {"seed", [](const Word& w, Job& j) { j.image.seed = w.Number(); }},
-      {"resX", [](const Word& w, Job& j) { j.desc->resX = w.Number(); }},
-      {"resY", [](const Word& w, Job& j) { j.desc->resY = w.Number(); }},
-      {"height", [](const Word& w, Job& j) { j.desc->height = w.Number(); }},
-      {"width", [](const Word& w, Job& j) { j.desc->width = w.Number(); }},
-      {"colors", [](const Word& w, Job& j) { j.desc->colors = w.Number(); }},
-      {"bits", [](const Word& w, Job& j) { j.desc->bitsPerPixel = w.Number(); }},
-      {"undescribed", [](const Word&, Job& j) { j.desc.reset(); }},
-  };
-  return words;
-}
+const Meanings<Job> kImageWords = {
+    {"pha",
+     [](const Word&, Job& j) {
+       j.image = {kPlanesOfPha, {{0, 0}}};
+     }},
+    {"all",
+     [](const Word&, Job& j) {
+       j.image = {0xFF, {{0, 0}}};
+     }},
+    {"solid",
+     [](const Word&, Job& j) {
+       j.image = {0xFF, {{0, j.height - 1}}};
+     }},
+    {"blank",
+     [](const Word&, Job& j) {
+       j.image = {0, {}};
+     }},
+    {"random",
+     [](const Word&, Job& j) {
+       j.image = {0xFF, {}, true};
+     }},
+    {"lines", [](const Word& w, Job& j) { j.image.lines = RangesOf(w.value); }},
+    {"seed", [](const Word& w, Job& j) { j.image.seed = w.Number(); }},
+};
 
-const std::vector<HostStep>& GoodHost() {
-  static const std::vector<HostStep> host = {
-      {HostStep::kStart}, {HostStep::kLines, UINT32_MAX}, {HostStep::kEnd}};
-  return host;
-}
+// What the host describes in place of the page.
+const Meanings<Job> kDescriptionWords = {
+    {"resX", [](const Word& w, Job& j) { j.desc->resX = w.Number(); }},
+    {"resY", [](const Word& w, Job& j) { j.desc->resY = w.Number(); }},
+    {"height", [](const Word& w, Job& j) { j.desc->height = w.Number(); }},
+    {"width", [](const Word& w, Job& j) { j.desc->width = w.Number(); }},
+    {"colors", [](const Word& w, Job& j) { j.desc->colors = w.Number(); }},
+    {"bits", [](const Word& w, Job& j) { j.desc->bitsPerPixel = w.Number(); }},
+    {"undescribed", [](const Word&, Job& j) { j.desc.reset(); }},
+};
 
-HostJobDesc GoodDescriptionOf(const Job& job) {
-  HostJobDesc desc{};
-  desc.resX = job.resolution;
-  desc.resY = 360;
-  desc.width = job.width;
-  desc.height = job.height;
-  desc.colors = 8;
-  desc.bitsPerPixel = 2;
-  return desc;
-}
-
-void TakeJob(const std::vector<std::string>& words, Scenario& scenario) {
-  if (words.size() < 4) Refuse("a job has a family, a size, a resolution and an image");
-  if (words[0] != "line" && words[0] != "stream") Refuse("'" + words[0] + "' is no family");
-  Job job;
+// A family, a size, a resolution, an image.
+void TakeJob(const Words& words, Scenario& scenario) {
+  const Words size = words.size() < 4 ? Words{} : Split(words[1], 'x');
+  if (size.size() != 2 || (words[0] != "line" && words[0] != "stream"))
+    Refuse("a job is such as: line 48x2 1440 pha");
+  Job& job = scenario.jobs.emplace_back();
   job.lineFamily = words[0] == "line";
-  const std::vector<std::string> size = Split(words[1], 'x');
-  if (size.size() != 2) Refuse("'" + words[1] + "' is no size");
   job.width = NumberOf(size[0]);
   job.height = NumberOf(size[1]);
-  job.resolution = NumberOf(words[2]);
-  job.desc = GoodDescriptionOf(job);
-  for (std::size_t i = 3; i < words.size(); ++i) Apply(JobWords(), Word(words[i]), job);
-  job.host = GoodHost();
-  scenario.jobs.push_back(std::move(job));
+  job.desc = HostJobDesc{};
+  job.desc->resX = NumberOf(words[2]);
+  job.desc->resY = 360;
+  job.desc->width = job.width;
+  job.desc->height = job.height;
+  job.desc->colors = 8;
+  job.desc->bitsPerPixel = 2;
+  job.host = {{HostStep::kStart}, {HostStep::kLines, UINT32_MAX}, {HostStep::kEnd}};
+  job.like = {words[0], words[1], words[2]};
+  for (std::size_t i = 3; i < words.size(); ++i) {
+    const Word word(words[i]);
+    const bool describes = kDescriptionWords.contains(word.name);
+    Apply(describes ? kDescriptionWords : kImageWords, word, job);
+    job.misdescribed |= describes;
+    if (!describes) job.like.push_back(words[i]);
+  }
 }
 
-const std::map<std::string, HostStep>& HostSteps() {
-  static const std::map<std::string, HostStep> steps = {
-      {"start", {HostStep::kStart}}, {"lines", {HostStep::kLines, UINT32_MAX}},
-      {"call", {HostStep::kCall}},   {"write", {HostStep::kWrite, 1}},
-      {"rest", {HostStep::kRest}},   {"end", {HostStep::kEnd}},
-      {"ask", {HostStep::kAsk}},
-  };
-  return steps;
+Job& JobAbove(Scenario& scenario) {
+  if (scenario.jobs.empty()) Refuse("this line belongs below a job");
+  return scenario.jobs.back();
 }
 
-const Meanings<HostStep>& StepWords() {
-  static const Meanings<HostStep> words = {
-      {"bytes", [](const Word& w, HostStep& s) { s.bytes = w.Number(); }},
-      {"null", [](const Word&, HostStep& s) { s.null = true; }},
-      {"rest", [](const Word& w, HostStep& s) { s.restMs = w.Number(); }},
-  };
-  return words;
+void TakeLike(const Words& words, Scenario& scenario) {
+  Scenario good;
+  TakeJob(words, good);
+  JobAbove(scenario).like = good.jobs[0].like;
 }
+
+const std::map<std::string, HostStep> kHostSteps = {
+    {"start", {HostStep::kStart}}, {"lines", {HostStep::kLines, UINT32_MAX}},
+    {"call", {HostStep::kCall}},   {"write", {HostStep::kWrite, 1}},
+    {"rest", {HostStep::kRest}},   {"end", {HostStep::kEnd}},
+    {"ask", {HostStep::kAsk}},
+};
+
+const Meanings<HostStep> kStepWords = {
+    {"bytes", [](const Word& w, HostStep& s) { s.bytes = w.Number(); }},
+    {"null", [](const Word&, HostStep& s) { s.null = true; }},
+    {"rest", [](const Word& w, HostStep& s) { s.restMs = w.Number(); }},
+};
 
 // Such as "start", "lines=100:rest=5", "call=7:null".
-void TakeHost(const std::vector<std::string>& words, Scenario& scenario) {
-  if (scenario.jobs.empty()) Refuse("a host stands below its job");
-  Job& job = scenario.jobs.back();
+void TakeHost(const Words& words, Scenario& scenario) {
+  Job& job = JobAbove(scenario);
   job.host.clear();
   for (const std::string& text : words) {
-    const std::vector<std::string> parts = Split(text, ':');
+    const Words parts = Split(text, ':');
     const Word word(parts[0]);
-    const auto step = HostSteps().find(word.name);
-    if (step == HostSteps().end()) Refuse("'" + word.name + "' is nothing that a host does");
-    job.host.push_back(step->second);
-    if (!word.value.empty()) job.host.back().count = word.Number();
-    for (std::size_t i = 1; i < parts.size(); ++i)
-      Apply(StepWords(), Word(parts[i]), job.host.back());
+    const auto step = kHostSteps.find(word.name);
+    if (step == kHostSteps.end()) Refuse("a host does not '" + word.name + "'");
+    HostStep& taken = job.host.emplace_back(step->second);
+    if (!word.value.empty()) taken.count = word.Number();
+    for (std::size_t i = 1; i < parts.size(); ++i) Apply(kStepWords, Word(parts[i]), taken);
   }
 }
 
-const Meanings<Scenario>& SystemWords() {
-  static const Meanings<Scenario> words = {
-      {"locale", [](const Word& w, Scenario& s) { s.system.localeId = w.Number(); }},
-      {"chinese", [](const Word&, Scenario& s) { s.system.localeId = 0x0804; }},
-      {"box", [](const Word& w, Scenario& s) { s.system.boxOpenMs = w.Number(); }},
-      {"tick", [](const Word& w, Scenario& s) { s.system.startTickMs = w.Number(); }},
-      {"seed", [](const Word& w, Scenario& s) { s.system.seed = w.Number(); }},
-      {"no-thread", [](const Word&, Scenario& s) { s.system.failThreadStart = true; }},
-      {"no-log-folder", [](const Word&, Scenario& s) { s.logFolder = false; }},
-  };
-  return words;
+const Meanings<Scenario> kSystemWords = {
+    {"locale", [](const Word& w, Scenario& s) { s.system.localeId = w.Number(); }},
+    {"chinese", [](const Word&, Scenario& s) { s.system.localeId = 0x0804; }},
+    {"box", [](const Word& w, Scenario& s) { s.system.boxOpenMs = w.Number(); }},
+    {"tick", [](const Word& w, Scenario& s) { s.system.startTickMs = w.Number(); }},
+    {"seed", [](const Word& w, Scenario& s) { s.system.seed = w.Number(); }},
+    {"no-thread", [](const Word&, Scenario& s) { s.system.failThreadStart = true; }},
+    {"no-log-folder", [](const Word&, Scenario& s) { s.logFolder = false; }},
+};
+
+void TakeSystem(const Words& words, Scenario& scenario) {
+  for (const std::string& word : words) Apply(kSystemWords, Word(word), scenario);
 }
 
-void TakeLine(const std::string& line, Scenario& scenario) {
-  std::vector<std::string> words = Split(line, ' ');
-  const std::string subject = words.at(0);
-  words.erase(words.begin());
-  std::string why;
-  if (subject == "job") {
-    TakeJob(words, scenario);
-  } else if (subject == "host") {
-    TakeHost(words, scenario);
-  } else if (subject == "system") {
-    for (const std::string& word : words) Apply(SystemWords(), Word(word), scenario);
-  } else if (subject == "machine") {
-    for (const std::string& text : words) {
-      const Word word(text);
-      if (why = qrn::sim::SetMachine(word.name, word.value, &scenario.machine); !why.empty())
-        Refuse(why);
-    }
-  } else if (subject == "printer") {
-    for (const std::string& text : words) {
-      if (!qrn::sim::ParseQuirk(text, &scenario.quirks.emplace_back(), &why)) Refuse(why);
-    }
-  } else {
-    Refuse("no line begins with '" + subject + "'");
+void TakeMachine(const Words& words, Scenario& scenario) {
+  for (const std::string& text : words) {
+    const Word word(text);
+    const std::string why = qrn::sim::SetMachine(word.name, word.value, &scenario.machine);
+    if (!why.empty()) Refuse(why);
   }
 }
 
-bool IsTitle(const std::string& line) { return line.starts_with("== "); }
+void TakePrinter(const Words& words, Scenario& scenario) {
+  for (const std::string& text : words) {
+    std::string why;
+    if (!qrn::sim::ParseQuirk(text, &scenario.quirks.emplace_back(), &why)) Refuse(why);
+  }
+}
 
-void Trim(std::vector<std::string>& lines) {
+const std::map<std::string, void (*)(const Words& words, Scenario& scenario)> kLines = {
+    {"job", TakeJob},       {"like", TakeLike},       {"host", TakeHost},
+    {"system", TakeSystem}, {"machine", TakeMachine}, {"printer", TakePrinter},
+};
+
+void TakeLines(Scenario& scenario) {
+  for (const std::string& line : scenario.lines) {
+    Words words = Split(line, ' ');
+    const auto meaning = kLines.find(words.at(0));
+    if (meaning == kLines.end()) Refuse("no line begins with '" + words[0] + "'");
+    words.erase(words.begin());
+    meaning->second(words, scenario);
+  }
+  if (scenario.jobs.empty()) Refuse("there is no job");
+}
+
+void Trim(Words& lines) {
   while (!lines.empty() && lines.back().empty()) lines.pop_back();
 }
 
 }  // namespace
 
-bool Understand(Scenario* scenario, std::string* error) {
-  try {
-    for (const std::string& line : scenario->lines) TakeLine(line, *scenario);
-    if (scenario->jobs.empty()) Refuse("there is no job");
-  } catch (const std::invalid_argument& refused) {
-    *error = refused.what();
-    return false;
-  }
-  return true;
-}
-
-Scenario GoodRunOf(const Scenario& scenario) {
+Scenario GoodOf(const Job& job) {
   Scenario good;
-  good.jobs = scenario.jobs;
-  for (Job& job : good.jobs) {
-    job.desc = GoodDescriptionOf(job);
-    job.host = GoodHost();
-  }
+  TakeJob(job.like, good);
   return good;
 }
 
 bool Load(const std::filesystem::path& path, File* file, std::string* error) {
   std::ifstream stream(path, std::ios::binary);
   file->path = path;
-  std::size_t number = 0;
-  const auto finish = [&] {
-    if (file->scenarios.empty()) return true;
-    Trim(file->scenarios.back().wanted);
-    if (Understand(&file->scenarios.back(), error)) return true;
-    *error = path.filename().string() + ", above line " + std::to_string(number) + ": " + *error;
-    return false;
-  };
+  *error = "cannot read " + path.string();
   for (std::string line; std::getline(stream, line);) {
-    ++number;
-    if (IsTitle(line)) {
-      if (!finish()) return false;
+    if (line.starts_with("== ")) {
       file->scenarios.emplace_back().title = line.substr(3);
     } else if (file->scenarios.empty()) {
       file->preamble.push_back(line);
@@ -263,8 +243,16 @@ bool Load(const std::filesystem::path& path, File* file, std::string* error) {
     }
   }
   Trim(file->preamble);
-  if (!stream.eof()) *error = "cannot read " + path.string();
-  return stream.eof() && finish();
+  if (!stream.eof()) return false;
+  for (Scenario& scenario : file->scenarios) {
+    try {
+      TakeLines(scenario);
+    } catch (const std::invalid_argument& refused) {
+      *error = path.filename().string() + ": '" + scenario.title + "': " + refused.what();
+      return false;
+    }
+  }
+  return true;
 }
 
 bool Save(const File& file) {
@@ -273,7 +261,6 @@ bool Save(const File& file) {
   for (const Scenario& scenario : file.scenarios) {
     stream << "\n== " << scenario.title << "\n";
     for (const std::string& line : scenario.lines) stream << line << "\n";
-    stream << "\n";
     for (const std::string& line : scenario.wanted) stream << "  " << line << "\n";
   }
   stream.close();

@@ -49,13 +49,16 @@ struct Image {
 struct Job {
   bool lineFamily = true;
   std::uint32_t width = 0, height = 0;  // of the page, in pixels and lines
-  std::uint32_t resolution = 0;
   Image image;
   std::optional<HostJobDesc> desc;  // none: the host gives no description
+  bool misdescribed = false;        // it is not the page's
   std::vector<HostStep> host;
+  std::vector<std::string> like;  // the words of the good job, where none is named: this one's
 };
 
 struct Scenario {
+  Scenario() { system.limitMs = 2 * 3600 * 1000; }
+
   std::string title;                // what it shows
   std::vector<std::string> lines;   // below the title, as they stand
   std::vector<std::string> wanted;  // the transcript
@@ -65,13 +68,13 @@ struct Scenario {
   qrn::sim::QuirkScript quirks;
   qrn::sim::SimOptions system;
   bool logFolder = true;
+
+  // Nothing but one good job: it is held against no other.
+  bool IsGood() const { return lines.size() == 1 && !jobs[0].misdescribed; }
 };
 
-// Reads what stands below a scenario's title. False, with a reason, where that is no scenario.
-bool Understand(Scenario* scenario, std::string* error);
-
-// The same jobs as a host, a machine and a printer without faults would see them through.
-Scenario GoodRunOf(const Scenario& scenario);
+// The good job that a job's transcript is held against.
+Scenario GoodOf(const Job& job);
 
 struct File {
   std::filesystem::path path;
@@ -79,7 +82,7 @@ struct File {
   std::vector<Scenario> scenarios;
 };
 
-// False, with a reason that names the line, when it cannot be read or holds something else.
+// False, with a reason, when it cannot be read or holds something else.
 bool Load(const std::filesystem::path& path, File* file, std::string* error);
 // Writes it anew, with the transcripts that the scenarios have now.
 bool Save(const File& file);

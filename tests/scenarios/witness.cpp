@@ -1,35 +1,86 @@
 #include "scenarios/witness.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 
 #include "platform/bytes.h"
-#include "scenarios/log_folder.h"
+#include "sim/protocol_check.h"
 #include "sim/wire.h"
 #include "support/log_text.h"
 
+namespace fs = std::filesystem;
+
 namespace scenarios {
+namespace {
+
+constexpr char kLogDirectory[] = "c:/p2debug";
+
+}  // namespace
+
+void Digest::Add(const void* bytes, std::size_t count) {
+  const auto* from = static_cast<const std::uint8_t*>(bytes);
+  for (std::size_t i = 0; i < count; ++i) value_ = (value_ ^ from[i]) * 0x100000001B3u;
+}
+
+std::string Digest::Text() const {
+  char text[9];
+  std::snprintf(text, sizeof text, "%08x", static_cast<unsigned>(value_ ^ (value_ >> 32)));
+  return text;
+}
+
+LogFolder::LogFolder(bool present) : before_(fs::current_path()) {
+  fs::current_path(work_.Path());
+  fs::remove_all(kLogDirectory);
+  if (present) fs::create_directories(kLogDirectory);
+}
+
+LogFolder::~LogFolder() {
+  std::error_code ignored;
+  fs::remove_all(kLogDirectory, ignored);
+  fs::current_path(before_);
+}
+
+std::vector<fs::path> LogFolder::Files() {
+  std::vector<fs::path> paths;
+  std::error_code absent;
+  for (const auto& entry : fs::directory_iterator(kLogDirectory, absent))
+    paths.push_back(entry.path());
+  // The plain name of a minute comes before its numbered ones.
+  std::sort(paths.begin(), paths.end(), [](const fs::path& a, const fs::path& b) {
+    const auto key = [](const fs::path& path) {
+      const std::string stem = path.stem().string();
+      return std::make_tuple(stem.substr(0, stem.find('(')), stem.size(), stem);
+    };
+    return key(a) < key(b);
+  });
+  return paths;
+}
 
 Witness::Witness(qrn::UsbPort& port, const qrn::sim::SimOptions& options)
     : VirtualTime{{port, options}}, ForwardingPlatform(time), startMs_(time.TickMs()) {}
 
 void Witness::Say(const std::string& text) {
   Look();
-  events_.push_back({NowMs(), text, false});
+  events_.push_back({Event::kSaid, NowMs(), text});
 }
 
-const std::vector<Event>& Witness::Events() {
+std::vector<Event> Witness::TakeEvents() {
   Look();
-  return events_;
+  return std::exchange(events_, {});
 }
 
 bool Witness::BulkWrite(qrn::DeviceHandle device, const void* data, std::uint32_t bytes) {
   Look();
   if (!time.BulkWrite(device, data, bytes)) return false;
   const auto* frame = static_cast<const std::uint8_t*>(data);
-  if (qrn::sim::IsCommandWrite(frame, bytes))
-    ++traffic_.messages[qrn::U32(frame + qrn::sim::kFramePayloadAt)];
+  if (qrn::sim::IsCommandWrite(frame, bytes)) {
+    const auto* packet = frame + qrn::sim::kFramePayloadAt;
+    const bool isTest = qrn::sim::IsAnswerTest({packet, packet + qrn::sim::kCommandBytes});
+    ++traffic_.messages[isTest ? 0 : qrn::U32(packet)];
+  }
   ++traffic_.writes;
   traffic_.bytes += bytes;
   traffic_.digest.Add(data, bytes);
@@ -77,10 +128,11 @@ void Witness::ShowBox(const char* text, const char* caption) {
 
 void Witness::Look() {
   ReadOn();  // the rest of the log of the job before, when a new one has begun
-  const std::vector<std::filesystem::path> files = LogFolder::Files();
+  const std::vector<fs::path> files = LogFolder::Files();
   if (files.empty() || file_ == files.back()) return;
   file_ = files.back();
   read_ = 0;
+  events_.push_back({Event::kLogBegins, NowMs(), file_.filename().string()});
   ReadOn();
 }
 
@@ -92,7 +144,7 @@ void Witness::ReadOn() {
   read_ += bytes.size();
   for (const char c : CodePageToUtf8(bytes)) {
     if (c == '\n') {
-      if (!line_.empty()) events_.push_back({NowMs(), std::move(line_), true});
+      if (!line_.empty()) events_.push_back({Event::kLog, NowMs(), std::move(line_)});
       line_.clear();
     } else if (c != '\r') {
       line_ += c;
