@@ -35,7 +35,7 @@ std::uint32_t ReplyPipe::DueMs(std::uint32_t nowMs) {
   return dueMs;
 }
 
-void ReplyPipe::Send(const Reply& reply, Message message, std::uint32_t nowMs) {
+void ReplyPipe::Send(const Reply& reply, std::uint32_t nowMs) {
   const std::uint32_t dueMs = DueMs(nowMs);
   if (mute_) return;
   if (const Quirk* say = moments_->Use(Quirk::Kind::kSay)) {
@@ -44,7 +44,7 @@ void ReplyPipe::Send(const Reply& reply, Message message, std::uint32_t nowMs) {
   }
   if (moments_->Use(Quirk::Kind::kOtherCode) != nullptr) PushStray(reply, dueMs);
   if (const Quirk* garbage = moments_->Use(Quirk::Kind::kGarbage)) {
-    PushGarbage(garbage->form, reply, message == Message::kTest, dueMs);
+    PushGarbage(garbage->form, reply, dueMs);
   } else {
     Push(packer_.Pack(reply), dueMs);
   }
@@ -75,11 +75,10 @@ void ReplyPipe::PushSaid(const SaidPacket& said, std::uint32_t dueMs) {
   Push(packets, dueMs);
 }
 
-// A spoilt reply is lost to the host, which must ask again. What does not look like a reply to the
-// host's message, and all of it in the answer test, comes in front of the true one: a host reads
-// on there, for as long as it takes.
-void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
-                            std::uint32_t dueMs) {
+// A reply that is cut short stands in place of the true one, and the host must ask again. What does
+// not look like a reply to the host's message comes in front of it: a host reads on there, for as
+// long as it takes.
+void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs) {
   Bytes packet = packer_.Pack(reply)[0];  // whose number is not taken back
   switch (form) {
     case Garbage::kKind:
@@ -118,7 +117,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
     }
   }
   Push({packet}, dueMs);
-  if (form == Garbage::kRandom || toAnswerTest) Push(packer_.Pack(reply), dueMs);
+  Push(packer_.Pack(reply), dueMs);
 }
 
 // The frame is whole, all that it carries is random: the same in each run.

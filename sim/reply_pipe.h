@@ -18,8 +18,7 @@ class ReplyPipe {
  public:
   explicit ReplyPipe(QuirkMoments& moments) : moments_(&moments) {}
 
-  // `message`: what the reply answers.
-  void Send(const Reply& reply, Message message, std::uint32_t nowMs);
+  void Send(const Reply& reply, std::uint32_t nowMs);
   // The device was opened anew: what lay in the pipe is lost, and a printer that was silent for
   // ever speaks again.
   void Reopened();
@@ -38,7 +37,7 @@ class ReplyPipe {
   std::uint32_t DueMs(std::uint32_t nowMs);
   void PushStray(const Reply& reply, std::uint32_t dueMs);
   void PushSaid(const SaidPacket& said, std::uint32_t dueMs);
-  void PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest, std::uint32_t dueMs);
+  void PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs);
   Bytes RandomPacket();
   void Push(const std::vector<Bytes>& packets, std::uint32_t dueMs);
 

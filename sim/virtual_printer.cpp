@@ -153,9 +153,7 @@ UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, st
   for (const WireMessage& message : messages) {
     const std::optional<Reply> reply = impl_->firmware.Take(message, nowMs);
     impl_->Look(nowMs);  // a printer that has left by now answers nothing
-    if (reply && impl_->bus.Usable(handle))
-      impl_->pipe.Send(
-          *reply, message.isData ? Message::kSwath : Firmware::MessageOf(message.bytes), nowMs);
+    if (reply && impl_->bus.Usable(handle)) impl_->pipe.Send(*reply, nowMs);
   }
   return {UsbStep::kDone, 0};
 }

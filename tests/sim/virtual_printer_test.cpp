@@ -159,9 +159,9 @@ TEST_F(PrinterTest, SpoilsReplies) {
     bool thenRight;                    // whether the reply follows
   };
   for (const Case& expected :
-       {Case{"garbage:msg=2,form=kind", {0xF003}, 0, false, false},
-        Case{"garbage:msg=2,form=words", {0xF008}, 0, false, false},
-        Case{"garbage:msg=2,form=empty", {0xF008}, 0, false, false},
+       {Case{"garbage:msg=2,form=kind", {0xF003}, 0, false, true},
+        Case{"garbage:msg=2,form=words", {0xF008}, 0, false, true},
+        Case{"garbage:msg=2,form=empty", {0xF008}, 0, false, true},
         Case{"garbage:msg=2,form=short", {0xF008}, 2, false, false},
         Case{"garbage:msg=2,form=split", {0xF001, 0xF004, 0xF004, 0xF002}, 16, true, false},
         Case{"garbage:msg=2,form=overlong", {0xF001, 0xF004}, 3200, true, false},
