@@ -9,7 +9,7 @@ namespace scenarios {
 namespace {
 
 constexpr std::size_t kLineChars = 100, kZerosMax = 8;
-constexpr std::size_t kFewLines = 20, kAlikeMax = 8, kAlikeShown = 2;
+constexpr std::size_t kFewLines = 20, kAlikeMax = 8, kAlikeShown = 2, kLinesAround = 3;
 
 using Text = std::vector<std::string>;
 using Places = std::vector<std::pair<std::size_t, std::size_t>>;
@@ -223,18 +223,29 @@ Text TranscriptOf(const Run& run, const std::vector<const Run*>& good) {
 }
 
 std::string Difference(const Text& wanted, const Text& found) {
-  std::string text;
+  Text lines;
   std::size_t i = 0, j = 0;
   const auto tellUpTo = [&](std::size_t wantedEnd, std::size_t foundEnd) {
-    for (; i < wantedEnd; ++i) text += "- " + wanted[i] + "\n";
-    for (; j < foundEnd; ++j) text += "+ " + found[j] + "\n";
+    for (; i < wantedEnd; ++i) lines.push_back("- " + wanted[i]);
+    for (; j < foundEnd; ++j) lines.push_back("+ " + found[j]);
   };
   for (const auto& [wantedAt, foundAt] : CommonLines(wanted, found)) {
     tellUpTo(wantedAt, foundAt);
-    text += "  " + wanted[i++] + "\n";
+    lines.push_back("  " + wanted[i++]);
     ++j;
   }
   tellUpTo(wanted.size(), found.size());
+  std::string text;
+  std::size_t toldUpTo = 0;
+  for (std::size_t at = 0; at < lines.size(); ++at) {
+    if (lines[at][0] == ' ') continue;
+    std::size_t from = at > toldUpTo + kLinesAround ? at - kLinesAround : toldUpTo;
+    if (from > toldUpTo) text += "  (...)\n";
+    for (; from <= at; ++from) text += lines[from] + "\n";
+    for (; from < lines.size() && from <= at + kLinesAround && lines[from][0] == ' '; ++from)
+      text += lines[from] + "\n";
+    toldUpTo = from;
+  }
   return text;
 }
 
