@@ -53,8 +53,19 @@ Message Firmware::MessageOf(const Packet& packet) {
   }
 }
 
+void Firmware::Reopened() {
+  awaitedSwath_.clear();
+  order_.Reopened();
+}
+
 std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t nowMs) {
   moments_->CountMessage();
+  std::optional<Reply> reply = TakeMessage(message, nowMs);
+  if (reply && U16(&(*reply)[2]) == 1) order_.Taken();
+  return reply;
+}
+
+std::optional<Reply> Firmware::TakeMessage(const WireMessage& message, std::uint32_t nowMs) {
   if (message.isData) {
     if (awaitedSwath_.empty()) {
       Fail("swath data without a swath command");
@@ -71,6 +82,8 @@ std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t no
     Fail(fault);
     return std::nullopt;
   }
+  const std::string disorder = order_.Check(message.bytes);
+  if (!disorder.empty()) Fail(disorder);
   if (U32(message.bytes.data()) == kSwath && U32(&message.bytes[kDataSizeAt]) != 0) {
     awaitedSwath_ = message.bytes;
     return std::nullopt;
@@ -182,10 +195,7 @@ Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
 // byte.
 bool Firmware::CheckSwathOrder(const Packet& packet, const std::vector<std::uint8_t>& data) {
   const std::uint32_t number = U32(&packet[kSwathNoAt]);
-  if (carriage_ == nullptr) {
-    Fail("swath " + std::to_string(number) + " without a job");
-    return false;
-  }
+  if (carriage_ == nullptr) return false;
   if (number == lastSwathNo_) {
     if (packet != lastSwath_ || data != lastData_)
       Fail("swath " + std::to_string(number) + " came again, but changed");

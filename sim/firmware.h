@@ -12,6 +12,7 @@
 #include "sim/carriage.h"
 #include "sim/job_state.h"
 #include "sim/machine.h"
+#include "sim/message_order.h"
 #include "sim/paper.h"
 #include "sim/quirk_moments.h"
 #include "sim/reply_pipe.h"
@@ -27,10 +28,13 @@ class Firmware {
 
   // Takes one message; the reply to it, or none while more is to come.
   std::optional<Reply> Take(const WireMessage& message, std::uint32_t nowMs);
+  // The host has read this reply, whole.
+  void Told(const Reply& reply) { order_.Told(reply); }
+  // A transfer of the host's failed.
+  void TransferFailed() { order_.TransferFailed(); }
+  void Reopened();
   // The swath that a buffer query asks about.
   std::uint32_t NextSwath() const { return lastSwathNo_ + 1; }
-  // The link was opened anew.
-  void Reopened() { awaitedSwath_.clear(); }
   // What a command packet is; kAny for one of no known code.
   static Message MessageOf(const std::vector<std::uint8_t>& packet);
   // Something befell the printer, beside what the firmware does itself.
@@ -51,6 +55,7 @@ class Firmware {
   using Packet = std::vector<std::uint8_t>;
 
   void Fail(const std::string& what);
+  std::optional<Reply> TakeMessage(const WireMessage& message, std::uint32_t nowMs);
   Reply TakeCommand(const Packet& packet, std::uint32_t nowMs);
   Reply Refuse(std::uint32_t code, std::uint16_t status, std::uint32_t nowMs);
   Reply Connect();
@@ -66,6 +71,7 @@ class Firmware {
 
   Machine machine_;
   QuirkMoments* moments_;
+  MessageOrder order_;
   JobState state_;
   Paper paper_;
   std::unique_ptr<Carriage> carriage_;  // null before the first job create

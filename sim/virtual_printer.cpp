@@ -44,6 +44,29 @@ struct VirtualPrinter::Impl {
     moments.BeginWrite(bytes, !isCommand);
   }
 
+  // A write that fails, or in the middle of which the printer leaves, has brought it nothing that
+  // it heeds: the message comes again from its start.
+  UsbStep WriteStep(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
+                    std::uint32_t nowMs) {
+    Look(nowMs);
+    if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
+    BeginWrite(data, bytes);
+    Look(nowMs);
+    if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
+    if (const Quirk* fault = moments.Use(Quirk::Kind::kWriteFails))
+      return {UsbStep::kFailed, fault->error};
+    bytesReceived += bytes;
+    if (keepTransfers) transfers.emplace_back(data, data + bytes);
+    std::vector<WireMessage> messages;
+    wire.Take(data, bytes, &messages);
+    for (const WireMessage& message : messages) {
+      const std::optional<Reply> reply = firmware.Take(message, nowMs);
+      Look(nowMs);  // a printer that has left by now answers nothing
+      if (reply && bus.Usable(handle)) pipe.Send(*reply, nowMs);
+    }
+    return {UsbStep::kDone, 0};
+  }
+
   UsbStep ReadStep(std::uint32_t asked, std::uint8_t* data, std::uint32_t bytes,
                    std::uint32_t nowMs) {
     if (!bus.Usable(asked)) return {UsbStep::kFailed, kErrorNotConnected};
@@ -59,11 +82,21 @@ struct VirtualPrinter::Impl {
     return {UsbStep::kDone, 0};
   }
 
+  void HostGot(const UsbStep& step, const std::uint8_t* packet) {
+    if (step.state == UsbStep::kFailed) {
+      joiner.Drop();
+      firmware.TransferFailed();
+    } else if (step.state == UsbStep::kDone && packet != nullptr) {
+      if (const auto reply = joiner.Take(packet)) firmware.Told(*reply);
+    }
+  }
+
   mutable std::mutex mutex;
   QuirkMoments moments;
   UsbBus bus;
   WireReceiver wire;
   ReplyPipe pipe;
+  ReplyJoiner joiner;  // what the host makes of it
   Firmware firmware;
   std::uint64_t bytesReceived = 0, bytesSent = 0;
   bool keepTransfers = false;
@@ -124,6 +157,7 @@ std::uint32_t VirtualPrinter::Open(const char* path, std::uint32_t nowMs, std::u
   if (handle == 0) return 0;
   impl_->moments.EndRead();
   impl_->pipe.Reopened();
+  impl_->joiner.Drop();
   impl_->wire.Reopened();
   impl_->firmware.Reopened();
   return handle;
@@ -134,38 +168,34 @@ void VirtualPrinter::Close(std::uint32_t handle, std::uint32_t) {
   impl_->bus.Close(handle);
 }
 
-// A write that fails, or in the middle of which the printer leaves, has brought it nothing that it
-// heeds: the message comes again from its start.
 UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
                               std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
-  impl_->Look(nowMs);
-  if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-  impl_->BeginWrite(data, bytes);
-  impl_->Look(nowMs);
-  if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-  if (const Quirk* fault = impl_->moments.Use(Quirk::Kind::kWriteFails))
-    return {UsbStep::kFailed, fault->error};
-  impl_->bytesReceived += bytes;
-  if (impl_->keepTransfers) impl_->transfers.emplace_back(data, data + bytes);
-  std::vector<WireMessage> messages;
-  impl_->wire.Take(data, bytes, &messages);
-  for (const WireMessage& message : messages) {
-    const std::optional<Reply> reply = impl_->firmware.Take(message, nowMs);
-    impl_->Look(nowMs);  // a printer that has left by now answers nothing
-    if (reply && impl_->bus.Usable(handle)) impl_->pipe.Send(*reply, nowMs);
-  }
-  return {UsbStep::kDone, 0};
+  const UsbStep step = impl_->WriteStep(handle, data, bytes, nowMs);
+  impl_->HostGot(step, nullptr);
+  return step;
 }
 
 UsbStep VirtualPrinter::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
                              std::uint32_t nowMs) {
+  const UsbStep step = Fetch(handle, data, bytes, nowMs);
+  HostGot(step, data);
+  return step;
+}
+
+UsbStep VirtualPrinter::Fetch(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
+                              std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
   impl_->moments.BeginRead();
   impl_->Look(nowMs);
   const UsbStep step = impl_->ReadStep(handle, data, bytes, nowMs);
   if (step.state != UsbStep::kWait) impl_->moments.EndRead();
   return step;
+}
+
+void VirtualPrinter::HostGot(const UsbStep& step, const std::uint8_t* packet) {
+  const std::lock_guard lock(impl_->mutex);
+  impl_->HostGot(step, packet);
 }
 
 }  // namespace qrn::sim
