@@ -33,8 +33,10 @@ class Firmware {
   // A transfer of the host's failed.
   void TransferFailed() { order_.TransferFailed(); }
   void Reopened();
-  // True for the packet that tests, after a reconnection, whether the printer answers.
-  static bool IsTest(const WireMessage& message);
+  // The swath that a buffer query asks about.
+  std::uint32_t NextSwath() const { return lastSwathNo_ + 1; }
+  // What a command packet is; kAny for one of no known code.
+  static Message MessageOf(const std::vector<std::uint8_t>& packet);
   // Something befell the printer, beside what the firmware does itself.
   void Note(const std::string& trouble) { trouble_ = trouble; }
 
@@ -56,6 +58,7 @@ class Firmware {
   void Fail(const std::string& what);
   std::optional<Reply> TakeMessage(const WireMessage& message, std::uint32_t nowMs);
   Reply TakeCommand(const Packet& packet, std::uint32_t nowMs);
+  Reply Refuse(std::uint32_t code, std::uint16_t status, std::uint32_t nowMs);
   Reply Connect();
   Reply CreateJob(const Packet& packet);
   Reply TakeSwath(const Packet& packet, const std::vector<std::uint8_t>& data, std::uint32_t nowMs);
@@ -64,10 +67,8 @@ class Firmware {
   bool CheckSwathOrder(const Packet& packet, const std::vector<std::uint8_t>& data);
   // A reply that tells the job's state, with the parameter update that goes with a pause.
   Reply StateReply(std::uint32_t code, std::uint32_t nowMs);
-  // A reply of this kind is on its way: the pauses and cancels that are due in it happen.
-  void Watch(Via reply, std::uint32_t nowMs);
-  // The quirk that refuses this message, if one is due; it is used once.
-  const Quirk* Refusal(std::uint32_t code);
+  // A reply that tells the state is on its way: the pauses and cancels that are due in it happen.
+  void Watch(std::uint32_t nowMs);
 
   Machine machine_;
   QuirkMoments* moments_;

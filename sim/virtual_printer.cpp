@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <mutex>
 
+#include "platform/bytes.h"
 #include "sim/firmware.h"
+#include "sim/protocol_check.h"
 #include "sim/quirk_moments.h"
 #include "sim/reply_pipe.h"
 #include "sim/usb_bus.h"
@@ -28,11 +30,18 @@ struct VirtualPrinter::Impl {
     }
   }
 
-  // The quirk by which this write fails, if one is due; it is used once.
-  const Quirk* WriteFault(bool isCommand) {
-    return moments.Use(Quirk::Kind::kWriteFails, [isCommand](const Quirk& quirk) {
-      return quirk.Is(Where::kAny) || quirk.Is(isCommand ? Where::kPacket : Where::kData);
-    });
+  // The host writes; what it means is seen before it is taken.
+  void BeginWrite(const std::uint8_t* data, std::size_t bytes) {
+    const bool isCommand = IsCommandWrite(data, bytes);
+    if (isCommand && bytes >= kFramePayloadAt + kCommandBytes) {
+      const std::vector<std::uint8_t> packet(data + kFramePayloadAt,
+                                             data + kFramePayloadAt + kCommandBytes);
+      const Message message = Firmware::MessageOf(packet);
+      moments.BeginPacket(message, message == Message::kSwath   ? U32(&packet[kSwathNoAt])
+                                   : message == Message::kQuery ? firmware.NextSwath()
+                                                                : 0);
+    }
+    moments.BeginWrite(bytes, !isCommand);
   }
 
   // A write that fails, or in the middle of which the printer leaves, has brought it nothing that
@@ -41,11 +50,11 @@ struct VirtualPrinter::Impl {
                     std::uint32_t nowMs) {
     Look(nowMs);
     if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-    moments.BeginWrite(bytes);
+    BeginWrite(data, bytes);
     Look(nowMs);
     if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-    if (const Quirk* fault = WriteFault(IsCommandWrite(data, bytes)))
-      return {UsbStep::kFailed, fault->value};
+    if (const Quirk* fault = moments.Use(Quirk::Kind::kWriteFails))
+      return {UsbStep::kFailed, fault->error};
     bytesReceived += bytes;
     if (keepTransfers) transfers.emplace_back(data, data + bytes);
     std::vector<WireMessage> messages;
@@ -53,7 +62,7 @@ struct VirtualPrinter::Impl {
     for (const WireMessage& message : messages) {
       const std::optional<Reply> reply = firmware.Take(message, nowMs);
       Look(nowMs);  // a printer that has left by now answers nothing
-      if (reply && bus.Usable(handle)) pipe.Send(*reply, Firmware::IsTest(message), nowMs);
+      if (reply && bus.Usable(handle)) pipe.Send(*reply, nowMs);
     }
     return {UsbStep::kDone, 0};
   }
@@ -62,7 +71,7 @@ struct VirtualPrinter::Impl {
                    std::uint32_t nowMs) {
     if (!bus.Usable(asked)) return {UsbStep::kFailed, kErrorNotConnected};
     if (const Quirk* fault = moments.Use(Quirk::Kind::kReadFails))
-      return {UsbStep::kFailed, fault->value};
+      return {UsbStep::kFailed, fault->error};
     std::uint32_t lookAgainMs = 0;
     const std::vector<std::uint8_t>* packet = pipe.Front(nowMs, &lookAgainMs);
     if (packet == nullptr) return {UsbStep::kWait, moments.NoLongerThan(lookAgainMs)};
@@ -131,7 +140,11 @@ const std::vector<std::vector<std::uint8_t>>& VirtualPrinter::Transfers() const 
   return impl_->transfers;
 }
 
-bool VirtualPrinter::Listable(std::uint32_t) { return true; }
+bool VirtualPrinter::Listable(std::uint32_t nowMs) {
+  const std::lock_guard lock(impl_->mutex);
+  impl_->Look(nowMs);
+  return impl_->bus.Listable();
+}
 
 const char* VirtualPrinter::PathAt(std::uint32_t index, std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);

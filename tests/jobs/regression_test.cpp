@@ -28,8 +28,8 @@ Outcome ExpectGood(const SimPlan& plan) {
 TEST(Regression, APacketWithoutAReplyLeavesNoReplyTooMany) {
   for (const char* form : {"empty", "kind", "words"}) {
     const std::string garbage = std::string("garbage:at=2,count=20,form=") + form;
-    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "refuse:code=4,status=0,at=8"})));
-    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "spool-overflow:at=8"})));
+    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "refuse:on=swath,status=0,at=8"})));
+    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "refuse:on=swath,status=7,at=8"})));
   }
 }
 

@@ -129,7 +129,7 @@ TEST_F(FirmwareTest, HoldsMessagesOutOfOrderAgainstTheHost) {
   for (const Case& expected : {
            Case{{}, {5}, "message 1: job end without a job"},
            Case{{}, {3}, "message 1: job create without a connect"},
-           Case{{"connect-refused:status=3"}, {2, 3}, "message 2: job create without a connect"},
+           Case{{"refuse:on=connect,status=3"}, {2, 3}, "message 2: job create without a connect"},
            Case{{}, {2, 12}, "message 2: buffer query without a job"},
            Case{{}, {2, 3, 3}, "message 3: second job create"},
            Case{{}, {2, 3, 10}, "message 3: pause poll of a job that was not reported as paused"},
@@ -188,7 +188,7 @@ TEST_F(FirmwareTest, SpoolsDataDrainsThemAndRefusesWhatDoesNotFitByHalf) {
 }
 
 TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
-  SwitchOn({"connect-refused:count=2,status=0x54"});
+  SwitchOn({"refuse:on=connect,count=2,status=0x54"});
   EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
   EXPECT_EQ((Words{2, 0, 0, 0x54}), Tell(Connect()));
   EXPECT_EQ((Words{2, 1, 0, 0}), Tell(Connect()));
@@ -199,7 +199,7 @@ TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
   EXPECT_EQ(0u, Room());
   EXPECT_NE(0u, Room());
 
-  Restart({"spool-overflow:at=1"});
+  Restart({"refuse:on=swath,status=7,at=1"});
   EXPECT_EQ((Words{4, 0, 5, 7}), Tell(Swath(1, 0)));
   EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(1, 0)));
 
@@ -216,7 +216,7 @@ TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
   EXPECT_EQ((Words{4, 1, 2, 0}), Tell(Swath(1, 0)));
   EXPECT_EQ((Words{9, 1, 2, 0}), Tell(InJob(9)));
 
-  Restart({"cancel:at=2,via=buffer"});
+  Restart({"cancel:at=2,on=query"});
   Tell(Swath(1, 0));
   Tell(Connect());
   Tell(JobCreate());
@@ -225,7 +225,7 @@ TEST_F(FirmwareTest, DoesWhatItsQuirksSay) {
 }
 
 TEST_F(FirmwareTest, RefusesMessagesOfACodeAndTakesThemWhenTheyComeAgain) {
-  Restart({"refuse:code=4,status=9,at=2", "refuse:code=5,count=2", "refuse:code=12,msg=6"});
+  Restart({"refuse:on=swath,status=9,at=2", "refuse:on=end,count=2", "refuse:on=query,msg=6"});
   EXPECT_EQ((Words{4, 1, 5, 0}), Tell(Swath(1, 0)));
   EXPECT_EQ((Words{12, 1, 5, 0}), Tell(BufferQuery(320)));
   EXPECT_EQ((Words{}), Tell(Swath(2, 320)));
@@ -250,13 +250,12 @@ TEST_F(FirmwareTest, ReportsPauseAndCancelWhereTheyAreToShow) {
     std::uint8_t shownBy;
   };
   for (const Case& expected :
-       {Case{"pause:ms=5,via=swath", 3, 4}, Case{"pause:ms=5,via=buffer", 3, 12},
-        Case{"pause:ms=5,via=poll", 3, 10}, Case{"cancel:via=swath", 2, 4},
-        Case{"cancel:via=gone", 0, 4}, Case{"cancel:via=buffer", 2, 12},
-        Case{"cancel:via=poll", 2, 10}}) {
+       {Case{"pause:ms=5,on=swath", 3, 4}, Case{"pause:ms=5,on=query", 3, 12},
+        Case{"pause:ms=5,on=poll", 3, 10}, Case{"cancel:on=swath", 2, 4},
+        Case{"cancel:gone=1", 0, 4}, Case{"cancel:on=query", 2, 12},
+        Case{"cancel:on=poll", 2, 10}}) {
     SCOPED_TRACE(expected.quirk);
     Restart({expected.quirk});
-    moments.SetSwath(1);  // the moment of all of them
     const auto ask = [this](std::uint8_t code) {
       return Tell(code == 4 ? Swath(1, 0) : code == 10 ? InJob(10) : Command(12))[2];
     };

@@ -109,7 +109,7 @@ struct Kind {
 // each, where it may have to be stopped.
 Kind PollRefused() {
   QuirkScript quirks = Script("pause:at=1,ms=3600000");
-  for (const Quirk& refusal : Script("refuse:code=10,status=9,count=1000", 60))
+  for (const Quirk& refusal : Script("refuse:on=poll,status=9,count=1000", 60))
     quirks.push_back(refusal);
   // Commands after the first swath, and nothing but commands: each is a packet of 128 bytes.
   const auto polls = [sent = std::uint64_t{0}, row = 0](const VirtualPrinter& printer) mutable {
@@ -214,7 +214,7 @@ TEST(Unload, InTheMiddleOfAJobEndsTheJob) {
     SCOPED_TRACE(failedStart);
     {
       VirtualPrinter printer =
-          Printer(Script(failedStart ? "connect-refused:status=2" : "late:msg=3,ms=1"));
+          Printer(Script(failedStart ? "refuse:on=connect,status=2" : "late:msg=3,ms=1"));
       Host host(1);
       PlugIn(&printer);
       ASSERT_EQ(failedStart ? 0 : 1, host.Init());
