@@ -53,11 +53,14 @@ class PortPlatform final : public Win32Platform {
   }
 
   void ShowBox(const char* text, const char*) override {
+    LeaveIfAsked();
     if (onBox_) onBox_(text);
+    LeaveIfAsked();
   }
 
  private:
-  // A thread in a transfer of its own.
+  // A thread in a transfer of its own. A step of the port takes no time worth speaking of, so that
+  // an asked thread always gets here.
   struct Waiting {
     static void LeaveIfAsked() { Win32Platform::LeaveIfAsked(); }
     static std::uint32_t TickMs() { return GetTickCount(); }

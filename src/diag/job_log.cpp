@@ -1,10 +1,8 @@
 #include "diag/job_log.h"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 
 #include "diag/code_page.h"
 #include "platform/platform.h"
@@ -41,11 +39,17 @@ LogLine* ClaimEntry(Job& job) {
   return nullptr;
 }
 
-// True while another thread's line may still be missing in front of this one.
-bool AnotherIsUnderWay(Job& job, const LogLine* own) {
-  return std::any_of(std::begin(job.logLines), std::end(job.logLines), [own](LogLine& entry) {
-    return &entry != own && LoadShared(entry.state) != kLogLineNone;
-  });
+// How much another thread's line that is under way may leave open in front of this one's place.
+std::uint32_t GapInFrontOf(std::uint32_t place, Job& job, const LogLine* own) {
+  std::uint32_t gap = 0;
+  for (LogLine& entry : job.logLines) {
+    if (&entry == own) continue;
+    const std::uint8_t state = LoadShared(entry.state);
+    if (state == kLogLineClaimed) gap = kFileLineBytes;  // it may have any place
+    const std::uint32_t other = LoadShared(entry.place);
+    if (state == kLogLinePlaced && other < place) gap = place - other;
+  }
+  return gap;
 }
 
 // Gives the line its place behind all others by one atomic step and writes it there, so that two
@@ -53,22 +57,25 @@ bool AnotherIsUnderWay(Job& job, const LogLine* own) {
 // goes on from its end.
 void WriteAtItsPlace(Job& job, LogLine& entry, const char* bytes, std::uint32_t count) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    StoreShared(entry.state, kLogLineClaimed);
     const std::uint32_t place = AddShared(job.logBytes, count);
     StoreShared(entry.place, place);
     StoreShared(entry.bytes, count);
     StoreShared(entry.state, kLogLinePlaced);
-    const std::uint32_t gapMax = AnotherIsUnderWay(job, &entry) ? kFileLineBytes : 0;
+    const std::uint32_t gapMax = GapInFrontOf(place, job, &entry);
     std::uint32_t fileBytes = 0;
-    switch (ThePlatform().FileWriteAt(job.szLogFile, {place, bytes, count}, gapMax, &fileBytes)) {
-      case FileWrite::kWritten:
+    FileWrite written = FileWrite::kFailed;
+    // One that fails must not disturb the job. Where the other thread's line stands behind the
+    // place, it is tried again, so that no hole is left.
+    for (int write = 0; write < kAttempts && written == FileWrite::kFailed; ++write) {
+      written = ThePlatform().FileWriteAt(job.szLogFile, {place, bytes, count}, gapMax, &fileBytes);
+      if (written == FileWrite::kFailed && ExchangeShared(job.logBytes, place + count, place))
         return;
-      case FileWrite::kFailed:  // must not disturb the job; the next line may have the place
-        (void)ExchangeShared(job.logBytes, place + count, place);
-        return;
-      case FileWrite::kShort:  // unless the other thread has found the end already
-        const std::uint32_t next = LoadShared(job.logBytes);
-        if (next >= place + count) (void)ExchangeShared(job.logBytes, next, fileBytes);
     }
+    if (written != FileWrite::kShort) return;
+    // Unless the other thread has found the end already.
+    const std::uint32_t next = LoadShared(job.logBytes);
+    if (next >= place + count) (void)ExchangeShared(job.logBytes, next, fileBytes);
   }
 }
 

@@ -90,8 +90,8 @@ struct Job {
 
   std::uint8_t swathStarted;  // a printing swath has been made
   std::uint8_t bLogOn;
-  std::uint32_t
-      logBytes;         // shared; length of the log as its lines have it, changed by single steps
+  // Shared; length of the log as its lines have it, changed by single atomic steps.
+  std::uint32_t logBytes;
   LogLine logLines[2];  // under way, one a thread
 
   std::uint8_t inkOrder[4]

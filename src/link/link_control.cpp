@@ -23,11 +23,12 @@ void MarkNotRunning(Job& job) {
   StoreShared(job.bTxEnd, 1);
 }
 
-// Waits for the very end of a thread that has marked itself ended, so that none of its steps is
-// left when the record is cleared or the library unloaded.
+// After this no step of the thread is left, so that the record may be cleared and the library
+// unloaded.
 void ReleaseThread(Job& job) {
   if (job.hTxThread == 0) return;
   ThePlatform().ThreadRelease(job.hTxThread);
+  LogDropUnwritten(job);
   job.hTxThread = 0;
 }
 

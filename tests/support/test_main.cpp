@@ -32,5 +32,7 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     if (std::strncmp(argv[i], "--seed=", 7) == 0) g_seed = std::strtoull(argv[i] + 7, nullptr, 10);
   }
-  return RUN_ALL_TESTS();
+  const int result = RUN_ALL_TESTS();
+  // A filter that no longer matches anything must not pass.
+  return testing::UnitTest::GetInstance()->test_to_run_count() == 0 && argc > 1 ? 1 : result;
 }

@@ -105,19 +105,19 @@ struct Kind {
   bool leavesByItself;  // when it is asked to
 };
 
-// An operator's pause, and polls of it that are refused for ever: the thread rests for 2 s after
-// each, where it may have to be stopped.
+// Polls of a pause are refused for ever and asked again at once: the thread is busy, most of all
+// with its log.
 Kind PollRefused() {
-  QuirkScript quirks = Script("pause:at=1,ms=3600000");
-  for (const Quirk& refusal : Script("refuse:on=poll,status=9,count=1000", 60))
+  QuirkScript quirks = Script("pause:at=1,ms=1000");
+  for (const Quirk& refusal : Script("refuse:on=poll,status=9,count=1000", 1000))
     quirks.push_back(refusal);
-  // Commands after the first swath, and nothing but commands: each is a packet of 128 bytes.
+  // Nothing else takes as many bytes as that in commands: each is a packet of 128.
   const auto polls = [sent = std::uint64_t{0}, row = 0](const VirtualPrinter& printer) mutable {
     const std::uint64_t before = std::exchange(sent, printer.Stats().bytesReceived);
-    if (printer.Stats().swaths == 0 || sent != before) row = sent == before + 128 ? row + 1 : 0;
-    return row == 2;
+    row = printer.Stats().swaths != 0 && sent != before && sent < before + 8192 ? row + 1 : 0;
+    return row == 5;
   };
-  return {quirks, polls, false};
+  return {quirks, polls, true};
 }
 Kind Silence() {
   return {Script("silence:at=1"), [](const VirtualPrinter&) { return IsReadHeld(); }, false};
@@ -159,7 +159,7 @@ TEST(ForcedEnds, AHundredInARow) {
   Host host(kFast);
   for (int i = 0; i < 100 && !testing::Test::HasFailure(); ++i) {
     SCOPED_TRACE(i);
-    EndByForce(host, i == 50 ? BoxLeftOpen() : i % 20 == 0 ? PollRefused() : Silence());
+    EndByForce(host, i == 50 ? BoxLeftOpen() : i % 4 == 0 ? Silence() : PollRefused());
   }
   EXPECT_EQ(100u, LogsWith(kForced));
   EXPECT_EQ(100u, LogsWith("jobend: "));

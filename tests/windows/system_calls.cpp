@@ -230,8 +230,8 @@ void Release(Thread& thread) {
   Enter([&thread] { ThePlatform().ThreadRelease(thread.started); });
 }
 
-// What a thread gets that is asked to leave; a longer wait is for one that has done its work. Asked,
-// it leaves in no time: where it waits, as on the other platforms with virtual time.
+// What a thread gets that is asked to leave; a longer wait is for one that has done its work.
+// Asked, it leaves in no time: where it waits, as on the other platforms with virtual time.
 constexpr DWORD kAskedMs = 300;
 
 DWORD WINAPI Wait(HANDLE handle, DWORD ms) {

@@ -41,6 +41,7 @@ SP_DEVICE_INTERFACE_DETAIL_DATA_A* ReadDetail(HDEVINFO set, SP_DEVICE_INTERFACE_
 }  // namespace
 
 UsbList Win32Platform::UsbListOpen() {
+  LeaveIfAsked();
   const HDEVINFO set = SetupDiGetClassDevsA(&kUsbDeviceClass, nullptr, nullptr,
                                             DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
   if (set == INVALID_HANDLE_VALUE) return 0;
@@ -69,6 +70,7 @@ void Win32Platform::UsbListClose(UsbList list) {
   std::free(listing->detail);
   SetupDiDestroyDeviceInfoList(listing->set);
   delete listing;
+  LeaveIfAsked();
 }
 
 }  // namespace qrn

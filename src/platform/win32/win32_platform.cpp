@@ -27,15 +27,23 @@ constexpr DWORD kEndMs = 2000;
 
 struct StartedThread {
   HANDLE handle;
-  bool forced;             // ended by force; its starter's thread only
-  std::atomic<DWORD> id;   // set by the thread; 0 = not begun
-  std::atomic<bool> done;  // set by the thread: it executes no further step of the library
   void (*procedure)(void*);
   void* argument;
+  bool forced;                // ended by force; its starter's thread only
+  std::atomic<bool> asked;    // set by its starter's thread: it is to leave
+  std::atomic<DWORD> id;      // this and what follows set by the thread; 0 = not begun
+  std::atomic<bool> resting;  // it is in a sleep
+  std::atomic<bool> done;     // it executes no further step of the library
 };
 
-// The thread that is to leave; 0 = none. There is one at most: the host's thread waits for it.
-std::atomic<DWORD> g_asked = 0;
+// The library has one thread of its own at a time; null = none.
+std::atomic<StartedThread*> g_thread = nullptr;
+
+// What this thread was started as; null on a thread of the host's.
+StartedThread* Self() {
+  StartedThread* thread = g_thread;
+  return thread != nullptr && thread->id == GetCurrentThreadId() ? thread : nullptr;
+}
 
 // The system promises a stack that is aligned to 4 bytes only.
 __attribute__((force_align_arg_pointer)) DWORD WINAPI RunThread(void* started) {
@@ -46,7 +54,8 @@ __attribute__((force_align_arg_pointer)) DWORD WINAPI RunThread(void* started) {
   return 0;
 }
 
-// The wide call is the files' alone: who watches or replaces the other sees devices and no files.
+// Files are opened by the wide call and devices by the narrow one, so that either can be watched or
+// replaced alone.
 HANDLE OpenFileForWriting(const char* path, DWORD disposition) {
   wchar_t wide[MAX_PATH];
   if (MultiByteToWideChar(CP_ACP, 0, path, -1, wide, MAX_PATH) == 0) return INVALID_HANDLE_VALUE;
@@ -54,12 +63,12 @@ HANDLE OpenFileForWriting(const char* path, DWORD disposition) {
                      nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-// Keeps the library loaded until the process ends: where a thread of it stands still, the system
-// may yet return into it.
+// Keeps the library loaded until the process ends: a thread that was stopped in a call of the
+// system's may still be on its way back into it.
 void KeepLibraryLoaded() {
   HMODULE library = nullptr;
   GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                     reinterpret_cast<const char*>(&g_asked), &library);
+                     reinterpret_cast<const char*>(&g_thread), &library);
 }
 
 // The pipe number is the input, the data travel in the output buffer. What the driver says of the
@@ -101,7 +110,10 @@ bool Win32Platform::BulkRead(DeviceHandle device, void* data, std::uint32_t byte
 
 // The frames of the library that are left hold nothing.
 void Win32Platform::LeaveIfAsked() {
-  if (g_asked == GetCurrentThreadId()) ExitThread(0);
+  StartedThread* self = Self();
+  if (self == nullptr || !self->asked) return;
+  self->done = true;
+  ExitThread(0);
 }
 
 std::uint32_t Win32Platform::LastError() { return GetLastError(); }
@@ -110,7 +122,10 @@ std::uint32_t Win32Platform::TickMs() { return GetTickCount(); }
 
 void Win32Platform::SleepMs(std::uint32_t ms) {
   LeaveIfAsked();
+  StartedThread* self = Self();
+  if (self != nullptr) self->resting = true;
   Sleep(ms);
+  if (self != nullptr) self->resting = false;
   LeaveIfAsked();
 }
 
@@ -121,11 +136,14 @@ LocalTime Win32Platform::LocalTimeNow() {
 }
 
 ThreadHandle Win32Platform::ThreadStart(void (*procedure)(void*), void* argument) {
-  auto* thread =
-      new (std::nothrow) StartedThread{nullptr, false, {0}, {false}, procedure, argument};
+  auto* thread = new (std::nothrow) StartedThread{};
   if (thread == nullptr) return 0;
+  thread->procedure = procedure;
+  thread->argument = argument;
+  g_thread = thread;
   thread->handle = CreateThread(nullptr, 0, RunThread, thread, 0, nullptr);
   if (thread->handle == nullptr) {
+    g_thread = nullptr;
     delete thread;
     return 0;
   }
@@ -138,14 +156,14 @@ void Win32Platform::ThreadRaisePriority(ThreadHandle thread) {
 
 void Win32Platform::ThreadTerminate(ThreadHandle thread) {
   auto* started = reinterpret_cast<StartedThread*>(thread);
-  g_asked = started->id.load();
-  PostThreadMessageA(g_asked, WM_QUIT, 0, 0);  // closes the box that it may stand in
-  if (WaitForSingleObject(started->handle, kAskedMs) != WAIT_OBJECT_0) {
-    KeepLibraryLoaded();
+  started->asked = true;
+  if (started->id != 0) PostThreadMessageA(started->id, WM_QUIT, 0, 0);  // closes a box of it
+  // One that has left may yet wait for the loader.
+  if (WaitForSingleObject(started->handle, kAskedMs) != WAIT_OBJECT_0 && !started->done) {
+    if (!started->resting) KeepLibraryLoaded();
     TerminateThread(started->handle, 0);
     WaitForSingleObject(started->handle, kEndMs);
   }
-  g_asked = 0;
   started->forced = true;
 }
 
@@ -155,6 +173,7 @@ void Win32Platform::ThreadRelease(ThreadHandle thread) {
       !started->done) {
     ThreadTerminate(thread);
   }
+  g_thread = nullptr;
   CloseHandle(started->handle);
   delete started;
 }
