@@ -44,6 +44,10 @@ class IdlePlatform final : public Platform {
   std::uint32_t SystemLocaleId() override { return 0; }
   void ShowBox(const char*, const char*) override {}
   bool PathExists(const char*) override { return false; }
+  bool FileCreate(const char*) override { return false; }
+  FileWrite FileWriteAt(const char*, const FilePart&, std::uint32_t, std::uint32_t*) override {
+    return FileWrite::kFailed;
+  }
 
   std::function<void(const std::uint8_t* data, std::uint32_t bytes)> onWrite;
   std::function<void()> onSleep;

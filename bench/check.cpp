@@ -6,7 +6,7 @@
 
 #include "bench/measure.h"
 #include "raster/pass_rows.h"
-#include "raster/swath_builder.h"
+#include "raster/pass_size.h"
 
 namespace qrn::bench {
 

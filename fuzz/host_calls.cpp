@@ -29,14 +29,14 @@ constexpr std::uint32_t kLineBytesMax = 65536;  // more than the longest line th
 constexpr std::uint8_t kNullDesc = 0xFF;  // in place of the bits that name hostile fields
 
 constexpr std::array<const char*, 8> kQuirks = {"",
-                                                "connect-refused:status=3,count=2",
-                                                "connect-refused:status=9",
+                                                "refuse:on=connect,status=3,count=2",
+                                                "refuse:on=connect,status=9",
                                                 "buffer-full:count=15",
                                                 "pause:at=2,ms=4000",
                                                 "cancel:at=2",
-                                                "spool-overflow:at=1,count=2",
-                                                "unplug:at=8,ms=9000"};
-constexpr const char* kUnpluggedForGood = "unplug:at=6";
+                                                "refuse:on=swath,status=7,at=1,count=2",
+                                                "unplug:msg=8,ms=9000"};
+constexpr const char* kUnpluggedForGood = "unplug:msg=6";
 
 sim::Machine MachineOf(std::uint8_t bits) {
   sim::Machine machine;

@@ -67,8 +67,8 @@ void OneReply(Job& job, FakePlatform& platform, fuzz::Input& in) {
   const std::uint8_t length = in.U8();
   const std::vector<std::uint8_t> reply = in.Bytes(length);
   const ReplyVerdict verdict = ParseReply(job, reply.data(), Low32(reply.size()));
-  const bool foreign = reply.size() >= 2 && U16(reply.data()) != job.nTxCmd;
-  FUZZ_CHECK((verdict == kReplyOther) == foreign);
+  const std::uint16_t code = reply.size() >= 2 ? U16(reply.data()) : std::uint16_t{0};
+  FUZZ_CHECK((verdict == kReplyOther) == (code != job.nTxCmd));
   if (job.nTxCmd != kCmdConnect) FUZZ_CHECK(verdict != kReplyRefused);
   if (verdict == kReplyTaken) FUZZ_CHECK(reply.size() >= 4 && U16(&reply[2]) == 1);
   FUZZ_CHECK(job.bCancelLatch >= latch);  // what the operator has cancelled stays so
@@ -78,17 +78,20 @@ void OneReply(Job& job, FakePlatform& platform, fuzz::Input& in) {
   CheckJob(job);
 }
 
-// Queries that the wait for room sends: one for each reply, up to the one that says cancelled or
-// room, which must lie within that reply. What the library has of the reply before must not count.
+// Queries that the wait for room sends: one for each reply that holds a code, up to the one that
+// says cancelled or room. What lies behind its end, of the reply before or of one broken off, is 0.
 std::size_t QueriesExpected(Job& job, FakePlatform& platform) {
   const std::deque<std::vector<std::uint8_t>> packets = platform.replies;
   std::size_t queries = 1;
-  for (;; ++queries) {
+  for (;;) {
     std::vector<std::uint8_t> reply(kReplyBytesMax);
     std::uint32_t bytes = 0;
     if (LinkRecv(job, reply.data(), kReplyBytesMax, &bytes) == 0) break;
-    if (bytes >= 12 && (U16(&reply[4]) == kJobCancelled || U32(&reply[8]) >= kSwathBytes / 2))
-      break;
+    if (bytes < 2) continue;
+    reply.resize(std::min(bytes, kReplyBytesMax));
+    reply.resize(12);
+    if (U16(&reply[4]) == kJobCancelled || U32(&reply[8]) >= kSwathBytes / 2) break;
+    ++queries;
   }
   platform.replies = packets;
   return std::min<std::size_t>(queries, platform.failWriteAfter);

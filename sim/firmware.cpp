@@ -32,12 +32,40 @@ void Firmware::Fail(const std::string& what) {
     violation_ = "message " + std::to_string(moments_->Messages()) + ": " + what;
 }
 
-bool Firmware::IsTest(const WireMessage& message) {
-  return !message.isData && IsAnswerTest(message.bytes);
+Message Firmware::MessageOf(const Packet& packet) {
+  switch (U32(packet.data())) {
+    case kConnect:
+      return Message::kConnect;
+    case kJobCreate:
+      return Message::kCreate;
+    case kSwath:
+      return Message::kSwath;
+    case kJobEnd:
+      return Message::kEnd;
+    case kCancel:
+      return Message::kCancel;
+    case kPausePoll:
+      return IsAnswerTest(packet) ? Message::kTest : Message::kPoll;
+    case kBufferQuery:
+      return Message::kQuery;
+    default:
+      return Message::kAny;
+  }
+}
+
+void Firmware::Reopened() {
+  awaitedSwath_.clear();
+  order_.Reopened();
 }
 
 std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t nowMs) {
   moments_->CountMessage();
+  std::optional<Reply> reply = TakeMessage(message, nowMs);
+  if (reply && U16(&(*reply)[2]) == 1) order_.Taken();
+  return reply;
+}
+
+std::optional<Reply> Firmware::TakeMessage(const WireMessage& message, std::uint32_t nowMs) {
   if (message.isData) {
     if (awaitedSwath_.empty()) {
       Fail("swath data without a swath command");
@@ -54,6 +82,8 @@ std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t no
     Fail(fault);
     return std::nullopt;
   }
+  const std::string disorder = order_.Check(message.bytes);
+  if (!disorder.empty()) Fail(disorder);
   if (U32(message.bytes.data()) == kSwath && U32(&message.bytes[kDataSizeAt]) != 0) {
     awaitedSwath_ = message.bytes;
     return std::nullopt;
@@ -64,8 +94,10 @@ std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t no
 Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
   const std::uint32_t code = U32(packet.data());
   if (code == kSwath) return TakeSwath(packet, {}, nowMs);
-  if (const Quirk* refusal = Refusal(code))
-    return MakeReply(code, false, state_.Tell(nowMs), Low16(refusal->value));
+  moments_->BeginAnswer(MessageOf(packet));
+  if (code == kBufferQuery) moments_->SetSwath(NextSwath());
+  if (const Quirk* refusal = moments_->Use(Quirk::Kind::kRefuse))
+    return Refuse(code, refusal->status, nowMs);
   switch (code) {
     case kConnect:
       return Connect();
@@ -76,7 +108,7 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
       return AnswerBufferQuery(nowMs);
     case kPausePoll:
       if (IsAnswerTest(packet)) return MakeReply(code, true, kStateRunning, 0);
-      Watch(Via::kPoll, nowMs);
+      Watch(nowMs);
       break;
     case kJobEnd:
       ++jobsEnded_;
@@ -92,11 +124,6 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
   return StateReply(code, nowMs);
 }
 
-const Quirk* Firmware::Refusal(std::uint32_t code) {
-  return moments_->Use(Quirk::Kind::kRefuse,
-                       [code](const Quirk& quirk) { return quirk.code == code; });
-}
-
 Reply Firmware::StateReply(std::uint32_t code, std::uint32_t nowMs) {
   const std::uint16_t state = state_.Tell(nowMs);
   Reply reply = MakeReply(code, true, state, 0);
@@ -108,24 +135,26 @@ Reply Firmware::StateReply(std::uint32_t code, std::uint32_t nowMs) {
   return reply;
 }
 
-void Firmware::Watch(Via reply, std::uint32_t nowMs) {
-  if (state_.Watch(reply, nowMs)) {
+void Firmware::Watch(std::uint32_t nowMs) {
+  if (state_.Watch(nowMs)) {
     trouble_ = "the job was cancelled at the printer, at swath " + std::to_string(lastSwathNo_);
   }
 }
 
+Reply Firmware::Refuse(std::uint32_t code, std::uint16_t status, std::uint32_t nowMs) {
+  if (code != kConnect) return MakeReply(code, false, state_.Tell(nowMs), status);
+  trouble_ = "the printer refused the connect with status " + std::to_string(status);
+  return MakeReply(kConnect, false, 0, status);
+}
+
 Reply Firmware::Connect() {
-  if (const Quirk* quirk = moments_->Use(Quirk::Kind::kConnectRefused)) {
-    trouble_ = "the printer refused the connect with status " + std::to_string(quirk->value);
-    return MakeReply(kConnect, false, 0, Low16(quirk->value));
-  }
   trouble_.clear();
   Reply reply = MakeReply(kConnect, true, 0, 0);
   reply.resize(8);
   const auto whole = ParameterBlock(machine_);
   std::vector<std::uint8_t> block(whole.begin(), whole.end());
   if (const Quirk* defect = moments_->Use(Quirk::Kind::kBlock)) {
-    SpoilBlock(static_cast<Defect>(defect->which), &block);
+    SpoilBlock(defect->defect, &block);
     trouble_ = "the printer's parameter block has a defect";
   }
   reply.insert(reply.end(), block.begin(), block.end());
@@ -154,8 +183,7 @@ Reply Firmware::CreateJob(const Packet& packet) {
 }
 
 Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
-  moments_->SetSwath(lastSwathNo_ + 1);
-  Watch(Via::kBuffer, nowMs);
+  Watch(nowMs);
   Reply reply = StateReply(kBufferQuery, nowMs);
   const bool full = moments_->Use(Quirk::Kind::kBufferFull) != nullptr;
   const bool paused = U16(&reply[4]) == kStatePaused;
@@ -167,10 +195,7 @@ Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
 // byte.
 bool Firmware::CheckSwathOrder(const Packet& packet, const std::vector<std::uint8_t>& data) {
   const std::uint32_t number = U32(&packet[kSwathNoAt]);
-  if (carriage_ == nullptr) {
-    Fail("swath " + std::to_string(number) + " without a job");
-    return false;
-  }
+  if (carriage_ == nullptr) return false;
   if (number == lastSwathNo_) {
     if (packet != lastSwath_ || data != lastData_)
       Fail("swath " + std::to_string(number) + " came again, but changed");
@@ -189,11 +214,10 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
          std::to_string(U32(&packet[kDataSizeAt])));
   }
   const std::uint32_t number = U32(&packet[kSwathNoAt]);
+  moments_->BeginAnswer(Message::kSwath);
   moments_->SetSwath(number);
-  if (moments_->Use(Quirk::Kind::kSpoolOverflow) != nullptr)
-    return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
-  if (const Quirk* refusal = Refusal(kSwath))
-    return MakeReply(kSwath, false, kStateRunning, Low16(refusal->value));
+  if (const Quirk* refusal = moments_->Use(Quirk::Kind::kRefuse))
+    return MakeReply(kSwath, false, kStateRunning, refusal->status);
   if (CheckSwathOrder(packet, data)) {
     if (!spool_.Take(data.size(), nowMs))
       return MakeReply(kSwath, false, kStateRunning, kStatusSpoolOverflow);
@@ -202,7 +226,7 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
     lastSwath_ = packet;
     lastData_ = data;
   }
-  Watch(Via::kSwath, nowMs);
+  Watch(nowMs);
   return StateReply(kSwath, nowMs);
 }
 

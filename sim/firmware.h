@@ -12,6 +12,7 @@
 #include "sim/carriage.h"
 #include "sim/job_state.h"
 #include "sim/machine.h"
+#include "sim/message_order.h"
 #include "sim/paper.h"
 #include "sim/quirk_moments.h"
 #include "sim/reply_pipe.h"
@@ -27,10 +28,15 @@ class Firmware {
 
   // Takes one message; the reply to it, or none while more is to come.
   std::optional<Reply> Take(const WireMessage& message, std::uint32_t nowMs);
-  // The link was opened anew.
-  void Reopened() { awaitedSwath_.clear(); }
-  // True for the packet that tests, after a reconnection, whether the printer answers.
-  static bool IsTest(const WireMessage& message);
+  // The host has read this reply, whole.
+  void Told(const Reply& reply) { order_.Told(reply); }
+  // A transfer of the host's failed.
+  void TransferFailed() { order_.TransferFailed(); }
+  void Reopened();
+  // The swath that a buffer query asks about.
+  std::uint32_t NextSwath() const { return lastSwathNo_ + 1; }
+  // What a command packet is; kAny for one of no known code.
+  static Message MessageOf(const std::vector<std::uint8_t>& packet);
   // Something befell the printer, beside what the firmware does itself.
   void Note(const std::string& trouble) { trouble_ = trouble; }
 
@@ -50,7 +56,9 @@ class Firmware {
   using Packet = std::vector<std::uint8_t>;
 
   void Fail(const std::string& what);
+  std::optional<Reply> TakeMessage(const WireMessage& message, std::uint32_t nowMs);
   Reply TakeCommand(const Packet& packet, std::uint32_t nowMs);
+  Reply Refuse(std::uint32_t code, std::uint16_t status, std::uint32_t nowMs);
   Reply Connect();
   Reply CreateJob(const Packet& packet);
   Reply TakeSwath(const Packet& packet, const std::vector<std::uint8_t>& data, std::uint32_t nowMs);
@@ -59,13 +67,12 @@ class Firmware {
   bool CheckSwathOrder(const Packet& packet, const std::vector<std::uint8_t>& data);
   // A reply that tells the job's state, with the parameter update that goes with a pause.
   Reply StateReply(std::uint32_t code, std::uint32_t nowMs);
-  // A reply of this kind is on its way: the pauses and cancels that are due in it happen.
-  void Watch(Via reply, std::uint32_t nowMs);
-  // The quirk that refuses this message, if one is due; it is used once.
-  const Quirk* Refusal(std::uint32_t code);
+  // A reply that tells the state is on its way: the pauses and cancels that are due in it happen.
+  void Watch(std::uint32_t nowMs);
 
   Machine machine_;
   QuirkMoments* moments_;
+  MessageOrder order_;
   JobState state_;
   Paper paper_;
   std::unique_ptr<Carriage> carriage_;  // null before the first job create

@@ -13,19 +13,16 @@ constexpr std::size_t kShortUpdateBytes = 10;
 
 }  // namespace
 
-bool JobState::Watch(Via reply, std::uint32_t nowMs) {
-  const auto fits = [reply](const Quirk& quirk) {
-    return quirk.Is(reply) || (reply == Via::kSwath && quirk.Is(Via::kGone));
-  };
-  if (const Quirk* pause = moments_->Use(Quirk::Kind::kPause, fits)) {
+bool JobState::Watch(std::uint32_t nowMs) {
+  if (const Quirk* pause = moments_->Use(Quirk::Kind::kPause)) {
     paused_ = true;
-    pausedUntilMs_ = nowMs + pause->durationMs;
-    update_ = static_cast<Update>(pause->update);
+    pausedUntilMs_ = nowMs + pause->ms;
+    update_ = pause->update;
   }
-  const Quirk* cancel = moments_->Use(Quirk::Kind::kCancel, fits);
+  const Quirk* cancel = moments_->Use(Quirk::Kind::kCancel);
   if (cancel == nullptr) return false;
   cancelled_ = true;
-  gone_ = cancel->Is(Via::kGone);
+  gone_ = cancel->gone;
   return true;
 }
 

@@ -19,8 +19,9 @@ class JobState {
   explicit JobState(QuirkMoments& moments) : moments_(&moments) {}
 
   void Begin() { cancelled_ = gone_ = paused_ = false; }
-  // A reply of this kind is on its way: what is due in it happens. True when that is a cancel.
-  bool Watch(Via reply, std::uint32_t nowMs);
+  // A reply that tells the state is on its way: what is due in it happens. True when that is a
+  // cancel.
+  bool Watch(std::uint32_t nowMs);
   bool IsPaused() const { return paused_; }
   // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
   std::uint16_t Tell(std::uint32_t nowMs);

@@ -8,13 +8,23 @@
 
 namespace qrn::sim {
 
-// Which reply reports a pause or a cancel: to a swath, to a buffer query, to a pause poll; or a
-// swath's reply that knows no job any more.
-enum class Via : std::uint32_t { kSwath, kBuffer, kPoll, kGone };
+// What the driver sends. A swath and its data are one here.
+enum class Message {
+  kAny,
+  kConnect,
+  kCreate,
+  kSwath,
+  kEnd,
+  kCancel,
+  kPoll,
+  kQuery,
+  kTest,  // whether the printer answers, after a reconnection
+};
+
 // The parameter update in a pause reply: none, what the connect said, another bidirectional
 // correction, another feed calibration, or one cut short.
-enum class Update : std::uint32_t { kNone, kSame, kCorrection, kCalibration, kShort };
-enum class Garbage : std::uint32_t {
+enum class Update { kNone, kSame, kCorrection, kCalibration, kShort };
+enum class Garbage {
   kKind,      // in front of the reply: a packet of no known chunk kind
   kRandom,    // in front of it: a reply of random bytes
   kWords,     // in front of it: a packet that announces more words than it holds
@@ -24,11 +34,11 @@ enum class Garbage : std::uint32_t {
   kOverlong,  // the reply goes on, with zeros, past 3000 bytes
   kRestart,   // a reply that begins, breaks off and begins again
 };
-enum class Where : std::uint32_t { kAny, kPacket, kData };
+enum class Where { kAny, kPacket, kData };
 // How an unplugged device comes back.
-enum class Back : std::uint32_t { kSamePath, kOtherPath, kHeld };
-enum class PathCase : std::uint32_t { kUpper, kLower, kMixed };
-enum class Defect : std::uint32_t {
+enum class Back { kSamePath, kOtherPath, kHeld };
+enum class PathCase { kUpper, kLower, kMixed };
+enum class Defect {
   kSignature,
   kShort,       // half of the block
   kHead,        // an unknown head type
@@ -40,25 +50,33 @@ enum class Defect : std::uint32_t {
   kFeather,
 };
 
+// Words that are said in one packet; one without a kind becomes as many as its words need.
+struct SaidPacket {
+  std::uint16_t kind = 0;
+  std::uint16_t announced = 0;  // how many words the packet says it holds
+  std::vector<std::uint16_t> words;
+};
+
 struct Quirk {
+  // What it does. docs/simulator.md says it in full; the table in quirks.cpp, with which fields.
   enum class Kind {
-    kConnectRefused,  // `count` connects are refused with status `value`
-    kBufferFull,      // `count` buffer queries answer no room
-    kRefuse,          // `count` messages with code `code` are refused with status `value`
-    kSpoolOverflow,   // swath `at` is refused `count` times with status 7
-    kPause,           // the job is paused for `durationMs`, then resumed
-    kCancel,          // the operator cancels
-    kOtherCode,       // `count` replies to other codes come in front of a reply
-    kLate,            // a reply comes `durationMs` later
-    kSilence,         // no reply for `durationMs`; 0 = none until the device is opened again
-    kGarbage,         // `count` replies are spoilt
-    kZeroAnswers,     // `count` answers of zeros in front of the answer to an answer test
-    kWriteFails,      // `count` bulk writes fail with error `value`
-    kReadFails,       // `count` bulk reads fail with error `value`
-    kUnplug,          // the device is gone for `durationMs`; 0 = for good
-    kSecondPrinter,   // another printer of the kind stands on the bus
-    kPath,            // how the device path is spelled
-    kBlock,           // the parameter blocks of `count` connects have a defect
+    kListFails,
+    kOpenFails,
+    kUnplug,
+    kSecondPrinter,
+    kPath,
+    kWriteFails,
+    kReadFails,
+    kRefuse,
+    kBlock,
+    kBufferFull,
+    kPause,
+    kCancel,
+    kSay,
+    kOtherCode,
+    kGarbage,
+    kLate,
+    kSilence,
   };
   // What `at` counts; the first is 1. A quirk is due from its moment on, until it is used up.
   enum class Moment {
@@ -68,26 +86,29 @@ struct Quirk {
     kWrite,    // bulk writes, failed ones included
     kRead,     // bulk reads, failed ones included
     kByte,     // bytes that the host has written
-    kChunk,    // frames: a command packet is one, each slot of a group another
     kTime,     // milliseconds since the host first looked at the bus
   };
 
-  Kind kind = Kind::kConnectRefused;
-  std::uint32_t at = 1;
-  std::uint32_t count = 1;
-  std::uint32_t value = 0;
-  std::uint32_t durationMs = 0;
-  Moment moment = Moment::kSwath;
-  std::uint32_t which = 0;   // Via, Garbage, Where, Back, PathCase or Defect, by the kind
-  std::uint32_t update = 0;  // Update
-  std::uint32_t code = 0;
-  std::uint32_t heldMs = 0;  // 0 = for good
-  std::uint32_t held = 0, first = 0, longPath = 0;
-
-  template <class Word>
-  bool Is(Word word) const {
-    return which == static_cast<std::uint32_t>(word);
-  }
+  Kind kind = Kind::kListFails;
+  Moment moment = Moment::kStart;
+  std::uint32_t at = 0;
+  Message on = Message::kAny;  // acts on these messages alone
+  std::uint32_t count = 1;     // how often it acts
+  std::uint32_t ms = 0;        // how long; 0 = for good
+  std::uint32_t heldMs = 0;    // how long another program holds the printer; 0 = for good
+  std::uint16_t status = 0;    // of a refusal
+  std::uint16_t error = 0;     // of the system
+  Update update = Update::kNone;
+  Garbage form = Garbage::kKind;
+  Where where = Where::kAny;
+  Back back = Back::kSamePath;
+  PathCase spelling = PathCase::kUpper;
+  Defect defect = Defect::kSignature;
+  bool first = false;     // in front of the other printer, or of the reply
+  bool held = false;      // the second printer
+  bool gone = false;      // the job that is cancelled
+  bool longPath = false;  // more than 255 characters
+  std::vector<SaidPacket> words;
 };
 
 using QuirkScript = std::vector<Quirk>;
@@ -101,6 +122,10 @@ constexpr std::uint32_t kQuirkMsMax = 3'600'000;
 // One quirk a string, such as "pause:at=3,ms=5000"; docs/simulator.md lists the kinds and their
 // fields. False, with a one-line reason, when it is not one.
 bool ParseQuirk(const std::string& text, Quirk* quirk, std::string* error);
+
+// Where the virtual printer does what a quirk says.
+enum class Acts { kOnBus, kOnWrite, kOnRead, kInFirmware, kOnReply };
+Acts WhereActs(Quirk::Kind kind);
 
 }  // namespace qrn::sim
 

@@ -1,8 +1,9 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <mutex>
+#include <utility>
 
+#include "platform/usb_transfer.h"
 #include "platform/win32/win32_platform.h"
 #include "sim/real_time.h"
 
@@ -39,22 +40,16 @@ class PortPlatform final : public Win32Platform {
     port_->Close(static_cast<std::uint32_t>(device), TickMs());
   }
   bool BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) override {
-    return Complete([=, this](std::uint32_t now) {
+    return CompleteTransfer(Waiting{}, [=, this](std::uint32_t now) {
       return port_->Write(static_cast<std::uint32_t>(device),
                           static_cast<const std::uint8_t*>(data), bytes, now);
     });
   }
   bool BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) override {
-    return Complete([=, this](std::uint32_t now) {
+    return CompleteTransfer(Waiting{}, [=, this](std::uint32_t now) {
       return port_->Read(static_cast<std::uint32_t>(device), static_cast<std::uint8_t*>(data),
                          bytes, now);
     });
-  }
-
-  // Never in the middle of a step, which would leave the devices locked.
-  void ThreadTerminate(ThreadHandle thread) override {
-    const std::lock_guard lock(step_);
-    Win32Platform::ThreadTerminate(thread);
   }
 
   void ShowBox(const char* text, const char*) override {
@@ -62,24 +57,14 @@ class PortPlatform final : public Win32Platform {
   }
 
  private:
-  template <class Step>
-  bool Complete(Step step) {
-    for (;;) {
-      const std::uint32_t now = TickMs();
-      UsbStep result;
-      {
-        const std::lock_guard lock(step_);
-        result = step(now);
-      }
-      if (result.state != UsbStep::kWait) {
-        SetLastError(result.state == UsbStep::kFailed ? result.value : ERROR_SUCCESS);
-        return result.state == UsbStep::kDone;
-      }
-      Sleep(std::clamp<std::uint32_t>(result.value - now, 1, kTransferNapMs));
-    }
-  }
+  // A thread in a transfer of its own.
+  struct Waiting {
+    static void LeaveIfAsked() { Win32Platform::LeaveIfAsked(); }
+    static std::uint32_t TickMs() { return GetTickCount(); }
+    static void WaitMs(std::uint32_t ms) { Sleep(std::min(ms, kTransferNapMs)); }
+    static void SetError(std::uint32_t code) { SetLastError(code); }
+  };
 
-  std::mutex step_;
   UsbPort* port_ = nullptr;
   BoxHandler onBox_;
 };

@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::uint32_t kLatencyMs = 1;
 constexpr std::uint32_t kSilencePollMs = 100;
-constexpr std::size_t kZeroAnswerBytes = 16;
 constexpr std::uint32_t kSplitWords = 2;
 constexpr std::size_t kOverlongBytes = 3200;  // more than a host has room for
 constexpr std::uint16_t kUnknownKind = 0xF003, kFirst = 0xF001, kMiddle = 0xF004, kOnly = 0xF008;
@@ -25,52 +24,61 @@ std::int32_t Until(std::uint32_t momentMs, std::uint32_t nowMs) {
 
 std::uint32_t ReplyPipe::DueMs(std::uint32_t nowMs) {
   std::uint32_t dueMs = nowMs + kLatencyMs;
-  if (const Quirk* late = moments_->Use(Quirk::Kind::kLate)) dueMs += late->durationMs;
+  if (const Quirk* late = moments_->Use(Quirk::Kind::kLate)) dueMs += late->ms;
   if (const Quirk* silence = moments_->Use(Quirk::Kind::kSilence)) {
-    mute_ = silence->durationMs == 0;
+    mute_ = silence->ms == 0;
     silent_ = !mute_;
-    silentUntilMs_ = nowMs + silence->durationMs;
+    silentUntilMs_ = nowMs + silence->ms;
   }
   if (silent_ && Until(silentUntilMs_, nowMs) <= 0) silent_ = false;
   if (silent_ && Until(silentUntilMs_, dueMs) > 0) dueMs = silentUntilMs_;
   return dueMs;
 }
 
-void ReplyPipe::Send(const Reply& reply, bool toAnswerTest, std::uint32_t nowMs) {
+void ReplyPipe::Send(const Reply& reply, std::uint32_t nowMs) {
   const std::uint32_t dueMs = DueMs(nowMs);
   if (mute_) return;
-  if (toAnswerTest) {
-    for (std::uint32_t zeros = moments_->UseUp(Quirk::Kind::kZeroAnswers); zeros > 0; --zeros)
-      Push(packer_.Pack(Reply(kZeroAnswerBytes)), dueMs);
+  if (const Quirk* say = moments_->Use(Quirk::Kind::kSay)) {
+    for (const SaidPacket& said : say->words) PushSaid(said, dueMs);
+    if (!say->first) return;
   }
-  PushStrays(reply, dueMs);
+  if (moments_->Use(Quirk::Kind::kOtherCode) != nullptr) PushStray(reply, dueMs);
   if (const Quirk* garbage = moments_->Use(Quirk::Kind::kGarbage)) {
-    PushGarbage(static_cast<Garbage>(garbage->which), reply, toAnswerTest, dueMs);
+    PushGarbage(garbage->form, reply, dueMs);
   } else {
     Push(packer_.Pack(reply), dueMs);
   }
 }
 
-// Replies to nothing that the host has asked: each tells that the job is cancelled, so a host that
-// heeds one gives itself away. A host takes whatever answers a buffer query, so what comes in front
+// A reply to nothing that the host has asked: it tells that the job is cancelled, so a host that
+// heeds it gives itself away. A host takes whatever answers a buffer query, so what comes in front
 // of that tells of a job that runs and of no room.
-void ReplyPipe::PushStrays(const Reply& reply, std::uint32_t dueMs) {
+void ReplyPipe::PushStray(const Reply& reply, std::uint32_t dueMs) {
   const std::uint16_t code = U16(reply.data());
   Reply stray(16);
   PutU16(&stray[2], 1);
   PutU16(&stray[4], code == kBufferQuery ? 5 : 2);
-  for (std::uint32_t left = moments_->UseUp(Quirk::Kind::kOtherCode); left > 0; --left) {
-    const std::uint32_t other = code == kJobEnd ? kCancel : kJobEnd;
-    PutU16(&stray[0], Low16(left % 2 != 0 ? code + 0x100u : other));
-    Push(packer_.Pack(stray), dueMs);
-  }
+  // Now another command's code, now one that differs beyond 8 bits.
+  const std::uint32_t other = code == kJobEnd ? kCancel : kJobEnd;
+  PutU16(&stray[0], Low16(strays_++ % 2 == 0 ? code + 0x100u : other));
+  Push(packer_.Pack(stray), dueMs);
 }
 
-// A spoilt reply is lost to the host, which must ask again. What does not look like a reply to the
-// host's message, and all of it in the answer test, comes in front of the true one: a host reads
-// on there, for as long as it takes.
-void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
-                            std::uint32_t dueMs) {
+void ReplyPipe::PushSaid(const SaidPacket& said, std::uint32_t dueMs) {
+  Reply reply(2 * std::max<std::size_t>(said.words.size(), 1));  // an empty one needs a packet, too
+  for (std::size_t i = 0; i < said.words.size(); ++i) PutU16(&reply[2 * i], said.words[i]);
+  std::vector<Bytes> packets = packer_.Pack(reply);
+  if (said.kind != 0 || said.words.empty()) {
+    PutU16(&packets[0][kFrameKindAt], said.kind != 0 ? said.kind : kOnly);
+    PutU16(&packets[0][kFrameWordsAt], said.announced);
+  }
+  Push(packets, dueMs);
+}
+
+// A reply that is cut short stands in place of the true one, and the host must ask again. What does
+// not look like a reply to the host's message comes in front of it: a host reads on there, for as
+// long as it takes.
+void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs) {
   Bytes packet = packer_.Pack(reply)[0];  // whose number is not taken back
   switch (form) {
     case Garbage::kKind:
@@ -109,7 +117,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest,
     }
   }
   Push({packet}, dueMs);
-  if (form == Garbage::kRandom || toAnswerTest) Push(packer_.Pack(reply), dueMs);
+  Push(packer_.Pack(reply), dueMs);
 }
 
 // The frame is whole, all that it carries is random: the same in each run.

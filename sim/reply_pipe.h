@@ -18,8 +18,7 @@ class ReplyPipe {
  public:
   explicit ReplyPipe(QuirkMoments& moments) : moments_(&moments) {}
 
-  // `toAnswerTest`: the reply answers the test after a reconnection.
-  void Send(const Reply& reply, bool toAnswerTest, std::uint32_t nowMs);
+  void Send(const Reply& reply, std::uint32_t nowMs);
   // The device was opened anew: what lay in the pipe is lost, and a printer that was silent for
   // ever speaks again.
   void Reopened();
@@ -36,16 +35,18 @@ class ReplyPipe {
   };
 
   std::uint32_t DueMs(std::uint32_t nowMs);
-  void PushStrays(const Reply& reply, std::uint32_t dueMs);
-  void PushGarbage(Garbage form, const Reply& reply, bool toAnswerTest, std::uint32_t dueMs);
+  void PushStray(const Reply& reply, std::uint32_t dueMs);
+  void PushSaid(const SaidPacket& said, std::uint32_t dueMs);
+  void PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs);
   Bytes RandomPacket();
   void Push(const std::vector<Bytes>& packets, std::uint32_t dueMs);
 
   QuirkMoments* moments_;
   ReplyPacker packer_;
   std::deque<Packet> packets_;
-  bool mute_ = false;    // for ever
-  bool silent_ = false;  // until then
+  std::uint32_t strays_ = 0;  // replies to other codes so far
+  bool mute_ = false;         // for ever
+  bool silent_ = false;       // until then
   std::uint32_t silentUntilMs_ = 0;
 };
 

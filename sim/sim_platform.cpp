@@ -1,15 +1,16 @@
 #include "sim/sim_platform.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <chrono>
 #include <thread>
+
+#include "platform/usb_transfer.h"
 
 namespace qrn::sim {
 namespace {
 
 constexpr UsbList kTheList = 1;
+constexpr std::uint32_t kStepsInARowMax = 1000;  // more than a swath of the widest page has
 
 // Ends a thread of the library by force: it leaves through its frames, none of which holds
 // anything.
@@ -22,6 +23,7 @@ struct SimPlatform::Thread {
   std::condition_variable baton;
   std::uint64_t wakeMs = 0;
   std::uint32_t lastError = 0;
+  std::uint32_t stepsInARow = 0;  // of transfers, since it last waited
   bool ended = false;
   bool released = false;
   bool killed = false;
@@ -89,23 +91,22 @@ void SimPlatform::WaitUntil(std::uint64_t wakeMs) {
   std::unique_lock lock(mutex_);
   Thread& self = Current();
   self.wakeMs = wakeMs;
+  self.stepsInARow = 0;
   PassBaton(lock, self);
 }
 
-template <class Step>
-bool SimPlatform::Complete(Step step) {
-  for (;;) {
-    const std::uint32_t tick = TickMs();
-    const UsbStep result = step(tick);
-    if (result.state != UsbStep::kWait) {
-      Current().lastError = result.state == UsbStep::kFailed ? result.value : 0;
-      return result.state == UsbStep::kDone;
-    }
-    // A step back in time is one that is due.
-    const auto ahead = static_cast<std::int32_t>(result.value - tick);
-    WaitUntil(nowMs_ + static_cast<std::uint64_t>(std::max(ahead, 1)));
+// A thread in a transfer of its own. Others run only while it waits, so one whose device is always
+// ready is made to wait now and then.
+struct SimPlatform::Waiting {
+  SimPlatform& platform;
+
+  void LeaveIfAsked() const {
+    if (++platform.Current().stepsInARow > kStepsInARowMax) WaitMs(1);
   }
-}
+  std::uint32_t TickMs() const { return platform.TickMs(); }
+  void WaitMs(std::uint32_t ms) const { platform.SleepMs(ms); }
+  void SetError(std::uint32_t code) const { platform.Current().lastError = code; }
+};
 
 UsbList SimPlatform::UsbListOpen() { return port_.Listable(TickMs()) ? kTheList : 0; }
 
@@ -129,14 +130,14 @@ void SimPlatform::DeviceClose(DeviceHandle device) {
 }
 
 bool SimPlatform::BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) {
-  return Complete([=, this](std::uint32_t now) {
+  return CompleteTransfer(Waiting{*this}, [=, this](std::uint32_t now) {
     return port_.Write(static_cast<std::uint32_t>(device), static_cast<const std::uint8_t*>(data),
                        bytes, now);
   });
 }
 
 bool SimPlatform::BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) {
-  return Complete([=, this](std::uint32_t now) {
+  return CompleteTransfer(Waiting{*this}, [=, this](std::uint32_t now) {
     return port_.Read(static_cast<std::uint32_t>(device), static_cast<std::uint8_t*>(data), bytes,
                       now);
   });
@@ -222,9 +223,14 @@ void SimPlatform::ShowBox(const char* text, const char*) {
   SleepMs(options_.boxOpenMs);
 }
 
-bool SimPlatform::PathExists(const char* path) {
-  struct stat ignored {};
-  return stat(path, &ignored) == 0;
+// Files are the system's: what is in them takes no part in the order of events.
+bool SimPlatform::PathExists(const char* path) { return SystemPlatform().PathExists(path); }
+
+bool SimPlatform::FileCreate(const char* path) { return SystemPlatform().FileCreate(path); }
+
+FileWrite SimPlatform::FileWriteAt(const char* path, const FilePart& part,
+                                   std::uint32_t gapMaxBytes, std::uint32_t* fileBytes) {
+  return SystemPlatform().FileWriteAt(path, part, gapMaxBytes, fileBytes);
 }
 
 }  // namespace qrn::sim

@@ -63,12 +63,14 @@ class SimPlatform final : public Platform {
   std::uint32_t SystemLocaleId() override { return options_.localeId; }
   void ShowBox(const char* text, const char* caption) override;
   bool PathExists(const char* path) override;
+  bool FileCreate(const char* path) override;
+  FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
+                        std::uint32_t* fileBytes) override;
 
  private:
   struct Thread;
+  struct Waiting;
 
-  template <class Step>
-  bool Complete(Step step);
   void WaitUntil(std::uint64_t wakeMs);
   bool IsOverTime() const { return nowMs_ > options_.limitMs; }
   void PassBaton(std::unique_lock<std::mutex>& lock, Thread& from);

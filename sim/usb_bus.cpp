@@ -32,8 +32,8 @@ UsbBus::UsbBus(QuirkMoments& moments) : moments_(&moments) {
   if (const Quirk* path = moments.Use(Quirk::Kind::kPath)) path_ = *path;
   devices_ = {{kForeignPath}, {Spelled(instance_)}};
   if (const Quirk* second = moments.Use(Quirk::Kind::kSecondPrinter)) {
-    const Device device{Spelled(kSecondInstance), false, second->held != 0};
-    devices_.insert(second->first != 0 ? devices_.begin() + 1 : devices_.end(), device);
+    const Device device{Spelled(kSecondInstance), false, second->held};
+    devices_.insert(second->first ? devices_.begin() + 1 : devices_.end(), device);
   }
   printer_ = 1;
   while (devices_[printer_].held) ++printer_;
@@ -41,21 +41,21 @@ UsbBus::UsbBus(QuirkMoments& moments) : moments_(&moments) {
 
 std::string UsbBus::Spelled(std::uint32_t instance) const {
   std::string number = std::to_string(instance);
-  const std::size_t digits = path_.longPath != 0 ? kLongInstance : 4;
+  const std::size_t digits = path_.longPath ? kLongInstance : 4;
   number.insert(0, digits - number.size(), '0');
-  return R"(\\?\usb#)" + InCase(static_cast<PathCase>(path_.which), kIdentifiers) + "#" + number +
+  return R"(\\?\usb#)" + InCase(path_.spelling, kIdentifiers) + "#" + number +
          "#{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 }
 
 bool UsbBus::Look(std::uint32_t nowMs) {
   Device& printer = devices_[printer_];
-  if (printer.away && unplug_.durationMs != 0 && Passed(nowMs, backMs_)) ComeBack();
+  if (printer.away && unplug_.ms != 0 && Passed(nowMs, backMs_)) ComeBack();
   if (printer.held && unplug_.heldMs != 0 && Passed(nowMs, freeMs_)) printer.held = false;
   if (printer.away) return false;
   const Quirk* unplug = moments_->Use(Quirk::Kind::kUnplug);
   if (unplug == nullptr) return false;
   unplug_ = *unplug;
-  backMs_ = nowMs + unplug_.durationMs;
+  backMs_ = nowMs + unplug_.ms;
   printer.away = true;
   handle_ = 0;  // dead, even when the device is back before its owner looks
   return true;
@@ -64,8 +64,8 @@ bool UsbBus::Look(std::uint32_t nowMs) {
 void UsbBus::ComeBack() {
   Device& printer = devices_[printer_];
   printer.away = false;
-  if (unplug_.Is(Back::kOtherPath)) printer.path = Spelled(++instance_);
-  printer.held = unplug_.Is(Back::kHeld);
+  if (unplug_.back == Back::kOtherPath) printer.path = Spelled(++instance_);
+  printer.held = unplug_.back == Back::kHeld;
   freeMs_ = backMs_ + unplug_.heldMs;
 }
 
@@ -80,6 +80,10 @@ std::uint32_t UsbBus::Open(const char* path, std::uint32_t* error) {
   for (std::size_t i = 1; i < devices_.size(); ++i) {
     Device& device = devices_[i];
     if (device.path != path || device.away) continue;
+    if (const Quirk* fault = moments_->Use(Quirk::Kind::kOpenFails)) {
+      *error = fault->error;
+      return 0;
+    }
     if (device.held || handle_ != 0) {
       *error = kErrorAccessDenied;
       return 0;

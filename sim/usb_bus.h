@@ -20,6 +20,8 @@ class UsbBus {
 
   // Lets the printer leave and come back as is due. True when it has just left.
   bool Look(std::uint32_t nowMs);
+  // Whether the system can list its devices at this moment.
+  bool Listable() { return moments_->Use(Quirk::Kind::kListFails) == nullptr; }
   // The path at this place among the devices that are there; null past the end.
   const char* PathAt(std::size_t index) const;
   // A handle, or 0 and why.

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <mutex>
 
+#include "platform/bytes.h"
 #include "sim/firmware.h"
+#include "sim/protocol_check.h"
 #include "sim/quirk_moments.h"
 #include "sim/reply_pipe.h"
 #include "sim/usb_bus.h"
@@ -28,18 +30,48 @@ struct VirtualPrinter::Impl {
     }
   }
 
-  // The quirk by which this write fails, if one is due; it is used once.
-  const Quirk* WriteFault(bool isCommand) {
-    return moments.Use(Quirk::Kind::kWriteFails, [isCommand](const Quirk& quirk) {
-      return quirk.Is(Where::kAny) || quirk.Is(isCommand ? Where::kPacket : Where::kData);
-    });
+  // The host writes; what it means is seen before it is taken.
+  void BeginWrite(const std::uint8_t* data, std::size_t bytes) {
+    const bool isCommand = IsCommandWrite(data, bytes);
+    if (isCommand && bytes >= kFramePayloadAt + kCommandBytes) {
+      const std::vector<std::uint8_t> packet(data + kFramePayloadAt,
+                                             data + kFramePayloadAt + kCommandBytes);
+      const Message message = Firmware::MessageOf(packet);
+      moments.BeginPacket(message, message == Message::kSwath   ? U32(&packet[kSwathNoAt])
+                                   : message == Message::kQuery ? firmware.NextSwath()
+                                                                : 0);
+    }
+    moments.BeginWrite(bytes, !isCommand);
+  }
+
+  // A write that fails, or in the middle of which the printer leaves, has brought it nothing that
+  // it heeds: the message comes again from its start.
+  UsbStep WriteStep(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
+                    std::uint32_t nowMs) {
+    Look(nowMs);
+    if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
+    BeginWrite(data, bytes);
+    Look(nowMs);
+    if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
+    if (const Quirk* fault = moments.Use(Quirk::Kind::kWriteFails))
+      return {UsbStep::kFailed, fault->error};
+    bytesReceived += bytes;
+    if (keepTransfers) transfers.emplace_back(data, data + bytes);
+    std::vector<WireMessage> messages;
+    wire.Take(data, bytes, &messages);
+    for (const WireMessage& message : messages) {
+      const std::optional<Reply> reply = firmware.Take(message, nowMs);
+      Look(nowMs);  // a printer that has left by now answers nothing
+      if (reply && bus.Usable(handle)) pipe.Send(*reply, nowMs);
+    }
+    return {UsbStep::kDone, 0};
   }
 
   UsbStep ReadStep(std::uint32_t asked, std::uint8_t* data, std::uint32_t bytes,
                    std::uint32_t nowMs) {
     if (!bus.Usable(asked)) return {UsbStep::kFailed, kErrorNotConnected};
     if (const Quirk* fault = moments.Use(Quirk::Kind::kReadFails))
-      return {UsbStep::kFailed, fault->value};
+      return {UsbStep::kFailed, fault->error};
     std::uint32_t lookAgainMs = 0;
     const std::vector<std::uint8_t>* packet = pipe.Front(nowMs, &lookAgainMs);
     if (packet == nullptr) return {UsbStep::kWait, moments.NoLongerThan(lookAgainMs)};
@@ -50,11 +82,21 @@ struct VirtualPrinter::Impl {
     return {UsbStep::kDone, 0};
   }
 
+  void HostGot(const UsbStep& step, const std::uint8_t* packet) {
+    if (step.state == UsbStep::kFailed) {
+      joiner.Drop();
+      firmware.TransferFailed();
+    } else if (step.state == UsbStep::kDone && packet != nullptr) {
+      if (const auto reply = joiner.Take(packet)) firmware.Told(*reply);
+    }
+  }
+
   mutable std::mutex mutex;
   QuirkMoments moments;
   UsbBus bus;
   WireReceiver wire;
   ReplyPipe pipe;
+  ReplyJoiner joiner;  // what the host makes of it
   Firmware firmware;
   std::uint64_t bytesReceived = 0, bytesSent = 0;
   bool keepTransfers = false;
@@ -98,7 +140,11 @@ const std::vector<std::vector<std::uint8_t>>& VirtualPrinter::Transfers() const 
   return impl_->transfers;
 }
 
-bool VirtualPrinter::Listable(std::uint32_t) { return true; }
+bool VirtualPrinter::Listable(std::uint32_t nowMs) {
+  const std::lock_guard lock(impl_->mutex);
+  impl_->Look(nowMs);
+  return impl_->bus.Listable();
+}
 
 const char* VirtualPrinter::PathAt(std::uint32_t index, std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
@@ -113,6 +159,7 @@ std::uint32_t VirtualPrinter::Open(const char* path, std::uint32_t nowMs, std::u
   if (handle == 0) return 0;
   impl_->moments.EndRead();
   impl_->pipe.Reopened();
+  impl_->joiner.Drop();
   impl_->wire.Reopened();
   impl_->firmware.Reopened();
   return handle;
@@ -123,39 +170,34 @@ void VirtualPrinter::Close(std::uint32_t handle, std::uint32_t) {
   impl_->bus.Close(handle);
 }
 
-// A write that fails, or in the middle of which the printer leaves, has brought it nothing that it
-// heeds: the message comes again from its start.
 UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
                               std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
-  impl_->Look(nowMs);
-  if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-  impl_->moments.BeginWrite(bytes);
-  impl_->Look(nowMs);
-  if (!impl_->bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-  if (const Quirk* fault = impl_->WriteFault(IsCommandWrite(data, bytes)))
-    return {UsbStep::kFailed, fault->value};
-  impl_->bytesReceived += bytes;
-  if (impl_->keepTransfers) impl_->transfers.emplace_back(data, data + bytes);
-  std::vector<WireMessage> messages;
-  impl_->wire.Take(data, bytes, &messages);
-  for (const WireMessage& message : messages) {
-    const std::optional<Reply> reply = impl_->firmware.Take(message, nowMs);
-    impl_->Look(nowMs);  // a printer that has left by now answers nothing
-    if (reply && impl_->bus.Usable(handle))
-      impl_->pipe.Send(*reply, Firmware::IsTest(message), nowMs);
-  }
-  return {UsbStep::kDone, 0};
+  const UsbStep step = impl_->WriteStep(handle, data, bytes, nowMs);
+  impl_->HostGot(step, nullptr);
+  return step;
 }
 
 UsbStep VirtualPrinter::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
                              std::uint32_t nowMs) {
+  const UsbStep step = Fetch(handle, data, bytes, nowMs);
+  HostGot(step, data);
+  return step;
+}
+
+UsbStep VirtualPrinter::Fetch(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
+                              std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
   impl_->moments.BeginRead();
   impl_->Look(nowMs);
   const UsbStep step = impl_->ReadStep(handle, data, bytes, nowMs);
   if (step.state != UsbStep::kWait) impl_->moments.EndRead();
   return step;
+}
+
+void VirtualPrinter::HostGot(const UsbStep& step, const std::uint8_t* packet) {
+  const std::lock_guard lock(impl_->mutex);
+  impl_->HostGot(step, packet);
 }
 
 }  // namespace qrn::sim

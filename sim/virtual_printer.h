@@ -50,6 +50,11 @@ class VirtualPrinter : public UsbPort {
   void KeepTransfers(bool keep);
   const std::vector<std::vector<std::uint8_t>>& Transfers() const;
 
+  // For whoever changes replies on their way: a read whose packet the host may not get, and how a
+  // transfer has ended for the host, with the packet that it got by a read. Read() does both.
+  UsbStep Fetch(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes, std::uint32_t nowMs);
+  void HostGot(const UsbStep& step, const std::uint8_t* packet);
+
   // UsbPort
   bool Listable(std::uint32_t nowMs) override;
   const char* PathAt(std::uint32_t index, std::uint32_t nowMs) override;

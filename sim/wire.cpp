@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <utility>
 
 #include "platform/bytes.h"
 
@@ -220,6 +221,18 @@ std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::
   }
   ++sequence_;
   return packets;
+}
+
+std::optional<std::vector<std::uint8_t>> ReplyJoiner::Take(const std::uint8_t* packet) {
+  const std::uint16_t kind = U16(packet + kFrameKindAt);
+  const std::size_t bytes = 2 * std::size_t{U16(packet + kFrameWordsAt)};
+  const bool starts = kind == kFirst || kind == kOnly, ends = kind == kLast || kind == kOnly;
+  const bool known = starts || ends || kind == kMiddle;
+  if (starts || !known) reply_.clear();
+  if (!known || kFramePayloadAt + bytes > kPacketBytes) return std::nullopt;
+  reply_.insert(reply_.end(), packet + kFramePayloadAt, packet + kFramePayloadAt + bytes);
+  if (!ends) return std::nullopt;
+  return std::exchange(reply_, {});
 }
 
 }  // namespace qrn::sim

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,18 @@ class ReplyPacker {
 
  private:
   std::uint16_t sequence_ = 1;
+};
+
+// Puts replies together again from the packets that a host reads, as a host does.
+class ReplyJoiner {
+ public:
+  // The reply that ends with this packet of 128 bytes, if one does.
+  std::optional<std::vector<std::uint8_t>> Take(const std::uint8_t* packet);
+  // The read of the next packet failed: the host begins anew.
+  void Drop() { reply_.clear(); }
+
+ private:
+  std::vector<std::uint8_t> reply_;
 };
 
 }  // namespace qrn::sim

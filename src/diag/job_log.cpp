@@ -1,11 +1,14 @@
 #include "diag/job_log.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "diag/code_page.h"
 #include "platform/platform.h"
+#include "platform/shared.h"
 
 namespace qrn {
 namespace {
@@ -14,19 +17,59 @@ constexpr std::size_t kLineBytes = 512;  // message, line feed, terminating zero
 constexpr std::size_t kMessageBytes = kLineBytes - 1;
 constexpr std::size_t kPathBytes = sizeof(Job::szLogFile);
 
+constexpr std::uint32_t kFileLineBytes = 2 * kLineBytes;  // at most, each character a line feed
+constexpr int kAttempts = 3;
+
 // Text mode written out, so that the file is the same on every platform: each line feed goes out as
-// CR LF.
-void WriteLine(std::FILE* file, const char* message) {
-  char bytes[2 * kLineBytes];
-  std::size_t count = 0;
+// CR LF. The bytes put down.
+std::uint32_t EncodeLine(const char* message, char (&bytes)[kFileLineBytes]) {
+  std::uint32_t count = 0;
   const auto put = [&bytes, &count](char c) {
     if (c == '\n') bytes[count++] = '\r';
     bytes[count++] = c;
   };
   for (; *message != '\0'; ++message) put(*message);
   put('\n');
-  (void)std::fwrite(bytes, 1, count,
-                    file);  // a log that cannot be written must not disturb the job
+  return count;
+}
+
+// The entry of this thread's line among those that are under way; null when all are taken.
+LogLine* ClaimEntry(Job& job) {
+  for (LogLine& entry : job.logLines) {
+    if (ExchangeShared(entry.state, kLogLineNone, kLogLineClaimed)) return &entry;
+  }
+  return nullptr;
+}
+
+// True while another thread's line may still be missing in front of this one.
+bool AnotherIsUnderWay(Job& job, const LogLine* own) {
+  return std::any_of(std::begin(job.logLines), std::end(job.logLines), [own](LogLine& entry) {
+    return &entry != own && LoadShared(entry.state) != kLogLineNone;
+  });
+}
+
+// Gives the line its place behind all others by one atomic step and writes it there, so that two
+// threads need no lock. A file that ends where it should not was cut or removed by somebody, and
+// goes on from its end.
+void WriteAtItsPlace(Job& job, LogLine& entry, const char* bytes, std::uint32_t count) {
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    const std::uint32_t place = AddShared(job.logBytes, count);
+    StoreShared(entry.place, place);
+    StoreShared(entry.bytes, count);
+    StoreShared(entry.state, kLogLinePlaced);
+    const std::uint32_t gapMax = AnotherIsUnderWay(job, &entry) ? kFileLineBytes : 0;
+    std::uint32_t fileBytes = 0;
+    switch (ThePlatform().FileWriteAt(job.szLogFile, {place, bytes, count}, gapMax, &fileBytes)) {
+      case FileWrite::kWritten:
+        return;
+      case FileWrite::kFailed:  // must not disturb the job; the next line may have the place
+        (void)ExchangeShared(job.logBytes, place + count, place);
+        return;
+      case FileWrite::kShort:  // unless the other thread has found the end already
+        const std::uint32_t next = LoadShared(job.logBytes);
+        if (next >= place + count) (void)ExchangeShared(job.logBytes, next, fileBytes);
+    }
+  }
 }
 
 }  // namespace
@@ -44,14 +87,11 @@ void LogOpen(Job& job, const char* directory) {
     if (length < 0 || static_cast<std::size_t>(length) >= kPathBytes) return;
     if (!ThePlatform().PathExists(job.szLogFile)) break;
   }
-  std::FILE* file = std::fopen(job.szLogFile, "wb");
-  if (file == nullptr) return;
-  job.bLogOn = 1;
-  std::fclose(file);
+  if (ThePlatform().FileCreate(job.szLogFile)) job.bLogOn = 1;
 }
 
 void LogPrint(const char* format, ...) {
-  const Job& job = GetJob();
+  Job& job = GetJob();
   if (job.bLogOn != 1) return;
   // The format is converted before its values go in: text values are in the code page already. No
   // byte of a two-byte character is '%', so the directives survive.
@@ -62,10 +102,25 @@ void LogPrint(const char* format, ...) {
   va_start(values, format);
   std::vsnprintf(message, sizeof message, codePageFormat, values);
   va_end(values);
-  std::FILE* file = std::fopen(job.szLogFile, "ab");
-  if (file == nullptr) return;
-  WriteLine(file, message);
-  std::fclose(file);
+  char bytes[kFileLineBytes];
+  const std::uint32_t count = EncodeLine(message, bytes);
+  LogLine* entry = ClaimEntry(job);
+  if (entry == nullptr) return;  // two threads at most are at work
+  WriteAtItsPlace(job, *entry, bytes, count);
+  StoreShared(entry->state, kLogLineNone);
+}
+
+void LogDropUnwritten(Job& job) {
+  char blanks[kFileLineBytes];
+  std::memset(blanks, ' ', sizeof blanks);
+  for (LogLine& entry : job.logLines) {
+    if (LoadShared(entry.state) == kLogLinePlaced && job.bLogOn == 1) {
+      const FilePart line{entry.place, blanks, entry.bytes};
+      std::uint32_t fileBytes = 0;
+      (void)ThePlatform().FileWriteAt(job.szLogFile, line, 0, &fileBytes);
+    }
+    StoreShared(entry.state, kLogLineNone);
+  }
 }
 
 }  // namespace qrn

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "diag/job_log.h"
+#include "host/entry.h"
 #include "host/job.h"
 #include "host/job_lifecycle.h"
 #include "host/stop_request.h"
@@ -22,7 +23,7 @@ constexpr char kUndefinedError[] = "Undefine error!";
 std::uint8_t nStreamColor = 0;
 
 void ClearJob(Job& job) {
-  EndSkippedJob(job);
+  EndSkippedJob(job, "Job start without the end of this job");
   job = Job{};
   job.nSwathLimit = 0xFFFFFFFF;
   SetUsbIds(job);
@@ -51,6 +52,8 @@ using namespace qrn;
 int32_t QRN_STDCALL InitPrinter(uint32_t) { return 1; }
 
 int32_t QRN_STDCALL StartPrint(const HostJobDesc* desc, uint32_t) {
+  const Entry entry;
+  if (!entry.IsAdmitted()) return 1;
   Job& job = GetJob();
   ClearJob(job);
   nStreamColor = 0;
@@ -60,6 +63,8 @@ int32_t QRN_STDCALL StartPrint(const HostJobDesc* desc, uint32_t) {
 }
 
 uint32_t QRN_STDCALL WriteRipData(const uint8_t* line, uint32_t bytes) {
+  const Entry entry;
+  if (!entry.IsAdmitted()) return bytes;
   Job& job = GetJob();
   if (IsStopRequested(job)) return bytes;
   (void)AddLine(job, nStreamColor, bytes, line);  // the stream has no way to report a bad line
@@ -68,17 +73,22 @@ uint32_t QRN_STDCALL WriteRipData(const uint8_t* line, uint32_t bytes) {
 }
 
 int32_t QRN_CDECL EndRipData(void) {
+  const Entry entry;
+  if (!entry.IsAdmitted()) return 1;
   Job& job = GetJob();
-  (void)FlushLastBands(job);  // a flush that stopped early is ended like any other job
+  FlushLastBands(job);  // a flush that stopped early is ended like any other job
   JobEnd(job);
   return 1;
 }
 
 int32_t QRN_CDECL AbortPrint(void) { return 1; }
 
-int32_t QRN_CDECL ExitPrinter(void) { return 1; }
+// One function under two names.
+extern "C" int32_t QRN_CDECL ExitPrinter(void) __attribute__((alias("AbortPrint"), nothrow));
 
 int32_t QRN_STDCALL PP_Init(const HostJobDesc* desc) {
+  const Entry entry;
+  if (!entry.IsAdmitted()) return 0;
   Job& job = GetJob();
   ClearJob(job);
   CopyHostJobDesc(job, desc);
@@ -86,16 +96,20 @@ int32_t QRN_STDCALL PP_Init(const HostJobDesc* desc) {
 }
 
 int32_t QRN_CDECL PP_Uninit(void) {
+  const Entry entry;
+  if (!entry.IsAdmitted()) return 1;
   JobEnd(GetJob());
   return 1;
 }
 
 int32_t QRN_STDCALL PP_SendALineAColorData(uint32_t color, uint32_t bytes, const uint8_t* line,
                                            uint32_t) {
+  const Entry entry;
+  if (!entry.IsAdmitted()) return 0;
   Job& job = GetJob();
   if (IsStopRequested(job)) return 0;
   const int taken = AddLine(job, color, bytes, line);
-  if (job.linesReceived == job.nHeight) (void)FlushLastBands(job);
+  if (job.linesReceived == job.nHeight) FlushLastBands(job);
   return taken;
 }
 

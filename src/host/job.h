@@ -27,6 +27,13 @@ struct JobMem {
   std::uint32_t firstRow;              // place in the ring of the band window's first row
 };
 
+// A line of the log between taking its place in the file and standing there.
+enum LogLineState : std::uint8_t { kLogLineNone = 0, kLogLineClaimed = 1, kLogLinePlaced = 2 };
+struct LogLine {
+  std::uint8_t state;          // shared; LogLineState
+  std::uint32_t place, bytes;  // shared; once placed
+};
+
 struct Job {
   // Command mailbox. cmdPkt is sent as it stands.
   std::uint8_t cmdPkt[kCommandBytes];
@@ -83,6 +90,9 @@ struct Job {
 
   std::uint8_t swathStarted;  // a printing swath has been made
   std::uint8_t bLogOn;
+  std::uint32_t
+      logBytes;         // shared; length of the log as its lines have it, changed by single steps
+  LogLine logLines[2];  // under way, one a thread
 
   std::uint8_t inkOrder[4]
                        [kPlanes];  // colour plane of each nozzle row: PHA, PHB, two further heads
@@ -145,6 +155,7 @@ struct Job {
 
   // Set by line intake once a job, so that a host's mistake is logged once.
   std::uint8_t bBadLineLogged;
+  std::uint8_t bRefusalLogged;  // set by the exports, likewise
 };
 static_assert(offsetof(Job, cmdPkt) == 0, "the packet is the very start of the record");
 

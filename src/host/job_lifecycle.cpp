@@ -2,6 +2,7 @@
 
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
+#include "host/entry.h"
 #include "host/stop_request.h"
 #include "link/link_control.h"
 #include "platform/platform.h"
@@ -112,17 +113,18 @@ int CmdExecute(std::uint32_t code, Job& job) {
 }
 
 void JobEnd(Job& job) {
-  (void)WaitSwathQueue(job);
+  WaitSwathQueue(job);
   (void)CmdExecute(kCmdJobEnd, job);  // a printer that does not take it is left all the same
   LinkStop(job);
   FreeJobMem(job);
+  LogRefusedCalls(job);
   const LocalTime now = ThePlatform().LocalTimeNow();
   LogPrint("jobend: %d:%d:%d\n", now.hour, now.minute, now.second);
 }
 
-void EndSkippedJob(Job& job) {
+void EndSkippedJob(Job& job, const char* what) {
   if (job.hTxThread == 0 && job.hDevice == 0 && job.PrintOutBuf == nullptr) return;
-  LogPrint("Job start without the end of this job: it is ended here");
+  LogPrint("%s: it is ended here", what);
   // Recorded without a box, so that the transmit thread leaves whatever it waits for.
   (void)ExchangeShared(job.nErrCode, 0, kErrorHostCancel);
   LinkStop(job);

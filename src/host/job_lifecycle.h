@@ -16,8 +16,9 @@ void JobEnd(Job& job);
 // printer accepted it.
 int CmdExecute(std::uint32_t code, Job& job);
 // Ends a job whose end call the host skipped, so that its transmit thread is gone before the record
-// is cleared. Does nothing when no job is open.
-void EndSkippedJob(Job& job);
+// is cleared or the library unloaded; `what` the host did in its place goes into the log. Does
+// nothing when no job is open.
+void EndSkippedJob(Job& job, const char* what);
 
 }  // namespace qrn
 

@@ -1,5 +1,7 @@
 // One message and its reply: resends, the wait for the printer's room in front of a swath, and link
 // loss.
+#include <algorithm>
+
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
 #include "host/stop_request.h"
@@ -19,7 +21,6 @@ namespace {
 
 constexpr std::uint32_t kBufferPollMs = 500;
 constexpr std::uint32_t kBufferWaitLogMs = 5000;
-constexpr std::uint32_t kRoomReplyBytes = kReplyPayloadAt + sizeof(std::uint32_t);
 constexpr std::uint32_t kPacketSwathNoAt = kPacketSwathHeaderAt + offsetof(SwathHeader, swathNo);
 constexpr std::uint32_t kPacketFeedStepsAt =
     kPacketSwathHeaderAt + offsetof(SwathHeader, feedSteps);
@@ -57,14 +58,20 @@ Attempt LinkLost(const char* what) {
   return Attempt::kLinkLost;
 }
 
+// Receives the next reply into g_reply; false when the link is lost. LinkRecv also counts chunks
+// that did not fit: *bytes ends at the capacity.
+bool ReceiveReply(Job& job, std::uint32_t* bytes) {
+  if (LinkRecv(job, g_reply, sizeof g_reply, bytes) == 0) return false;
+  *bytes = std::min(*bytes, std::uint32_t{sizeof g_reply});
+  return true;
+}
+
 // Reads replies until one answers this message.
 Attempt TakeReply(Job& job, const Message& message, std::uint32_t startMs) {
   for (;;) {
     std::uint32_t replyBytes = 0;
-    if (LinkRecv(job, g_reply, sizeof g_reply, &replyBytes) == 0) return LinkLost("Rec fail!\n");
-    // A reply that did not fit counts its lost chunks too; what is kept ends at the capacity.
-    switch (ParseReply(job, g_reply,
-                       replyBytes < sizeof g_reply ? replyBytes : std::uint32_t{sizeof g_reply})) {
+    if (!ReceiveReply(job, &replyBytes)) return LinkLost("Rec fail!\n");
+    switch (ParseReply(job, g_reply, replyBytes)) {
       case kReplyTaken:
         if (message.dataBytes != 0) {
           LogPrint("Swath%03d sended:%d", message.SwathNo(),
@@ -82,8 +89,15 @@ Attempt TakeReply(Job& job, const Message& message, std::uint32_t startMs) {
   }
 }
 
-Attempt TryOnce(Job& job, const Message& message, int resends) {
-  if (message.dataBytes != 0 && IsStopRequested(job)) {
+// A swath is given up when the job stops. One that only feeds the paper has its first attempt all
+// the same.
+bool IsGivenUp(Job& job, const Message& message, bool repeated) {
+  return message.Code() == kCmdSwath && (message.dataBytes != 0 || repeated) &&
+         IsStopRequested(job);
+}
+
+Attempt TryOnce(Job& job, const Message& message, int resends, int reconnections) {
+  if (IsGivenUp(job, message, resends != 0 || reconnections != 0)) {
     LogPrint("Tx swathing... bur quit!");
     return Attempt::kDelivered;
   }
@@ -98,17 +112,16 @@ Attempt TryOnce(Job& job, const Message& message, int resends) {
   return TakeReply(job, message, startMs);
 }
 
-// The printer's state as a buffer query reports it. True when there is nothing to wait for any
-// more.
+// The printer's state and its room as a buffer query reports them. True when there is nothing to
+// wait for any more.
 bool TakeBufferState(Job& job, std::uint32_t replyBytes, std::uint32_t dataBytes) {
-  if (replyBytes < kRoomReplyBytes) return false;
-  switch (U16(g_reply + offsetof(ReplyRec, sub))) {
+  switch (DecodeReply(g_reply, replyBytes).sub) {
     case kJobCancelled:
       SetPrinterState(job, 1, 1);
       return true;
     case kJobPaused:
       SetPrinterState(job, 1, 0);
-      (void)TakeParamUpdate(g_reply, replyBytes);  // without one there is nothing to take over
+      TakeParamUpdate(g_reply, replyBytes);
       break;
     case kJobResumed:
     case kJobRunning:
@@ -117,7 +130,10 @@ bool TakeBufferState(Job& job, std::uint32_t replyBytes, std::uint32_t dataBytes
     default:
       break;
   }
-  return U32(g_reply + kReplyPayloadAt) >= dataBytes / 2;
+  const std::uint32_t room = ReplyWord(g_reply, replyBytes, kReplyPayloadAt) |
+                             std::uint32_t{ReplyWord(g_reply, replyBytes, kReplyPayloadAt + 2)}
+                                 << 16;
+  return room >= dataBytes / 2;
 }
 
 }  // namespace
@@ -128,7 +144,7 @@ int TxExchange(Job& job, const std::uint8_t* packet, std::uint32_t packetBytes,
   if (dataBytes != 0) TxWaitFwBuffer(job, dataBytes);
   int resends = 0, reconnections = 0;
   for (;;) {
-    switch (TryOnce(job, message, resends)) {
+    switch (TryOnce(job, message, resends, reconnections)) {
       case Attempt::kDelivered:
         return 1;
       case Attempt::kRefused:
@@ -158,11 +174,10 @@ void TxWaitFwBuffer(Job& job, std::uint32_t dataBytes) {
   while (!IsStopRequested(job)) {
     if (LinkSend(job.hDevice, packet, sizeof packet, kTypeCmm) == 0) return;
     std::uint32_t replyBytes = 0;
-    if (LinkRecv(job, g_reply, sizeof g_reply, &replyBytes) == 0) return;
-    if (TakeBufferState(job,
-                        replyBytes < sizeof g_reply ? replyBytes : std::uint32_t{sizeof g_reply},
-                        dataBytes))
-      return;
+    do {  // what holds no code answers nothing
+      if (!ReceiveReply(job, &replyBytes)) return;
+    } while (replyBytes < sizeof(ReplyRec::code));
+    if (TakeBufferState(job, replyBytes, dataBytes)) return;
     ThePlatform().SleepMs(kBufferPollMs);
     if (ThePlatform().TickMs() - spanStart > kBufferWaitLogMs) {
       spanStart = ThePlatform().TickMs();

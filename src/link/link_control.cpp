@@ -86,7 +86,8 @@ void LinkStop(Job& job) {
   }
   if (!WaitForEnd(job)) {
     ThePlatform().ThreadTerminate(job.hTxThread);
-    StoreShared(job.bTxEnd, 1);
+    LogDropUnwritten(job);
+    MarkNotRunning(job);
     LogPrint("\n强行退出TX线程,delay:%dms", elapsed());
   }
   LogPrint("Tx task end delay:%dms", elapsed());

@@ -122,7 +122,11 @@ bool CheckImageMode(Job& job) {
   BuildFeatherMasks(job);
   CalcBandGeometry(job);
   LogImage(job);
-  if (job.dualHead != 1) WarnOfUnprintedLines(job);
+  if (job.nResY > kResolutionY) {
+    LogPrint("Passes print %d lines an inch, the paper is fed for %d: they overlap",
+             static_cast<int>(kResolutionY), job.nResY);
+  }
+  if (job.dualHead != 1 && job.nResY != 0) WarnOfUnprintedLines(job);
   job.bandLine = 0;
   return true;
 }

@@ -1,13 +1,63 @@
 #include "params/one_head.h"
 
+#include <algorithm>
+
 #include "diag/job_log.h"
 #include "params/ink_order.h"
+#include "raster/band.h"
 #include "raster/column_modes.h"
+#include "raster/convert.h"
 
 namespace qrn {
 namespace {
 
 constexpr std::uint8_t kNoHead = 4;  // of singleHead
+constexpr std::uint32_t kHeadLines = 2 * kNozzles;
+constexpr std::uint32_t kPhases = kSingleColumnPixels;
+
+std::uint32_t DirectionOf(const Job& job, std::uint32_t passIndex) {
+  if (job.bidirectional != 1) return job.fixedDir;
+  return passIndex % 2 == 0 ? 1 : 0;  // the first pass of all is a reverse one
+}
+
+enum class Met { kNever, kInPart, kWhole };
+
+// How the two passes of a phase meet a line of the band. It comes in after the history and moves up
+// a band at a time, as far as it is carried on.
+Met MetByPhase(const Job& job, std::uint32_t phase, std::uint32_t line) {
+  Met best = Met::kNever;
+  for (std::uint32_t row = job.historyRows + line;; row -= job.swathH) {
+    for (const std::uint32_t pass : {2 * phase, 2 * phase + 1}) {
+      const std::uint32_t down = row - SingleFirstRow(job, pass, DirectionOf(job, pass));
+      if (down % 2 != 0 || down >= kHeadLines) continue;
+      const bool feathered = down / 2 >= kNozzles - job.featherRows;
+      best = std::max(best, feathered ? Met::kInPart : Met::kWhole);
+    }
+    if (row < job.swathH || row - job.swathH >= kShiftRows) return best;
+  }
+}
+
+// Of the lines of every band.
+struct Extent {
+  int notPrinted, inPart;
+};
+
+// Bands may be higher than what a pass prints whole, for the step is rounded up, and may come in
+// further down than lines are carried on.
+Extent ExtentOf(const Job& job) {
+  Extent extent{};
+  for (std::uint32_t line = 0; line < job.swathH; ++line) {
+    std::uint32_t never = 0, whole = 0;
+    for (std::uint32_t phase = 0; phase < kPhases; ++phase) {
+      const Met met = MetByPhase(job, phase, line);
+      never += met == Met::kNever ? 1 : 0;
+      whole += met == Met::kWhole ? 1 : 0;
+    }
+    extent.notPrinted += never == kPhases ? 1 : 0;
+    extent.inPart += never < kPhases && whole < kPhases ? 1 : 0;
+  }
+  return extent;
+}
 
 }  // namespace
 
@@ -29,12 +79,10 @@ void WarnOfUnprintedLines(const Job& job) {
     LogPrint("One head: %s lines are printed one line too high (even step %d)", between,
              job.passStep);
   }
-  // The step is rounded up, so that a band may be higher than what a pass prints whole. Forward
-  // passes of an even step meet each of their lines twice.
-  const int wholeLines = static_cast<int>((kNozzles - job.featherRows) * 2);
-  if (job.swathH > wholeLines && !(evenStep && forwardOnly)) {
-    LogPrint("One head: of each phase %d lines of every %d are not printed whole",
-             job.swathH - wholeLines, job.swathH);
+  const Extent extent = ExtentOf(job);
+  if (extent.notPrinted + extent.inPart > 0) {
+    LogPrint("One head: of every %d lines %d are not printed, %d in part", job.swathH,
+             extent.notPrinted, extent.inPart);
   }
 }
 

@@ -7,8 +7,8 @@
 
 namespace qrn {
 
-// Lines that the passes do not reach, or reach with feathered nozzles only. Needs the band
-// geometry.
+// Lines that the passes do not reach, or reach with feathered nozzles only. Requires: the band
+// geometry of a vertical resolution that is accepted.
 void WarnOfUnprintedLines(const Job& job);
 // Colours without a nozzle row on the head. Needs the ink order.
 void WarnOfUnprintedColors(const Job& job);

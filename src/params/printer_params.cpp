@@ -123,9 +123,10 @@ bool CheckPrintWidth(Job& job) {
   LogPrint("最大打印范围:%d mm - %d-%d", job.maxPrintMm, static_cast<int>(travel600),
            static_cast<int>(margin * 4));
 
-  const std::uint16_t imageMm = Low16(job.nLineBits / job.nBitsPerPixel * 254u / (job.nResX * 10u));
-  if (imageMm <= job.maxPrintMm) return true;
-  LogPrint("图像宽:%d(%dmm > %dmm)\n", static_cast<int>(job.nLineBits), imageMm, job.maxPrintMm);
+  const std::uint32_t imageMm = job.nLineBits / job.nBitsPerPixel * 254u / (job.nResX * 10u);
+  if (Low16(imageMm) <= job.maxPrintMm) return true;
+  LogPrint("图像宽:%d(%dmm > %dmm)\n", static_cast<int>(job.nLineBits), static_cast<int>(imageMm),
+           job.maxPrintMm);
   LogPrint("打印图像超出机器最大宽度 %d", job.maxPrintMm);
   return false;
 }

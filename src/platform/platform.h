@@ -24,6 +24,19 @@ enum class UsbPathStatus {
   kEnd,         // no interface has this index
 };
 
+// A run of bytes and where in a file it belongs.
+struct FilePart {
+  std::uint32_t place;  // offset of the first byte
+  const char* bytes;
+  std::uint32_t count;
+};
+
+enum class FileWrite {
+  kWritten,
+  kShort,   // the file ends too far in front of the place; nothing was written
+  kFailed,  // it cannot be opened or written
+};
+
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -52,10 +65,12 @@ class Platform {
   // Starts `procedure(argument)` on a new thread. 0 when that fails.
   virtual ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) = 0;
   virtual void ThreadRaisePriority(ThreadHandle thread) = 0;  // the highest normal level
-  // Ends a thread by force: when this returns, it executes no further step of the library. Release
-  // it afterwards.
+  // Ends a thread by force: asked to, it leaves at its next sleep, transfer or box; only one that
+  // is held in one of these for longer is ended where it stands. When this returns, it executes no
+  // further step of the library. Release it afterwards.
   virtual void ThreadTerminate(ThreadHandle thread) = 0;
-  // Waits until the thread has ended, then gives its handle back.
+  // Waits until a thread that has done its work is gone, ends it by force if that takes too long,
+  // and gives its handle back.
   virtual void ThreadRelease(ThreadHandle thread) = 0;
 
   virtual std::uint32_t SystemLocaleId() = 0;  // low byte 4 = Chinese
@@ -63,6 +78,13 @@ class Platform {
   // code page 936, which a Chinese Windows shows as they are and other systems convert.
   virtual void ShowBox(const char* text, const char* caption) = 0;
   virtual bool PathExists(const char* path) = 0;  // a file or a directory
+  // Makes an empty file, or empties the one that is there.
+  virtual bool FileCreate(const char* path) = 0;
+  // Writes at a place of a file by one call of the system; nothing stays open, LastError() stays as
+  // it is, and a file that is gone is made anew. One that ends more than `gapMaxBytes` before the
+  // place is left alone; *fileBytes then says where it ends.
+  virtual FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
+                                std::uint32_t* fileBytes) = 0;
 };
 
 // The platform in use: the system's own unless another one was put in place.

@@ -1,5 +1,7 @@
 #include "protocol/reply.h"
 
+#include <algorithm>
+
 #include "diag/job_log.h"
 #include "params/printer_params.h"
 #include "platform/bytes.h"
@@ -15,57 +17,39 @@ constexpr std::uint16_t kStatusSpoolOverflow = 7;
 constexpr std::uint32_t kSpoolOverflowMs = 3000;
 constexpr std::uint32_t kPauseMs = 2000;
 constexpr std::uint32_t kConnectRetryMs = 2000;
-constexpr std::uint32_t kPauseReplyBytes =
-    kReplyUpdateAt + sizeof(std::uint16_t);  // the log shows the word at 14
 
 void TakePause(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
   SetPrinterState(job, 1, 0);
   LogPrint("Rx JOBS_Pause, size:%d, %X-%X-%X\n", static_cast<int>(bytes),
-           static_cast<unsigned>(U16(reply + kReplyPauseWordAAt)),
-           static_cast<unsigned>(U16(reply + kReplyPauseWordBAt)),
-           static_cast<unsigned>(U16(reply + kReplyUpdateAt)));
-  (void)TakeParamUpdate(reply, bytes);  // without one there is nothing to take over
+           static_cast<unsigned>(ReplyWord(reply, bytes, kReplyPauseWordAAt)),
+           static_cast<unsigned>(ReplyWord(reply, bytes, kReplyPauseWordBAt)),
+           static_cast<unsigned>(ReplyWord(reply, bytes, kReplyUpdateAt)));
+  TakeParamUpdate(reply, bytes);
   ThePlatform().SleepMs(kPauseMs);
 }
 
-// The job's state in replies to swaths and pause polls. False when the reply is too short for what
-// it reports.
-bool TakeJobState(Job& job, const ReplyRec& record, const std::uint8_t* reply,
-                  std::uint32_t bytes) {
-  switch (record.sub) {
+// The job's state in replies to swaths and pause polls.
+void TakeJobState(Job& job, std::uint16_t state, const std::uint8_t* reply, std::uint32_t bytes) {
+  switch (state) {
     case kJobGone:
       if (LoadShared(job.bPrnCancel) == 0) {
         LogPrint("Rx op取消作业\r\n");
         SetPrinterState(job, 0, 1);
       }
-      return true;
+      break;
     case kJobCancelled:
       SetPrinterState(job, 0, 1);
       LogPrint("Rx JOBS_CANCEL(%d)\n", LoadShared(job.bPrnCancel));
-      return true;
+      break;
     case kJobPaused:
-      if (bytes < kPauseReplyBytes) return false;
       TakePause(job, reply, bytes);
-      return true;
+      break;
     case kJobResumed:
     case kJobRunning:
       SetPrinterState(job, 0, 0);
-      return true;
+      break;
     default:
-      return true;
-  }
-}
-
-// What a reply to this command must hold to be understood.
-std::uint32_t BytesNeeded(std::uint8_t command) {
-  switch (command) {
-    case kCmdConnect:
-      return kReplyPayloadAt;
-    case kCmdSwath:
-    case kCmdPausePoll:
-      return offsetof(ReplyRec, status);
-    default:
-      return offsetof(ReplyRec, sub);
+      break;
   }
 }
 
@@ -77,7 +61,8 @@ bool IsRetriedConnectStatus(std::uint16_t status) {
 ReplyVerdict TakeConnect(Job& job, const ReplyRec& record, const std::uint8_t* reply,
                          std::uint32_t bytes) {
   if (record.ok == 1) {
-    const bool usable = ParsePrinterParams(job, reply + kReplyPayloadAt, bytes - kReplyPayloadAt);
+    const std::uint32_t payloadAt = std::min(bytes, kReplyPayloadAt);
+    const bool usable = ParsePrinterParams(job, reply + payloadAt, bytes - payloadAt);
     return usable ? kReplyTaken : kReplyRefused;
   }
   LogPrint("Rx 打印机未进入工作状态: %d-%d \n", record.status & 15, record.status >> 4);
@@ -88,29 +73,31 @@ ReplyVerdict TakeConnect(Job& job, const ReplyRec& record, const std::uint8_t* r
 
 }  // namespace
 
-ReplyRec DecodeReply(const std::uint8_t* reply, std::uint32_t bytes) {
-  const auto field = [reply, bytes](std::size_t at) {
-    return at + sizeof(std::uint16_t) <= bytes ? U16(reply + at) : std::uint16_t{0};
-  };
-  return {field(offsetof(ReplyRec, code)), field(offsetof(ReplyRec, ok)),
-          field(offsetof(ReplyRec, sub)), field(offsetof(ReplyRec, status))};
+std::uint16_t ReplyWord(const std::uint8_t* reply, std::uint32_t bytes, std::uint32_t at) {
+  return at + sizeof(std::uint16_t) <= bytes ? U16(reply + at) : std::uint16_t{0};
 }
 
-bool TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes) {
-  if (bytes < kReplyUpdateAt || U16(reply + kReplyPauseWordBAt) != kParamUpdateMark) return false;
+ReplyRec DecodeReply(const std::uint8_t* reply, std::uint32_t bytes) {
+  const auto word = [reply, bytes](std::uint32_t at) { return ReplyWord(reply, bytes, at); };
+  const bool tellsState = bytes >= offsetof(ReplyRec, status);
+  return {word(offsetof(ReplyRec, code)), word(offsetof(ReplyRec, ok)),
+          tellsState ? word(offsetof(ReplyRec, sub)) : std::uint16_t{kJobUntold},
+          word(offsetof(ReplyRec, status))};
+}
+
+void TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes) {
+  if (ReplyWord(reply, bytes, kReplyPauseWordBAt) != kParamUpdateMark) return;
   UpdateFwPara(GetJob(), reply + kReplyUpdateAt, bytes - kReplyUpdateAt);
-  return true;
 }
 
 ReplyVerdict ParseReply(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
   const ReplyRec record = DecodeReply(reply, bytes);
-  if (bytes >= sizeof record.code && record.code != job.nTxCmd) return kReplyOther;
-  if (bytes < BytesNeeded(job.nTxCmd)) return kReplyAgain;
+  if (record.code != job.nTxCmd) return kReplyOther;
 
   switch (job.nTxCmd) {
     case kCmdSwath:
     case kCmdPausePoll:
-      if (!TakeJobState(job, record, reply, bytes)) return kReplyAgain;
+      TakeJobState(job, record.sub, reply, bytes);
       break;
     case kCmdConnect:
       return TakeConnect(job, record, reply, bytes);

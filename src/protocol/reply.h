@@ -10,10 +10,11 @@
 namespace qrn {
 
 // The start of every reply, little-endian. From byte 8 on the command decides what a reply holds.
+// Words that a reply lacks read as 0; a job state that is not there is none.
 struct ReplyRec {
-  std::uint16_t code;    // 0  the command it answers
+  std::uint16_t code;    // 0  the command it answers; no command has code 0
   std::uint16_t ok;      // 2  1 = taken
-  std::uint16_t sub;     // 4  job state (swath, pause poll, buffer query)
+  std::uint16_t sub;     // 4  JobState (swath, pause poll, buffer query)
   std::uint16_t status;  // 6  why the command was refused
 };
 constexpr std::uint32_t kReplyPayloadAt =
@@ -24,12 +25,14 @@ constexpr std::uint32_t kReplyUpdateAt = 14;
 constexpr std::uint16_t kParamUpdateMark = 0x1122;
 static_assert(sizeof(ReplyRec) == kReplyPayloadAt && offsetof(ReplyRec, status) == 6);
 
-// Fields that lie behind the end of the reply are 0.
 ReplyRec DecodeReply(const std::uint8_t* reply, std::uint32_t bytes);
+// The word at `at`; 0 where the reply ends before it does.
+std::uint16_t ReplyWord(const std::uint8_t* reply, std::uint32_t bytes, std::uint32_t at);
 
 // Job states in replies.
 enum JobState : std::uint16_t {
-  kJobGone = 0,  // the operator cancelled
+  kJobGone = 0,    // the operator cancelled
+  kJobUntold = 1,  // says nothing
   kJobCancelled = 2,
   kJobPaused = 3,
   kJobResumed = 4,
@@ -43,12 +46,12 @@ enum ReplyVerdict : int {
   kReplyOther = 4,  // answers another packet: read the next reply
 };
 
-// Interprets one reply to the command in flight (nTxCmd). May sleep for 2 or 3 s and may show an
-// error box.
+// Interprets one reply to the command in flight (nTxCmd), of any length. May sleep for 2 or 3 s and
+// may show an error box.
 [[nodiscard]] ReplyVerdict ParseReply(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
 
-// Hands a firmware parameter update on when a pause reply announces one. True when it did.
-bool TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes);
+// Hands a firmware parameter update on when a pause reply announces one.
+void TakeParamUpdate(const std::uint8_t* reply, std::uint32_t bytes);
 
 }  // namespace qrn
 

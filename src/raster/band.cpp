@@ -5,27 +5,13 @@
 
 #include "params/printer_params.h"
 #include "platform/bytes.h"
-#include "raster/column_modes.h"
 #include "raster/convert.h"
 #include "raster/pass_rows.h"
-#include "raster/print_out.h"
+#include "raster/pass_size.h"
 #include "raster/swath_builder.h"
 
 namespace qrn {
 namespace {
-
-constexpr std::uint32_t kShiftRows = 720;        // two head heights, whatever the band's height is
-constexpr std::uint32_t kExtraColumns = 4 * 64;  // quarter columns behind image and row stagger
-constexpr std::uint32_t kBytesPerQuarterBit = 360;
-
-// Columns of the pass in bytes: the image, the row stagger and 128 columns more. In 64 bits, and at
-// most what the buffers hold: their size was checked against the same widths.
-std::uint32_t PassDataSize(const Job& job) {
-  const std::uint32_t pixels = ColumnPixels(job);
-  const std::uint64_t staggerDots = job.rowOffset[0] * pixels / 2;
-  const std::uint64_t quarters = std::uint64_t{kExtraColumns} * pixels + 4 * staggerDots;
-  return Low32((job.passBits + quarters) * kBytesPerQuarterBit / pixels);
-}
 
 // Zeros in front of what a worker has written and behind it, as far as the swath carries.
 void ClearMargins(Job& job, const ConvertParams& params) {
@@ -38,11 +24,10 @@ void ClearMargins(Job& job, const ConvertParams& params) {
 
 }  // namespace
 
-int CompleteBand(Job& job) {
-  if (!RunPasses(job)) return 0;
+void CompleteBand(Job& job) {
+  if (!RunPasses(job)) return;
   job.feedLine = job.linesReceived;
   ShiftPassBuffers(job);
-  return 1;
 }
 
 bool RunPasses(Job& job) {
@@ -71,13 +56,7 @@ void ConvertPass(Job& job) {
     ConvertColor(job, params);
   }
   RunWorker(job, params);
-  // The second head fires its last column a head distance behind the first.
-  if (job.dualHead == 1) {
-    job.passRightByte += static_cast<std::uint32_t>(job.headGapX) * job.passCount / 4;
-    job.passBits = 8 * (job.passRightByte - job.passLeftByte);
-  }
-  job.passRowPad = Low16(static_cast<std::uint32_t>(job.rowOffset[0]) * job.passCount / 2);
-  job.passDataSize = PassDataSize(job);
+  SetPassSize(job);
   ClearMargins(job, params);
 }
 

@@ -2,13 +2,17 @@
 #ifndef QRN_RASTER_BAND_H_
 #define QRN_RASTER_BAND_H_
 
+#include <cstdint>
+
 #include "host/job.h"
 
 namespace qrn {
 
-// Runs the passes of a full band and moves on. 1, or 0 when a swath could not be made: then nothing
-// has moved.
-int CompleteBand(Job& job);
+// Rows that move on with a band: two head heights, whatever the band's height is.
+constexpr std::uint32_t kShiftRows = 720;
+
+// Runs the passes of a full band and moves on; where a swath could not be made, nothing moves.
+void CompleteBand(Job& job);
 
 // One round of passCount passes; false when a swath could not be made.
 [[nodiscard]] bool RunPasses(Job& job);

@@ -37,22 +37,17 @@ void EnterRow(const Job& job, ConvertParams& params, std::uint32_t head, std::ui
 
 // Row A prints the first line of every pair of lines, row B the second.
 void ConvertDual(Job& job, ConvertParams& params) {
-  std::uint32_t head = 0;
-  (void)LocateRowsDual(job, &head);  // always 1
+  const std::uint32_t head = LocateRowsDual(job);
   // PHA prints lines that lie further down the page than PHB's.
   const std::uint32_t firstRow = job.passRow + (head == 1 ? 0u : kHeadLines - job.headGapY);
   EnterRow(job, params, head, job.rowBitA, job.rowColA, firstRow);
   EnterRow(job, params, head, job.rowBitB, job.rowColB, firstRow + 1);
 }
 
-// A pass prints every other line. With an odd step the two passes of a phase start on rows of both
-// parities by themselves. With an even one all passes start on even rows: in reverse the first pass
-// of the pair then takes the odd lines, which forward passes never reach.
 void ConvertSingle(Job& job, ConvertParams& params) {
-  (void)LocateRowsSingle(job.singleHead, job);  // always 1
-  const bool oddLines = job.passDir != 0 && job.passStep % 2 == 0 && job.passIndex % 2 == 0;
+  LocateRowsSingle(job.singleHead, job);
   EnterRow(job, params, job.singleHead, job.rowBitA, job.rowColA,
-           job.passRow + (oddLines ? 1u : 0u));
+           SingleFirstRow(job, job.passIndex, job.passDir));
 }
 
 // Bit and column of one row of a colour.
@@ -74,7 +69,7 @@ void RunWorker(Job& job, ConvertParams& params) {
   }
 }
 
-int LocateRowsDual(Job& job, std::uint32_t* head) {
+std::uint32_t LocateRowsDual(Job& job) {
   constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
   std::uint32_t rowA = 0, rowB = 0, found = 0;
   for (std::uint32_t row = 0; row < kRows && found < 2; ++row) {
@@ -83,23 +78,27 @@ int LocateRowsDual(Job& job, std::uint32_t* head) {
     rowA = row;
     ++found;
   }
-  *head = rowA / kPlanes;
+  const std::uint32_t head = rowA / kPlanes;
 
   // The head that comes second in the direction of travel fires a head distance later.
-  const bool second = (job.passDir == 0) == (*head == 1);
+  const bool second = (job.passDir == 0) == (head == 1);
   const std::uint32_t gap = second ? job.headGapX : 0;
   SetRow(job, rowA % kPlanes, gap, true);
   SetRow(job, rowB % kPlanes, gap, false);
-  return 1;
+  return head;
 }
 
-int LocateRowsSingle(std::uint32_t head, Job& job) {
+void LocateRowsSingle(std::uint32_t head, Job& job) {
   job.rowBitA = job.rowBitB = 0;
   job.rowColA = job.rowColB = 0;
   for (std::uint32_t slot = 0, found = 0; slot < kPlanes && found < 2; ++slot) {
     if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, found++ == 0);
   }
-  return 1;
+}
+
+std::uint32_t SingleFirstRow(const Job& job, std::uint32_t passIndex, std::uint32_t direction) {
+  const bool oddLines = direction != 0 && job.passStep % 2 == 0 && passIndex % 2 == 0;
+  return job.passStep * passIndex + (oddLines ? 1 : 0);
 }
 
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot) {

@@ -40,13 +40,19 @@ void ConvertColor(Job& job, ConvertParams& params);
 // out of the pass buffers. A two-head pass count other than 3, 4, 6, 8 converts nothing.
 void RunWorker(Job& job, ConvertParams& params);
 
-// Sets rowBitA/B and rowColA/B for curColor with two heads, and the head whose bytes both rows use;
-// 1.
-int LocateRowsDual(Job& job, std::uint32_t* head);
+// Sets rowBitA/B and rowColA/B for curColor with two heads. Returns the head whose bytes both rows
+// use.
+std::uint32_t LocateRowsDual(Job& job);
 
 // The same with one head, whose bytes are those `head` on; a row that the colour does not have gets
-// bit 0. 1.
-int LocateRowsSingle(std::uint32_t head, Job& job);
+// bit 0.
+void LocateRowsSingle(std::uint32_t head, Job& job);
+
+// First of the rows, two apart, that a pass of one head prints. With an odd step the two passes of
+// a phase start on rows of both parities by themselves. With an even one all passes start on even
+// rows: in reverse (direction 1) the first pass of the pair then takes the odd lines, which forward
+// passes never reach.
+std::uint32_t SingleFirstRow(const Job& job, std::uint32_t passIndex, std::uint32_t direction);
 
 // Output column offset of a nozzle row in the current direction.
 std::uint16_t RowColumn(const Job& job, std::uint32_t slot);

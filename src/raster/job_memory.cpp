@@ -1,46 +1,19 @@
 #include "raster/job_memory.h"
 
-#include <algorithm>
 #include <new>
 
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
 #include "platform/bytes.h"
 #include "platform/shared.h"
-#include "raster/column_modes.h"
 #include "raster/feather_runs.h"
 #include "raster/pass_rows.h"
-#include "raster/print_out.h"
+#include "raster/pass_size.h"
 
 namespace qrn {
 namespace {
 
 constexpr std::uint64_t kSizeMax = 0xFFFFFFFF;
-
-struct Sizes {
-  std::uint64_t passBuffer;
-  std::uint64_t printOut;
-};
-
-// What one-head workers write at most: the columns of the widest pass, the row stagger and 128
-// more.
-std::uint64_t SingleOutBytes(const Job& job) {
-  const std::uint64_t lineBytes = job.nLineBits / 8;
-  const std::uint64_t columns = 4 * DivUp<std::uint64_t>(lineBytes, 3) + job.rowOffset[0] + 128;
-  return DivUp<std::uint64_t>(columns * kColumnBytes, kSwathUnitBytes) * kSwathUnitBytes;
-}
-
-// PrintOutBuf: the pass's image columns at most, 320 mm of dots for the head distance and the row
-// stagger, in columns of 720 bytes. One head has twice the passes, but not fewer columns.
-// Requires: a derived geometry. In 64 bits nothing can wrap: all factors together have fewer
-// than 60.
-Sizes SizesOf(const Job& job) {
-  const std::uint64_t stride = job.lineStride;
-  const std::uint64_t dots640Mm = job.nResX * 6400u / 254u;
-  const std::uint64_t printOut = (dots640Mm + 8 * stride) * 360 / job.passCount;
-  return {job.nResY * stride * kPassBufferHeights,
-          job.dualHead == 1 ? printOut : std::max(printOut, SingleOutBytes(job))};
-}
 
 void Release(std::uint8_t** buffer) {
   delete[] * buffer;
@@ -67,12 +40,12 @@ void ReleaseOutBuffers(Job& job) {
 }
 
 // The log keeps the size that the lines as such have; ends of runs and marks come on top.
-bool ObtainPassBuffers(Job& job, std::uint64_t loggedBytes) {
+bool ObtainPassBuffers(Job& job, std::uint64_t linesBytes) {
   const std::uint64_t bytes = PassBufferBytes(job.Mem.layout);
   for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
     if (!Obtain(&job.Mem.pPassBuffer[plane], bytes)) {
       LogPrint("mem: malloc pJob->Mem.pPassBuffer fail %d-%d!", static_cast<int>(plane),
-               static_cast<int>(Low32(loggedBytes)));
+               static_cast<int>(Low32(linesBytes)));
       return false;
     }
   }
@@ -87,7 +60,11 @@ bool ObtainFeatherRuns(Job& job) {
   Release(&job.Mem.pFeatherRuns);
   const std::size_t bytes = FeatherRunsBytes(job);
   if (bytes == 0) return true;
-  if (!Obtain(&job.Mem.pFeatherRuns, bytes)) return false;
+  if (!Obtain(&job.Mem.pFeatherRuns, bytes)) {
+    LogPrint("mem: malloc pJob->Mem.pFeatherRuns fail %d-%d!", job.featherRows,
+             static_cast<int>(bytes));
+    return false;
+  }
   BuildFeatherRuns(job, job.Mem.pFeatherRuns);
   return true;
 }
@@ -119,16 +96,17 @@ void ResetQueue(Job& job) {
 }  // namespace
 
 void AllocJobMem(Job& job) {
-  const Sizes sizes = SizesOf(job);
+  const std::uint64_t linesBytes = job.nResY * std::uint64_t{job.lineStride} * kPassBufferHeights;
+  const std::uint64_t printOutBytes = PrintOutBytes(job);
   // A repeated connect may come with another geometry: what fits is used again.
   job.Mem.layout = LayoutOf(job);
   if (job.Mem.passBufBytes != PassBufferBytes(job.Mem.layout)) ReleasePassBuffers(job);
-  if (job.printOutBufSize != sizes.printOut) ReleaseOutBuffers(job);
-  bool obtained = ObtainPassBuffers(job, sizes.passBuffer) && ObtainFeatherRuns(job);
+  if (job.printOutBufSize != printOutBytes) ReleaseOutBuffers(job);
+  bool obtained = ObtainPassBuffers(job, linesBytes) && ObtainFeatherRuns(job);
   if (obtained) {
     LogPrint("mem: malloc %d, %d-%d", static_cast<int>(kPlanes),
-             static_cast<int>(Low32(sizes.passBuffer)), static_cast<int>(Low32(sizes.printOut)));
-    obtained = ObtainOutBuffers(job, sizes.printOut);
+             static_cast<int>(Low32(linesBytes)), static_cast<int>(Low32(printOutBytes)));
+    obtained = ObtainOutBuffers(job, printOutBytes);
   }
   if (!obtained) {
     ReleasePassBuffers(job);

@@ -36,28 +36,27 @@ int AddLine(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8
   ++job.linesReceived;
   ++job.bandLine;
   if (job.bandLine == job.swathH) {
-    (void)CompleteBand(job);  // a band that stopped early shows in the stop tests; intake goes on
+    CompleteBand(job);  // one that stopped early shows in the stop tests; intake goes on
     job.bandLine = 0;
   }
   return 1;
 }
 
-int FlushLastBands(Job& job) {
+void FlushLastBands(Job& job) {
   LogPrint("Rip last swath %d-%d", static_cast<int>(job.linesReceived),
            static_cast<int>(job.nHeight));
   if (job.swathCount >= job.nSwathLimit) {
     job.passEmpty = 1;
-    return 1;
+    return;
   }
-  if (IsAbortRequested(job) || job.PrintOutBuf == nullptr) return 1;
+  if (IsAbortRequested(job) || job.PrintOutBuf == nullptr) return;
   const int cycles = job.dualHead == 1 ? kFlushCyclesDual : kFlushCyclesSingle;
   for (int cycle = 0; cycle < cycles; ++cycle) {
-    if (!RunPasses(job)) return 0;
+    if (!RunPasses(job)) return;
     ShiftPassBuffers(job);
   }
   job.swathStarted = 0;
   job.emptyPasses = 0;
-  return 1;
 }
 
 }  // namespace qrn

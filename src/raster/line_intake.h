@@ -14,9 +14,9 @@ namespace qrn {
 // job without buffers. Bytes above lineStride are cut.
 int AddLine(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line);
 
-// Drains the partial band and the history rows through a fixed number of extra bands. 1, or 0 when
-// a swath failed.
-int FlushLastBands(Job& job);
+// Drains the partial band and the history rows through a fixed number of extra bands, as far as
+// swaths can be made.
+void FlushLastBands(Job& job);
 
 }  // namespace qrn
 

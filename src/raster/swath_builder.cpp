@@ -8,6 +8,7 @@
 #include "host/stop_request.h"
 #include "platform/bytes.h"
 #include "platform/shared.h"
+#include "raster/pass_size.h"
 #include "raster/swath_queue.h"
 
 namespace qrn {
@@ -63,14 +64,6 @@ bool PutSwath(Job& job) {
   MarkPendingReady(job);
   job.pPendingSwath = swath;
   return true;
-}
-
-// The sizes of the job's buffers leave room for every pass; the minimum only guards the buffer's
-// end.
-std::uint32_t SwathDataSize(const Job& job) {
-  return Low32(std::min<std::uint64_t>(
-      DivUp<std::uint64_t>(job.passDataSize, kSwathUnitBytes) * kSwathUnitBytes,
-      job.printOutBufSize));
 }
 
 void CreateSwath(Job& job, Swath& swath) {

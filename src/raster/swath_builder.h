@@ -12,8 +12,6 @@ namespace qrn {
 // feed that goes out before the next printing swath. False when no slot could be had or the job is
 // stopping.
 [[nodiscard]] bool PutSwath(Job& job);
-// Bytes that the swath of the converted pass carries: passDataSize, rounded up to whole units.
-std::uint32_t SwathDataSize(const Job& job);
 // Fills a taken slot: it gets PrintOutBuf, and its own buffer is the next PrintOutBuf.
 void CreateSwath(Job& job, Swath& swath);
 // Queues feed-only swaths for this many motor steps.

@@ -74,7 +74,7 @@ void SetSwathState(Swath* swath, SwathState state) {
   if (swath != nullptr) StoreShared(swath->state, state);
 }
 
-bool WaitSwathQueue(Job& job) {
+void WaitSwathQueue(Job& job) {
   StoreShared(job.queueStarted, 1);
   SetSwathState(job.pPendingSwath, kSwathReady);
   LogPrint("\nWait swath Queue sended.%d-%d-%d", LoadShared(job.queueRd), LoadShared(job.queueWr),
@@ -84,7 +84,6 @@ bool WaitSwathQueue(Job& job) {
     ThePlatform().SleepMs(kPollMs);
   }
   LogPrint("All swath sended!");
-  return true;
 }
 
 }  // namespace qrn

@@ -19,8 +19,8 @@ namespace qrn {
 // Either thread, within the transitions that belong to it. Null is ignored.
 void SetSwathState(Swath* swath, SwathState state);
 
-// Host's thread. Lets the queue drain before the job end; true.
-bool WaitSwathQueue(Job& job);
+// Host's thread. Lets the queue drain before the job end.
+void WaitSwathQueue(Job& job);
 
 }  // namespace qrn
 

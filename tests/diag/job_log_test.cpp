@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "platform/shared.h"
 #include "support/job_fixture.h"
 
 namespace qrn {
@@ -72,6 +73,29 @@ TEST_F(JobLog, CutsALineAt510Bytes) {
   Open();
   LogPrint("%s", std::string(600, 'x').c_str());
   EXPECT_EQ(std::string(510, 'x') + "\r\n", Bytes());
+}
+
+TEST_F(JobLog, GoesOnFromTheEndOfAFileThatWasCutOrRemoved) {
+  Open();
+  LogPrint("one");
+  LogPrint("two");
+  fs::resize_file(job.szLogFile, 5);
+  LogPrint("three");
+  EXPECT_EQ("one\r\nthree\r\n", Bytes());
+  fs::remove(job.szLogFile);
+  LogPrint("four");
+  LogPrint("five");
+  EXPECT_EQ("four\r\nfive\r\n", Bytes());
+}
+
+TEST_F(JobLog, HasBlanksWhereAThreadWasEndedInFrontOfItsWrite) {
+  Open();
+  LogPrint("one");
+  job.logLines[0] = {kLogLinePlaced, AddShared(job.logBytes, 7), 7};  // as that thread left it
+  LogPrint("two");
+  LogDropUnwritten(job);
+  LogPrint("three");
+  EXPECT_EQ("one\r\n       two\r\nthree\r\n", Bytes());
 }
 
 }  // namespace

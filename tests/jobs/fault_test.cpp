@@ -60,14 +60,14 @@ TEST_P(Faults, HaveTheirOutcome) {
 
 INSTANTIATE_TEST_SUITE_P(
     Printer, Faults,
-    testing::Values(Fault{"connect-refused:count=3,status=0x54",
+    testing::Values(Fault{"refuse:on=connect,count=3,status=0x54",
                           true,
                           true,
                           0,
                           6000,
                           {"Rx 打印机未进入工作状态: 4-5 ", "Rx 打印机未进入工作状态: 4-5 ",
                            "Job start", "Rx 作业结束", "jobend: "}},
-                    Fault{"connect-refused:count=1,status=0x21",
+                    Fault{"refuse:on=connect,count=1,status=0x21",
                           false,
                           false,
                           0,
@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
                           0,
                           12000,
                           {"Fw buffer wait 5s...", "Fw buffer wait 5s..."}},
-                    Fault{"spool-overflow:at=2,count=2",
+                    Fault{"refuse:on=swath,status=7,at=2,count=2",
                           true,
                           true,
                           0,
@@ -96,13 +96,13 @@ INSTANTIATE_TEST_SUITE_P(
                            "Rx JOBS_Pause, size:", "CMM1: Pause-0, Cancel-0", "Rx 作业结束"}},
                     Fault{
                         "cancel:at=3", true, false, 0, 0, {"Cancel-1", "Task end(3)!", "jobend: "}},
-                    Fault{"unplug:at=12,ms=5500",
+                    Fault{"unplug:msg=12,ms=5500",
                           true,
                           true,
                           0,
                           4000,
                           {"重新连接...", "第1连接失败(", "连接1成功!", "Rx 作业结束"}},
-                    Fault{"unplug:at=12,ms=0",
+                    Fault{"unplug:msg=12",
                           true,
                           false,
                           2,
@@ -178,7 +178,7 @@ TEST(TimeLimit, EndsAJobThatWaitsForTooLong) {
 TEST(Replay, TheSameSeedGivesTheSameBytesAndTheSameLog) {
   JobPlan plan;
   plan.seed = TestSeed();
-  plan.quirks = Script("unplug:at=9,ms=5000");
+  plan.quirks = Script("unplug:msg=9,ms=5000");
   std::vector<std::vector<std::uint8_t>> transfers[2];
   std::string logs[2];
   for (int run = 0; run < 2; ++run) {

@@ -10,7 +10,8 @@ namespace {
 // to the next 320: 229 chunks in 33 writes.
 constexpr char kSwath1[] = "Tx Swath1(0) size:1854080", kSwath2[] = "Tx Swath2(0) size:1854080",
                kAgain2[] = "Tx Swath2(1) size:1854080", kSwath3[] = "Tx Swath3(0) size:1854080";
-constexpr char kSent2[] = "Swath002 sended:1";
+constexpr char kSent2[] = "Swath002 sended:1", kSent3[] = "Swath003 sended:1",
+               kUnknown[] = "usb接收到不可识别数据包:4";
 
 struct Fault {
   const char* name;
@@ -133,15 +134,19 @@ TEST(LinkFaults, FailedTransfersReopenTheDeviceAndRepeatTheMessage) {
 
 TEST(LinkFaults, OddRepliesAreReadPastTakenAsFarAsTheyGoOrAskedForAgain) {
   ExpectComesRight({
-      {"unknown kind",
-       {{4, 2, Spoiled::kSays, 0, {qrn::Packet(0xF003, 4, {})}}},
-       {{0, kSwath2}, {1, "usb接收到不可识别数据包:4"}, {2, kAgain2}, {3, kSent2}}},
-      {"more words than a packet holds",
-       {{4, 2, Spoiled::kSays, 0, {qrn::Packet(0xF008, 49, {})}}},
-       {{0, kSwath2}, {1, "usb接收到不可识别数据包:4"}, {2, kAgain2}, {3, kSent2}}},
-      {"too short",
-       {{4, 2, Spoiled::kSays, 0, {qrn::Reply({4, 1})}}},
+      {"an unknown kind in front of each swath's reply",
+       {{4, 1, Spoiled::kSaysFirst, 0, {qrn::Packet(0xF003, 4, {})}, 1000}},
+       {{0, kSwath2}, {0, kUnknown}, {1, kSent2}, {2, kSwath3}, {2, kUnknown}, {3, kSent3}}},
+      {"more words than a packet holds, and none, in front of a query's and a swath's",
+       {{12, 2, Spoiled::kSaysFirst, 0, {qrn::Packet(0xF008, 49, {}), qrn::Reply({})}},
+        {4, 2, Spoiled::kSaysFirst, 0, {qrn::Packet(0xF008, 49, {}), qrn::Reply({})}}},
+       {{0, "Swath001 sended:1"}, {0, kUnknown}, {1, kSwath2}, {1, kUnknown}, {2, kSent2}}},
+      {"ends behind the code",
+       {{4, 2, Spoiled::kSays, 0, {qrn::Reply({4})}}},
        {{0, kSwath2}, {2, kAgain2}, {3, kSent2}}},
+      {"ends behind the ok",
+       {{4, 2, Spoiled::kSays, 0, {qrn::Reply({4, 1})}}},
+       {{0, kSwath2}, {1, kSent2}, {2, kSwath3}}},
       {"too long",
        {{4, 2, Spoiled::kSays, 0, OverlongReply()}},
        {{0, kSwath2}, {1, "REC溢出"}, {1, "REC溢出"}, {1, kSent2}}},

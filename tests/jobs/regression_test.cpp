@@ -27,9 +27,9 @@ Outcome ExpectGood(const SimPlan& plan) {
 // settled the next swath, and so on, until the reply to one that was refused fell out at the end.
 TEST(Regression, APacketWithoutAReplyLeavesNoReplyTooMany) {
   for (const char* form : {"empty", "kind", "words"}) {
-    const std::string garbage = std::string("garbage:at=4,count=2,form=") + form;
-    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "refuse:code=4,status=0,at=8"})));
-    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "spool-overflow:at=8"})));
+    const std::string garbage = std::string("garbage:at=2,count=20,form=") + form;
+    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "refuse:on=swath,status=0,at=8"})));
+    EXPECT_EQ(Outcome::kPrinted, ExpectGood(SmallPlan({garbage, "refuse:on=swath,status=7,at=8"})));
   }
 }
 

@@ -13,30 +13,34 @@
 
 namespace {
 
-constexpr std::uint32_t kWidth = 48, kLines = 2, kResolution = 1440;
-constexpr std::uint32_t kCalls = kLines * 8;  // that hand a page over
+constexpr std::uint32_t kWidth = 48, kResolution = 1440;
 
-// Line 0 of the inks of PHA, or of all, at the highest level: each prints in four passes.
-class OneLine : public qrn::sim::RasterSource {
+// Line 0 and perhaps another of the inks of PHA, or of all, at the highest level: each prints in
+// four passes.
+class FullLines : public qrn::sim::RasterSource {
  public:
-  explicit OneLine(bool allPlanes) : allPlanes_(allPlanes) {}
-  std::uint32_t Lines() const override { return kLines; }
+  FullLines(bool allPlanes, std::uint32_t farLine) : allPlanes_(allPlanes), farLine_(farLine) {}
+  std::uint32_t Lines() const override { return std::max(farLine_ + 1, 2u); }
   std::uint32_t LineBytes() const override { return static_cast<std::uint32_t>(full_.size()); }
   const std::uint8_t* Line(int plane, std::uint32_t line) const override {
     const bool pha = plane == 0 || plane == 3 || plane == 4 || plane == 7;
-    return line == 0 && (allPlanes_ || pha) ? full_.data() : nullptr;
+    return (line == 0 || line == farLine_) && (allPlanes_ || pha) ? full_.data() : nullptr;
   }
 
  private:
   bool allPlanes_;
+  std::uint32_t farLine_;
   std::vector<std::uint8_t> full_ = std::vector<std::uint8_t>(kWidth / 4, 0xFF);
 };
 
+// Calls that hand a page over.
+std::uint32_t CallsFor(const FullLines& image) { return image.Lines() * 8; }
+
 // How many calls of the line family gave 1; those of the stream tell nothing.
-std::uint32_t HandOver(const Scene& scene, const OneLine& image) {
+std::uint32_t HandOver(const Scene& scene, const FullLines& image) {
   const std::vector<std::uint8_t> blank(image.LineBytes());
   std::uint32_t good = 0;
-  for (std::uint32_t i = 0; i < kCalls; ++i) {
+  for (std::uint32_t i = 0; i < CallsFor(image); ++i) {
     const std::uint8_t* line = image.Line(static_cast<int>(i % 8), i / 8);
     if (line == nullptr) line = blank.data();
     if (scene.lineApi) {
@@ -48,11 +52,12 @@ std::uint32_t HandOver(const Scene& scene, const OneLine& image) {
   return good;
 }
 
-void RunHost(const Scene& scene, const OneLine& image, qrn::Platform& platform, Outcome* outcome) {
+void RunHost(const Scene& scene, const FullLines& image, qrn::Platform& platform,
+             Outcome* outcome) {
   HostJobDesc desc{};
   desc.resX = kResolution;
   desc.resY = 360;
-  desc.height = kLines;
+  desc.height = image.Lines();
   desc.width = kWidth;
   desc.colors = 8;
   desc.bitsPerPixel = 2;
@@ -126,7 +131,7 @@ Outcome Play(const Scene& scene) {
   static const std::uint64_t seed = TestSeed();
   static std::uint32_t scenes = 0;
   const LogFolder folder;
-  const OneLine image(scene.allPlanes);
+  const FullLines image(scene.allPlanes, scene.farLine);
   qrn::sim::VirtualPrinter printer(scene.machine);
   ScriptedPort port(printer, scene.script);
   port.bus = scene.bus;
@@ -153,8 +158,8 @@ Outcome Play(const Scene& scene) {
   outcome.swathsTaken = printer.Stats().swaths;
   // Where neither the calls nor a record tell, what prints does.
   const bool printed = scene.lineApi || outcome.swathsTaken != 0;
-  outcome.linesTaken = (!scene.lineApi || outcome.goodLineCalls == kCalls) &&
-                       (outcome.linesReceived ? *outcome.linesReceived == kLines : printed);
+  outcome.linesTaken = (!scene.lineApi || outcome.goodLineCalls == CallsFor(image)) &&
+                       (outcome.linesReceived ? *outcome.linesReceived == image.Lines() : printed);
   if (printer.ResolutionX() != 0) {
     outcome.printedWhole =
         qrn::sim::Compare(image, printer.CurrentPaper(), scene.machine, kResolution)

@@ -19,7 +19,8 @@ struct Scene {
   std::vector<Spoiled> script = {};
   qrn::sim::Machine machine = {};
   bool lineApi = true;
-  bool allPlanes = false;  // eight swaths in two fours instead of the four of one head's inks
+  bool allPlanes = false;     // eight swaths in two fours instead of the four of one head's inks
+  std::uint32_t farLine = 0;  // has ink like line 0; the paper between them is fed without data
   ScriptedPort::Bus bus = ScriptedPort::Bus::kPlain;
   std::uint32_t localeId = 0x0409;
   std::uint32_t boxOpenMs = 500;

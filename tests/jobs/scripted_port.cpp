@@ -46,8 +46,23 @@ std::uint32_t ScriptedPort::Open(const char* path, std::uint32_t nowMs, std::uin
   return 0;
 }
 
+// The printer knows what the host was told by this, not by what it has answered itself.
 UsbStep ScriptedPort::Write(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
                             std::uint32_t nowMs) {
+  const UsbStep step = WriteStep(handle, data, bytes, nowMs);
+  inner_.HostGot(step, nullptr);
+  return step;
+}
+
+UsbStep ScriptedPort::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
+                           std::uint32_t nowMs) {
+  const UsbStep step = ReadStep(handle, data, bytes, nowMs);
+  inner_.HostGot(step, data);
+  return step;
+}
+
+UsbStep ScriptedPort::WriteStep(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
+                                std::uint32_t nowMs) {
   if (Away(nowMs)) return {UsbStep::kFailed, kErrorFailed};
   if (qrn::U16(data + kTypeAt) == kDataType) {
     if (Due(Spoiled::kDataFails, ++dataWrites_) != nullptr) return {UsbStep::kFailed, kErrorFailed};
@@ -68,7 +83,7 @@ UsbStep ScriptedPort::Write(std::uint32_t handle, const std::uint8_t* data, std:
 UsbStep ScriptedPort::DropReply(std::uint32_t handle, std::uint32_t nowMs) {
   std::uint8_t packet[kPacketBytes];
   for (;;) {
-    const UsbStep step = inner_.Read(handle, packet, sizeof packet, nowMs);
+    const UsbStep step = inner_.Fetch(handle, packet, sizeof packet, nowMs);
     const std::uint16_t kind = qrn::U16(packet + kKindAt);
     if (step.state != UsbStep::kDone || kind == kOnly || kind == kLast) return step;
   }
@@ -87,8 +102,8 @@ UsbStep ScriptedPort::Spoil(const Spoiled& spoiled, std::uint32_t nowMs) {
   return {UsbStep::kDone, 0};
 }
 
-UsbStep ScriptedPort::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
-                           std::uint32_t nowMs) {
+UsbStep ScriptedPort::ReadStep(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
+                               std::uint32_t nowMs) {
   if (Away(nowMs)) return {UsbStep::kFailed, kErrorGone};
   if (Due(Spoiled::kSilent) != nullptr) return {UsbStep::kWait, nowMs + kSilencePollMs};
   const Spoiled* late = Due(Spoiled::kLate);
@@ -105,7 +120,7 @@ UsbStep ScriptedPort::Read(std::uint32_t handle, std::uint8_t* data, std::uint32
     const UsbStep step = Spoil(*spoiled, nowMs);
     if (step.state != UsbStep::kDone) return step;
   }
-  if (packets_.empty()) return inner_.Read(handle, data, bytes, nowMs);
+  if (packets_.empty()) return inner_.Fetch(handle, data, bytes, nowMs);
   std::memcpy(data, packets_.front().data(), packets_.front().size());
   packets_.pop_front();
   return {UsbStep::kDone, 0};

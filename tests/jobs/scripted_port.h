@@ -10,6 +10,7 @@
 
 #include "link/replies.h"
 #include "platform/usb_port.h"
+#include "sim/virtual_printer.h"
 
 constexpr std::uint8_t kAnswerTest = 0xFF;  // code 10 and nothing else
 
@@ -36,7 +37,7 @@ struct Spoiled {
 
 class ScriptedPort : public qrn::UsbPort {
  public:
-  ScriptedPort(qrn::UsbPort& inner, std::vector<Spoiled> script)
+  ScriptedPort(qrn::sim::VirtualPrinter& inner, std::vector<Spoiled> script)
       : inner_(inner), script_(std::move(script)) {}
 
   // How the bus looks: as it is, without the list, without the printer, or with the printer held by
@@ -55,11 +56,15 @@ class ScriptedPort : public qrn::UsbPort {
  private:
   const Spoiled* Due(Spoiled::What what, std::uint32_t value = 0) const;
   bool Away(std::uint32_t nowMs);
+  qrn::UsbStep WriteStep(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
+                         std::uint32_t nowMs);
+  qrn::UsbStep ReadStep(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
+                        std::uint32_t nowMs);
   // Reads the printer's own reply to its end and drops it; kDone when that has come.
   qrn::UsbStep DropReply(std::uint32_t handle, std::uint32_t nowMs);
   qrn::UsbStep Spoil(const Spoiled& spoiled, std::uint32_t nowMs);
 
-  qrn::UsbPort& inner_;
+  qrn::sim::VirtualPrinter& inner_;
   std::vector<Spoiled> script_;
   std::array<std::uint32_t, 256> sent_{};  // messages by code
   std::uint8_t code_ = 0;                  // of the last message

@@ -61,7 +61,7 @@ bool IsAllowed(const SimPlan& plan, const SimJobRun& run, Outcome outcome) {
     using Kind = qrn::sim::Quirk::Kind;
     const QuirkEffect effect = EffectOf(quirk, plan);
     cancels |= quirk.kind == Kind::kCancel;
-    refuses |= quirk.kind == Kind::kConnectRefused && effect.mayEndJob;
+    refuses |= quirk.kind == Kind::kRefuse && effect.mayEndJob;
     spoils |= quirk.kind == Kind::kBlock;
     away |= IsAwayAtStart(quirk);
     pulls += effect.pullsLink ? 1 : 0;

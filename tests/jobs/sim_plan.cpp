@@ -131,7 +131,7 @@ void DrawWorld(SimPlan& plan, SeedStream& random) {
 // A host that goes on while its thread hangs in a read: too much at once to come of itself.
 void DrawHang(SimPlan& plan, SeedStream& random) {
   if (!plan.Makes(kNoEnd) || !random.Percent(30)) return;
-  plan.quirks.push_back("silence:ms=0,msg=" + std::to_string(random.Between(3, 6)));
+  plan.quirks.push_back("silence:msg=" + std::to_string(random.Between(3, 6)));
   plan.restEveryLines = plan.lines;
   plan.restMs = random.Between(200, 1500);
 }

@@ -14,6 +14,11 @@ std::string Number(const char* field, std::uint32_t value) {
   return std::string(field) + "=" + std::to_string(value);
 }
 
+// For so long; 0 = for good.
+std::string ForMs(const char* field, std::uint32_t ms) {
+  return ms != 0 ? "," + Number(field, ms) : "";
+}
+
 template <std::size_t kWords>
 std::string Word(const char* field, const std::array<const char*, kWords>& words,
                  SeedStream& random) {
@@ -46,25 +51,26 @@ std::string DrawConnectRefused(SeedStream& random) {
   const std::uint32_t status = random.Percent(70)   ? kStatus[random.Below(6)]
                                : random.Percent(50) ? kStatus[random.Below(8)]
                                                     : random.Below(0x10000);
-  return "connect-refused:" + Number("status", status) + "," +
+  return "refuse:on=connect," + Number("status", status) + "," +
          Number("count", random.Between(1, 4));
 }
 
 std::string DrawRefuse(SeedStream& random) {
-  constexpr std::array<std::uint32_t, 6> kCodes = {3, 4, 5, 9, 10, 12};
+  constexpr std::array<const char*, 6> kMessages = {"create", "swath", "end",
+                                                    "cancel", "poll",  "query"};
   constexpr std::array<std::uint32_t, 4> kStatus = {0, 1, 7, 0xFFFF};
-  return "refuse:" + Number("code", kCodes[random.Below(6)]) + "," +
+  return "refuse:" + Word("on", kMessages, random) + "," +
          Number("status", kStatus[random.Below(4)]) + "," + AnyMoment(random) + "," +
          Number("count", random.Between(1, 4));
 }
 
 std::string DrawPause(SeedStream& random) {
-  constexpr std::array<const char*, 3> kVia = {"swath", "buffer", "poll"};
+  constexpr std::array<const char*, 3> kVia = {"swath", "query", "poll"};
   constexpr std::array<const char*, 5> kUpdates = {"none", "same", "db", "calib", "short"};
   return "pause:" + AnyMoment(random) + "," +
          Number("ms",
                 random.Percent(80) ? random.Between(1, 12'000) : random.Between(12'000, 200'000)) +
-         "," + Word("via", kVia, random) + "," + Word("update", kUpdates, random);
+         "," + Word("on", kVia, random) + "," + Word("update", kUpdates, random);
 }
 
 std::string DrawUnplug(SeedStream& random) {
@@ -81,16 +87,15 @@ std::string DrawUnplug(SeedStream& random) {
       moment = Number("byte", random.Between(1, kBytesMax));
       break;
     case 3:
-      moment = Number("chunk", random.Between(1, kBytesMax / 8192));
+      moment = Number("byte", 8192 * random.Between(1, kBytesMax / 8192));
       break;
     case 4:
       moment = random.Percent(50) ? MessageMoment(random) : Number("t", random.Below(20'000));
   }
   const std::uint32_t ms = random.Percent(15) ? 0 : random.Between(1, 40'000);
-  std::string text =
-      "unplug:" + moment + "," + Number("ms", ms) + "," + Word("back", kBack, random);
+  std::string text = "unplug:" + moment + ForMs("ms", ms) + "," + Word("back", kBack, random);
   if (text.find("held") != std::string::npos)
-    text += "," + Number("held-ms", random.Percent(20) ? 0 : random.Between(1, 20'000));
+    text += ForMs("held-ms", random.Percent(20) ? 0 : random.Between(1, 20'000));
   return text;
 }
 
@@ -99,6 +104,13 @@ std::string DrawGarbage(SeedStream& random) {
                                                  "empty", "split",  "overlong", "restart"};
   return "garbage:" + AnyMoment(random) + "," + Word("form", kForms, random) + "," +
          Number("count", random.Between(1, random.Percent(80) ? 2 : 20));
+}
+
+// In front of the answer to a test after a reconnection.
+std::string DrawZeroAnswers(SeedStream& random) {
+  std::string text = "say:on=test,first=1,words=8*0";
+  for (std::uint32_t more = random.Between(1, 5); more > 1; --more) text += "/8*0";
+  return text;
 }
 
 std::string DrawTransferFails(SeedStream& random) {
@@ -121,8 +133,8 @@ std::string DrawDelay(SeedStream& random) {
   if (random.Percent(70))
     return "late:" + AnyMoment(random) + "," +
            Number("ms", random.Percent(50) ? random.Between(1, 300) : random.Between(300, 15'000));
-  return "silence:" + AnyMoment(random) + "," +
-         Number("ms", random.Percent(35) ? 0 : random.Between(1, 40'000));
+  return "silence:" + AnyMoment(random) +
+         ForMs("ms", random.Percent(35) ? 0 : random.Between(1, 40'000));
 }
 
 std::string DrawBus(SeedStream& random) {
@@ -137,26 +149,27 @@ std::string DrawBus(SeedStream& random) {
 QuirkEffect Delay(std::uint64_t costMs) { return {false, false, false, costMs}; }
 
 QuirkEffect LinkLoss(const Quirk& quirk, const SimPlan& plan, bool mayEndJob) {
-  return {mayEndJob, false, true,
-          quirk.count * ReconnectMs(plan) + quirk.durationMs + quirk.heldMs};
+  return {mayEndJob, false, true, quirk.count * ReconnectMs(plan) + quirk.ms + quirk.heldMs};
 }
 
 // Without an answer for `ms`; 0 = until somebody loses patience.
 QuirkEffect Silence(const Quirk& quirk, const SimPlan& plan) {
-  if (quirk.durationMs != 0) return Delay(quirk.durationMs + 2000);
+  if (quirk.ms != 0) return Delay(quirk.ms + 2000);
   return {true, false, true, plan.patienceMs + ReconnectMs(plan)};
 }
 
 QuirkEffect Refused(const Quirk& quirk) {
-  const bool asksAgain = quirk.value == 0 || (quirk.value & 0xFFF0u) == 0x50u || quirk.value == 3 ||
-                         quirk.value == 4 || quirk.value == 5;
+  if (quirk.on != qrn::sim::Message::kConnect) return Delay(quirk.count * 5000ull);
+  const std::uint32_t status = quirk.status;
+  const bool asksAgain =
+      status == 0 || (status & 0xFFF0u) == 0x50u || status == 3 || status == 4 || status == 5;
   return {!asksAgain, false, false, quirk.count * 3000ull};
 }
 
 QuirkEffect BlockDefect(const Quirk& quirk, const SimPlan& plan) {
   const bool oneHead = plan.machine.heads != qrn::sim::Heads::kBoth;
-  const bool alters = quirk.Is(Defect::kResolution) || quirk.Is(Defect::kFeather) ||
-                      (quirk.Is(Defect::kInk) && oneHead);
+  const bool alters = quirk.defect == Defect::kResolution || quirk.defect == Defect::kFeather ||
+                      (quirk.defect == Defect::kInk && oneHead);
   return {true, alters, false, 5000};
 }
 
@@ -176,7 +189,7 @@ std::string DrawQuirk(SeedStream& random) {
       return DrawPause(random);
     case 5:
       return "cancel:" + AnyMoment(random) + "," +
-             Word("via", std::array{"swath", "gone", "poll", "buffer"}, random);
+             std::array{"on=swath", "gone=1", "on=poll", "on=query"}[random.Below(4)];
     case 6:
       return "other-code:" + AnyMoment(random) + "," + Number("count", random.Between(1, 5));
     case 7:
@@ -185,7 +198,7 @@ std::string DrawQuirk(SeedStream& random) {
     case 9:
       return DrawGarbage(random);
     case 10:
-      return "zero-answers:" + Number("count", random.Between(1, 5));
+      return DrawZeroAnswers(random);
     case 11:
       return DrawTransferFails(random);
     case 12:
@@ -194,7 +207,7 @@ std::string DrawQuirk(SeedStream& random) {
     case 14:
       return random.Percent(60) ? DrawBlock(random) : DrawBus(random);
     default:
-      return "spool-overflow:" + Number("at", random.Between(1, kSwathsMax)) + "," +
+      return "refuse:on=swath,status=7," + Number("at", random.Between(1, kSwathsMax)) + "," +
              Number("count", random.Between(1, 4));
   }
 }
@@ -213,28 +226,25 @@ QuirkEffect EffectOf(const Quirk& quirk, const SimPlan& plan) {
   using Kind = Quirk::Kind;
   const std::uint64_t count = quirk.count;
   switch (quirk.kind) {
-    case Kind::kConnectRefused:
+    case Kind::kRefuse:
       return Refused(quirk);
     case Kind::kBufferFull:
       return Delay(count * (600 + plan.readLatencyMaxMs + plan.writeLatencyMaxMs));
-    case Kind::kRefuse:
-    case Kind::kSpoolOverflow:
-      return Delay(count * 5000);
     case Kind::kPause: {
-      QuirkEffect pause = Delay(quirk.durationMs + 10'000);
-      pause.altersPage = quirk.update == static_cast<std::uint32_t>(Update::kCorrection) ||
-                         quirk.update == static_cast<std::uint32_t>(Update::kCalibration);
+      QuirkEffect pause = Delay(quirk.ms + 10'000);
+      pause.altersPage =
+          quirk.update == Update::kCorrection || quirk.update == Update::kCalibration;
       return pause;
     }
     case Kind::kCancel:
       return {true, false, false, 5000};
     case Kind::kLate:
-      return Delay(quirk.durationMs);
+      return Delay(quirk.ms);
     case Kind::kSilence:
       return Silence(quirk, plan);
     case Kind::kOtherCode:
     case Kind::kGarbage:
-    case Kind::kZeroAnswers:
+    case Kind::kSay:
       return Delay(count * 2000);
     case Kind::kWriteFails:
     case Kind::kReadFails:
@@ -242,10 +252,12 @@ QuirkEffect EffectOf(const Quirk& quirk, const SimPlan& plan) {
       return LinkLoss(quirk, plan, quirk.count > 5);
     case Kind::kUnplug: {
       const bool forGood =
-          quirk.durationMs == 0 || (quirk.Is(qrn::sim::Back::kHeld) && quirk.heldMs == 0);
+          quirk.ms == 0 || (quirk.back == qrn::sim::Back::kHeld && quirk.heldMs == 0);
       return LinkLoss(quirk, plan,
-                      forGood || quirk.durationMs + quirk.heldMs > 29'000 || IsAwayAtStart(quirk));
+                      forGood || quirk.ms + quirk.heldMs > 29'000 || IsAwayAtStart(quirk));
     }
+    case Kind::kListFails:
+    case Kind::kOpenFails:
     case Kind::kSecondPrinter:
     case Kind::kPath:
       return Delay(0);

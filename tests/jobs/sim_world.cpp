@@ -213,6 +213,14 @@ class Surroundings final : public qrn::Platform {
   bool PathExists(const char* path) override {
     return OutsideLibrary([&] { return platform_.PathExists(path); });
   }
+  bool FileCreate(const char* path) override {
+    return OutsideLibrary([&] { return platform_.FileCreate(path); });
+  }
+  qrn::FileWrite FileWriteAt(const char* path, const qrn::FilePart& part, std::uint32_t gapMaxBytes,
+                             std::uint32_t* fileBytes) override {
+    return OutsideLibrary(
+        [&] { return platform_.FileWriteAt(path, part, gapMaxBytes, fileBytes); });
+  }
 
   std::vector<std::string> boxes;
 

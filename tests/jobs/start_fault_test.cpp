@@ -154,18 +154,20 @@ void AddWaiting(const std::string& line, std::uint32_t fromMs, std::uint32_t toM
 
 TEST(HostSees, APrinterThatIsNotReadyYetEveryTwoSeconds) {
   Scene scene;
-  std::vector<std::uint16_t> statuses = {0, 3, 4, 5};
+  std::vector<std::uint16_t> statuses = {0, 0, 3, 4, 5};
   for (std::uint16_t status = 0x50; status <= 0x5F; ++status) statuses.push_back(status);
   std::vector<Expected> log = {{0, "Connect"}, {0, "Tx Cmm 2-2(0)"}};
   std::uint32_t ms = 0, attempt = 0;
   for (const std::uint16_t status : statuses) {
-    scene.script.push_back({2, ++attempt, Spoiled::kSays, 0, {qrn::Reply({2, 0, 0, status})}});
+    // The first ends in front of its status, which reads as 0.
+    const qrn::Bytes reply = attempt == 0 ? qrn::Reply({2, 0, 0}) : qrn::Reply({2, 0, 0, status});
+    scene.script.push_back({2, ++attempt, Spoiled::kSays, 0, {reply}});
     log.push_back({ms + 1, NotReady(status)});
     ms += 2001;
     log.push_back({ms, "Tx Cmm 2-2(" + std::to_string(attempt) + ")"});
   }
   AddWaiting("Cmm2 reply Waitting...", 0, ms, &log);
-  log.push_back({40100, "Job create"});  // 20 x 2001 + 1, at the next poll
+  log.push_back({42100, "Job create"});  // 21 x 2001 + 1, at the next poll
   const Outcome outcome = Play(scene);
   EXPECT_TRUE(outcome.started && outcome.printedWhole);
   EXPECT_TRUE(outcome.boxes.empty());

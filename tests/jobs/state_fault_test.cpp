@@ -34,6 +34,7 @@ struct Case {
   std::vector<Expected> log;
   std::uint32_t hostNapMs = 0;
   bool allPlanes = false;
+  std::uint32_t farLine = 0;
 };
 
 std::vector<Outcome> PlayAll(const std::vector<Case>& cases) {
@@ -44,6 +45,7 @@ std::vector<Outcome> PlayAll(const std::vector<Case>& cases) {
     scene.script = expected.script;
     scene.hostNapMs = expected.hostNapMs;
     scene.allPlanes = expected.allPlanes;
+    scene.farLine = expected.farLine;
     outcomes.push_back(Play(scene));
     EXPECT_TRUE(outcomes.back().started);
     EXPECT_EQ("", outcomes.back().violation);
@@ -60,6 +62,15 @@ TEST(Pauses, HoldTheThreadForTwoSecondsAndArePolledUntilTheJobGoesOn) {
             {{0, kSwath2},
              {1, kPaused},
              {1, "Rx JOBS_Pause, size:16, AB-12-CD"},
+             {2001, "Swath002 sended:2001"},
+             {2001, kPoll},
+             {2002, kGoesOn},
+             {2003, kSwath3}}},
+           {"in one that ends behind the status",
+            {{4, 2, Spoiled::kSays, 0, {qrn::Reply({4, 1, 3, 0})}}},
+            {{0, kSwath2},
+             {1, kPaused},
+             {1, "Rx JOBS_Pause, size:8, 0-0-0"},
              {2001, "Swath002 sended:2001"},
              {2001, kPoll},
              {2002, kGoesOn},
@@ -162,6 +173,23 @@ TEST(Cancels, EndTheJobWhereverTheyAreReported) {
              {1, "Task end(3)!"},
              {96, "All swath sended!"},
              {96, "jobend: *"}}},
+           {"in one that ends behind the status",
+            {{12, 2, Spoiled::kSays, 0, {qrn::Reply({12, 1, 2, 0})}}},
+            {{0, "Swath001 sended:1"},
+             {1, "CMM1: Pause-1, Cancel-1"},
+             {1, "Tx swathing... bur quit!"},
+             {1, "Task end(3)!"}}},
+           // Passes are 90 lines apart and four meet each line: four between the two are blank.
+           {"in the reply to a swath that only feeds, which is never taken",
+            {{4, 5, Spoiled::kSays, 0, {State(4, 0, 2)}, 1'000'000}},
+            {{0, "Tx empty Swath5(0)  steps:7200"},
+             {1, kCancelled},
+             {1, "Rx JOBS_CANCEL(1)"},
+             {1, "Tx swathing... bur quit!"},
+             {1, "Task end(3)!"}},
+            0,
+            false,
+            720},
            // The job goes on for a moment: what was reported once is told the printer.
            {"and taken back",
             {{4, 2, Spoiled::kSays, 0, {State(4, 1, 3)}},

@@ -132,10 +132,10 @@ TEST_F(Exchange, RepeatsASwathThatWasNotTaken) {
 TEST_F(Exchange, WaitsForRoomInHalfSecondsAndSaysSoEveryFive) {
   for (int i = 0; i < 22; ++i) platform.replies.push_back(Room(5, 319));  // half of 640 is 320
   platform.replies.push_back(Reply({12, 1, 5}));      // too short to tell of room
-  platform.replies.push_back(Packet(0xF003, 1, {}));  // no known packet
+  platform.replies.push_back(Packet(0xF003, 1, {}));  // no known packet: read past
   platform.replies.push_back(Room(5, 320));
   TxWaitFwBuffer(job, 640);
-  EXPECT_EQ(std::vector<std::uint32_t>(24, 500), platform.sleeps);
+  EXPECT_EQ(std::vector<std::uint32_t>(23, 500), platform.sleeps);
   const std::string log = TakeLog();
   EXPECT_TRUE(HasLines(log, {"Fw buffer wait 5s...", "Fw buffer wait 5s..."}));
   EXPECT_EQ(log.find("Fw buffer", log.find("Fw buffer") + 1), log.rfind("Fw buffer"));
@@ -145,8 +145,7 @@ TEST_F(Exchange, WaitsForRoomInHalfSecondsAndSaysSoEveryFive) {
 
 TEST_F(Exchange, TakesNothingFromTheReplyOfAnEarlierExchange) {
   // What is left in the buffer would do; only what came counts.
-  for (const Bytes& unusable :
-       {Reply({12, 1, 5}), Reply({12, 1, 2, 0, 320}), Packet(0xF003, 1, {})}) {
+  for (const Bytes& unusable : {Reply({12}), Reply({12, 1, 5}), Reply({12, 1, 5, 0, 319})}) {
     platform.replies = {Room(5, 320)};
     TxWaitFwBuffer(job, 640);
     platform.replies = {unusable, Room(5, 320)};
@@ -154,9 +153,8 @@ TEST_F(Exchange, TakesNothingFromTheReplyOfAnEarlierExchange) {
     TxWaitFwBuffer(job, 640);
     EXPECT_EQ((std::vector<std::uint32_t>{500}), platform.sleeps);
     EXPECT_EQ((Codes{12, 12, 12}), Sent());
-    EXPECT_EQ(0, job.bPrnCancel);
   }
-  platform.replies = {Reply({3, 1, 0, 0}), Packet(0xF003, 4, {}), Reply({3, 1, 0, 0})};
+  platform.replies = {Reply({3, 1, 0, 0}), Packet(0xF003, 4, {}), Reply({3}), Reply({3, 1, 0, 0})};
   EXPECT_EQ(1, SendCommand(3));
   EXPECT_EQ(1, SendCommand(3));
   EXPECT_EQ((Codes{3, 3, 3}), Sent());
@@ -220,6 +218,22 @@ TEST_F(Exchange, SendsTheWholeMessageAgainAfterTheLinkIsBack) {
     EXPECT_EQ(expected.sent, Sent());
     EXPECT_TRUE(HasLines(TakeLog(), {expected.lost, "重新连接...", "连接1成功!",
                                      "Tx Swath12(0) size:640", "sended"}));
+  }
+}
+
+TEST_F(Exchange, GivesUpASwathThatOnlyFeedsWhenItWouldBeRepeatedInAJobThatStops) {
+  job.nErrCode = 26;
+  platform.replies = {kTaken};
+  EXPECT_EQ(1, SendSwath(0));
+  EXPECT_EQ((Codes{4}), Sent());
+  platform.onSleep = [this] { job.nErrCode = 26; };  // in the rest after the overflow or the reopen
+  for (const bool lost : {false, true}) {
+    job.nErrCode = 0;
+    platform.replies = {lost ? Bytes{} : kOverflow, Reply({10, 1})};
+    EXPECT_EQ(1, SendSwath(0));
+    EXPECT_EQ((lost ? Codes{4, 10} : Codes{4}), Sent());
+    EXPECT_EQ(kSwathFree, slot.state);
+    EXPECT_TRUE(HasLines(TakeLog(), {"Tx empty Swath12(0)", "Tx swathing... bur quit!"}));
   }
 }
 

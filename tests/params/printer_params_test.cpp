@@ -212,11 +212,11 @@ TEST_F(Params, AreRefusedWithTheirErrorAndLine) {
                    29,
                    {"步进计量输入值异常:360-0"}},
            Refusal{"selector 5", [](Job&, Block&b) { b[8] = 5; }, 29, {"步进计量输入值异常:360-0"}},
-           // 1896 mm + 1 dot at 1440 dpi; 2150 - 255 = 1895 mm
+           // 2150 - 255 = 1895 mm; 3,822,917 x 254 / 14400 = 67432 mm, of which 16 bits count: 1896
            Refusal{"too wide",
-                   [](Job&j, Block&) { j.nLineBits = 2 * 107490; },
+                   [](Job&j, Block&) { j.nLineBits = 2 * 3'822'917; },
                    4,
-                   {"图像宽:214980(1896mm > 1895mm)\r\n", "打印图像超出机器最大宽度 1895"}},
+                   {"图像宽:7645834(67432mm > 1895mm)\r\n", "打印图像超出机器最大宽度 1895"}},
            Refusal{"no travel left",
                    [](Job&, Block&b) { PutU32(&b[192], 4000); },
                    4,

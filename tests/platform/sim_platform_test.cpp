@@ -67,32 +67,28 @@ TEST(SimPlatform, MovesItsClockAcrossTheWrapAndTheYear) {
   EXPECT_GT(port.dueMs + 10, platform.TickMs());
 }
 
-TEST(SimPlatform, EndsAThreadByForceWhereverItWaits) {
-  FakePort port;
-  port.dueMs = 0x7FFFFFFF;
-  SimPlatform platform(port, {});
-  struct Run {
-    SimPlatform* platform;
-    bool passed = false;
-  } run{&platform};
-  const ThreadHandle thread = platform.ThreadStart(
-      [](void* argument) {
-        auto* self = static_cast<Run*>(argument);
-        std::uint8_t packet[128];
-        (void)self->platform->BulkRead(1, packet, sizeof packet);
-        self->passed = true;
-      },
-      &run);
-  platform.SleepMs(1000);
-  EXPECT_GT(port.reads, 50u);
-  EXPECT_EQ(1u, platform.LiveThreads());
-  platform.ThreadTerminate(thread);
-  platform.ThreadRelease(thread);
-  const std::uint32_t reads = port.reads;
-  platform.SleepMs(1000);
-  EXPECT_EQ(reads, port.reads);
-  EXPECT_FALSE(run.passed);
-  EXPECT_EQ(0u, platform.LiveThreads());
+// In a read that never completes, and in reads that never make it wait.
+TEST(SimPlatform, EndsAThreadByForceInWhateverItReads) {
+  for (const std::uint32_t dueMs : {0x7FFFFFFFu, 0u}) {
+    FakePort port;
+    port.dueMs = dueMs;
+    SimPlatform platform(port, {});
+    const ThreadHandle thread = platform.ThreadStart(
+        [](void* argument) {
+          std::uint8_t packet[128];
+          for (;;) (void)static_cast<SimPlatform*>(argument)->BulkRead(1, packet, sizeof packet);
+        },
+        &platform);
+    platform.SleepMs(1000);
+    EXPECT_GT(port.reads, 50u);
+    EXPECT_EQ(1u, platform.LiveThreads());
+    platform.ThreadTerminate(thread);
+    platform.ThreadRelease(thread);
+    const std::uint32_t reads = port.reads;
+    platform.SleepMs(1000);
+    EXPECT_EQ(reads, port.reads);
+    EXPECT_EQ(0u, platform.LiveThreads());
+  }
 }
 
 // A run that never ends is the harness's to give up, on the host's thread, whichever thread waits.

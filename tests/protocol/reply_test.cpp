@@ -183,27 +183,25 @@ TEST_F(Replies, HaveTheirVerdictStateAndLine) {
   }
 }
 
-TEST_F(Replies, ThatAreTooShortAreAskedForAgainAndChangeNothing) {
+// Words that a reply lacks read as 0, but a job state that is not there is none.
+TEST_F(Replies, CountAsFarAsTheyGo) {
   const std::vector<std::uint16_t> paused = {4, 1, 3, 0, 0, 0, 0x1122, 0};
-  for (std::size_t bytes = 0; bytes < 16; ++bytes) {
-    EXPECT_EQ(kReplyAgain, Parse(4, paused, bytes)) << bytes;
-    EXPECT_EQ(bytes >= 2 ? kReplyOther : kReplyAgain, Parse(10, paused, bytes)) << bytes;
+  for (std::size_t bytes = 0; bytes <= 16; ++bytes) {
+    job.bPrnPause = 0;
+    const ReplyVerdict verdict = bytes < 2 ? kReplyOther : bytes < 4 ? kReplyAgain : kReplyTaken;
+    EXPECT_EQ(verdict, Parse(4, paused, bytes)) << bytes;
+    EXPECT_EQ(bytes < 6 ? 0 : 1, job.bPrnPause) << bytes;
+    EXPECT_EQ(kReplyOther, Parse(10, paused, bytes)) << bytes;
   }
-  EXPECT_EQ(0, job.bPrnPause);
+  platform.sleeps.clear();
+  EXPECT_EQ(kReplyAgain, Parse(4, {4, 0, 5, 7}, 7));  // no status, no spool overflow
   EXPECT_TRUE(platform.sleeps.empty());
-  EXPECT_EQ(kReplyAgain, Parse(5, {5, 1}, 3));  // not even the end of the job
-  EXPECT_EQ(0, job.bJobEndRx);
-  EXPECT_EQ(kReplyAgain, Parse(2, {2, 0, 0, 1}, 7));  // nor a refusal whose status is cut off
-  EXPECT_EQ("", TakeLog());
-}
-
-TEST_F(Replies, NeedOnlyTheFieldsOfTheirCode) {
-  EXPECT_EQ(kReplyTaken, Parse(3, {3, 1}));
-  EXPECT_EQ(kReplyTaken, Parse(5, {5, 1}));
+  EXPECT_EQ(kReplyAgain, Parse(2, {2, 0, 0, 1}, 7));  // nor a refusal for good
+  EXPECT_EQ((std::vector<std::uint32_t>{2000}), platform.sleeps);
+  EXPECT_EQ(kReplyAgain, Parse(5, {5}));
   EXPECT_EQ(1, job.bJobEndRx);
-  EXPECT_EQ(kReplyTaken, Parse(4, {4, 1, 5}));
-  EXPECT_EQ(kReplyAgain, Parse(4, {4, 0, 5}));
-  EXPECT_TRUE(platform.sleeps.empty());  // no status, no spool overflow
+  EXPECT_EQ(kReplyRefused, Parse(2, {2, 1}));
+  EXPECT_EQ(3, job.nErrCode);
 }
 
 TEST_F(Replies, ResumeClearsPauseAndCancelButNotTheLatch) {

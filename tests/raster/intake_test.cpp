@@ -80,7 +80,7 @@ TEST_F(Intake, RefusesUnusableLinesAndLogsTheFirst) {
   FreeJobMem(job);
   job.linesReceived = 0;
   EXPECT_EQ(0, AddLine(job, 0, 12, line));
-  EXPECT_EQ(1, FlushLastBands(job));
+  FlushLastBands(job);
 }
 
 TEST_F(Intake, OfAnyOrderStaysWithinTheBuffers) {
@@ -91,7 +91,7 @@ TEST_F(Intake, OfAnyOrderStaysWithinTheBuffers) {
   for (int call = 0; call < 20000; ++call) {
     const auto color = static_cast<std::uint32_t>(random() % 12);
     (void)AddLine(job, color, static_cast<std::uint32_t>(random() % 4096), longLine.data());
-    if (random() % 2000 == 0) (void)FlushLastBands(job);
+    if (random() % 2000 == 0) FlushLastBands(job);
   }
   EXPECT_GT(job.linesReceived, 1000u);
 }
@@ -149,7 +149,6 @@ TEST_F(Intake, PassHasTheSizeOfImageStaggerAndGap) {
     EXPECT_EQ(expected.bits, job.passBits);
     EXPECT_EQ(expected.pad, job.passRowPad);
     EXPECT_EQ(expected.bytes, job.passDataSize);
-    EXPECT_LE(job.passDataSize, job.printOutBufSize);
   }
 }
 
@@ -173,13 +172,13 @@ TEST_F(Intake, BandsRunTheirPassesAndTheFlushRunsFiveMore) {
   EXPECT_EQ(4u, job.passNo);
   EXPECT_EQ(360u, job.feedLine);
   EXPECT_EQ(0, job.bandLine);
-  EXPECT_EQ(1, FlushLastBands(job));
+  FlushLastBands(job);
   EXPECT_EQ(24u, job.passNo);
   EXPECT_EQ(0u, job.emptyPasses);
   EXPECT_TRUE(HasLines(
       TakeLog(), {"swath3 empty", "Rip last swath 360-1000", "swath4 empty", "swath23 empty"}));
   job.dualHead = 0;
-  EXPECT_EQ(1, FlushLastBands(job));
+  FlushLastBands(job);
   EXPECT_EQ(40u, job.passNo);
 }
 
@@ -207,7 +206,7 @@ TEST_F(Intake, OfAFinerVerticalResolutionPlacesEveryPixel) {
     AllocJobMem(job);
     bits = 0;
     for (std::uint32_t i = 0; i < 800 * 8; ++i) AddLine(job, i % 8, 12, full.data());
-    EXPECT_EQ(1, FlushLastBands(job));
+    FlushLastBands(job);
     takeSwaths();
     EXPECT_EQ(800u * 8 * 96, bits);  // level 3 sets a bit in both planes
   }
@@ -216,11 +215,11 @@ TEST_F(Intake, OfAFinerVerticalResolutionPlacesEveryPixel) {
 TEST_F(Intake, MakesNoSwathBeyondTheLimit) {
   job.nSwathLimit = 2;
   for (std::uint32_t row = 360; row < 720; ++row) SetByte(7, row, 3, 0xFF);
-  EXPECT_EQ(1, CompleteBand(job));  // four passes with ink
+  CompleteBand(job);  // four passes with ink
   EXPECT_EQ(2u, job.swathCount);
   EXPECT_EQ(4u, job.passNo);
   job.passEmpty = 0;
-  EXPECT_EQ(1, FlushLastBands(job));
+  FlushLastBands(job);
   EXPECT_EQ(1, job.passEmpty);
   EXPECT_EQ(4u, job.passNo);
 }
@@ -228,11 +227,11 @@ TEST_F(Intake, MakesNoSwathBeyondTheLimit) {
 TEST_F(Intake, StopsTheBandWhereASwathFails) {
   job.bPrnCancel = 1;
   SetByte(7, 500, 0, 0xFF);
-  EXPECT_EQ(0, CompleteBand(job));
+  CompleteBand(job);
   EXPECT_EQ(1u, job.passNo);
   EXPECT_NE(0, Row(7, 500)[0] & 0x3F);  // not moved
   TakeLog();
-  EXPECT_EQ(1, FlushLastBands(job));
+  FlushLastBands(job);
   EXPECT_EQ(1u, job.passNo);
 }
 

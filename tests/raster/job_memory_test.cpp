@@ -1,7 +1,7 @@
 #include "raster/job_memory.h"
 
 #include <algorithm>
-#include <set>
+#include <new>
 #include <vector>
 
 #include "params/feather_masks.h"
@@ -9,6 +9,19 @@
 #include "raster/feather_runs.h"
 #include "raster/pass_rows.h"
 #include "support/job_fixture.h"
+
+namespace {
+std::size_t g_refusedBytes = 0;  // a block of this size cannot be had
+}
+
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  if (bytes == g_refusedBytes) return nullptr;
+  try {
+    return ::operator new[](bytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 
 namespace qrn {
 namespace {
@@ -36,14 +49,6 @@ TEST_F(JobMemory, HasTheSizesOfAOneMetreImage) {
   EXPECT_EQ("mem: free --\r\n", TakeLog());
   for (const std::uint8_t* buffer : job.Mem.pPassBuffer) EXPECT_EQ(nullptr, buffer);
   EXPECT_EQ(nullptr, job.PrintOutBuf);
-}
-
-TEST_F(JobMemory, OfOneHeadHoldsItsWidestPass) {
-  job.lineStride = 14176;
-  job.nLineBits = 14176 * 8;
-  job.rowOffset[0] = 300;
-  AllocJobMem(job);
-  EXPECT_EQ(13919040u, job.printOutBufSize);  // (4 x 4726 + 300 + 128) x 720, a multiple of 320
 }
 
 // Ends of runs and marks come on top of the lines; the swaths' buffers have no more than they had.
@@ -121,18 +126,27 @@ TEST_F(JobMemory, ThatCannotBeHadRaises13AndLeavesNothing) {
     std::uint32_t stride;
     std::uint16_t nResY;
     const char* log;
+    std::size_t refusedBytes = 0;
   };
+  job.nLineBits = 384;
+  job.featherRows = 9;
+  const std::uint8_t masks[9 * kFeatherMaskBytes] = {};
+  job.pFeatherMask = masks;
   for (const Case& failing : {
            // 360 x 3,000,000 x 4 = 4,320,000,000 does not fit 32 bits
            Case{3'000'000, 360, "mem: malloc pJob->Mem.pPassBuffer fail 0-25032704!"},
            // 1 x 30,000,000 x 4 can be had, (36283 + 8 x 30,000,000) x 90 = 21,603,265,470 cannot
            Case{30'000'000, 1, "mem: malloc PrintOutBuf fail! 0-128428990"},
+           // 9 masks of 513 bytes in three phases
+           Case{48, 360, "mem: malloc pJob->Mem.pFeatherRuns fail 9-13851!", 13851},
        }) {
     job.lineStride = failing.stride;
     job.nResY = failing.nResY;
     job.nErrCode = 0;
     platform.boxes.clear();
+    g_refusedBytes = failing.refusedBytes;
     AllocJobMem(job);
+    g_refusedBytes = 0;
     EXPECT_TRUE(HasLines(TakeLog(), {failing.log, "Error: Function init() error"}));
     EXPECT_EQ(13, job.nErrCode);
     EXPECT_EQ(1u, platform.boxes.size());

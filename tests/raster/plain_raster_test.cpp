@@ -15,7 +15,7 @@
 #include "raster/kernels.h"
 #include "raster/line_intake.h"
 #include "raster/pass_rows.h"
-#include "raster/swath_builder.h"
+#include "raster/pass_size.h"
 #include "support/job_fixture.h"
 #include "support/test_seed.h"
 
@@ -43,7 +43,7 @@ class BesidePlain : public JobFixture {
     job = Job{};
     job.nSwathLimit = UINT32_MAX;
     job.nHeight = UINT32_MAX;
-    job.nResX = 254;  // room for 400 columns behind the image
+    job.nResX = 381;  // room for 600 columns after the image
     job.nResY = 360;
     job.nColors = 8;
     job.nBitsPerPixel = 2;
@@ -144,6 +144,9 @@ class BesidePlain : public JobFixture {
     ASSERT_EQ(SwathDataSize(job), at)
         << "column " << at / 720 << ", byte " << at % 720 << ": " << int{*wanted} << " became "
         << int{*got} << ", direction " << int{job.passDir};
+    // All columns with dots travel.
+    const std::uint8_t* const end = plain->PrintOut() + job.printOutBufSize;
+    ASSERT_EQ(end, std::find_if(wanted, end, [](std::uint8_t byte) { return byte != 0; }));
   }
 
   void ExpectSameRows() {

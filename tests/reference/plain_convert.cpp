@@ -150,8 +150,7 @@ void Convert(Job& job, std::uint32_t head, std::uint8_t* source) {
 }
 
 void ConvertDual(Job& job, std::uint8_t* source) {
-  std::uint32_t head = 0;
-  (void)LocateRowsDual(job, &head);  // always 1
+  const std::uint32_t head = LocateRowsDual(job);
   // PHA prints lines that lie further down the page than PHB's.
   const std::size_t rows = head == 1 ? 0 : kHeadLines - job.headGapY;
   source += rows * job.lineStride;
@@ -164,7 +163,7 @@ void ConvertDual(Job& job, std::uint8_t* source) {
 // With an even step all passes start on even rows: in reverse, the first pass of a pair then takes
 // the odd lines.
 void ConvertSingle(Job& job, std::uint8_t* source) {
-  (void)LocateRowsSingle(job.singleHead, job);  // always 1
+  LocateRowsSingle(job.singleHead, job);
   if (job.rowBitA == 0) return;
   const bool oddLines = job.passDir == 1 && job.passStep % 2 == 0 && job.passIndex % 2 == 0;
   Convert<Single>(job, job.singleHead, source + (oddLines ? job.lineStride : 0));

@@ -3,8 +3,6 @@
 #ifndef QRN_TESTS_SUPPORT_FAKE_PLATFORM_H_
 #define QRN_TESTS_SUPPORT_FAKE_PLATFORM_H_
 
-#include <sys/stat.h>
-
 #include <cstring>
 #include <deque>
 #include <functional>
@@ -90,9 +88,11 @@ class FakePlatform : public Platform {
   void ShowBox(const char* text, const char* caption) override {
     boxes.emplace_back(text, caption);
   }
-  bool PathExists(const char* path) override {
-    struct stat ignored {};
-    return stat(path, &ignored) == 0;
+  bool PathExists(const char* path) override { return SystemPlatform().PathExists(path); }
+  bool FileCreate(const char* path) override { return SystemPlatform().FileCreate(path); }
+  FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
+                        std::uint32_t* fileBytes) override {
+    return SystemPlatform().FileWriteAt(path, part, gapMaxBytes, fileBytes);
   }
 };
 

@@ -36,6 +36,11 @@ class ForwardingPlatform : public Platform {
   std::uint32_t SystemLocaleId() override { return target_.SystemLocaleId(); }
   void ShowBox(const char* text, const char* caption) override { target_.ShowBox(text, caption); }
   bool PathExists(const char* path) override { return target_.PathExists(path); }
+  bool FileCreate(const char* path) override { return target_.FileCreate(path); }
+  FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
+                        std::uint32_t* fileBytes) override {
+    return target_.FileWriteAt(path, part, gapMaxBytes, fileBytes);
+  }
 
  private:
   Platform& target_;

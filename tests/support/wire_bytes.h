@@ -47,6 +47,12 @@ inline Bytes Swath(std::uint32_t number, std::uint32_t bytes) {
   return packet;
 }
 
+inline Bytes BufferQuery(std::uint32_t bytes) {
+  Bytes packet = Command(12);
+  PutU32(&packet[8], bytes);
+  return packet;
+}
+
 inline void Sign(Bytes* packet) {
   const auto sum = [packet](std::size_t words) {
     std::uint32_t total = 0;

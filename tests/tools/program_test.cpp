@@ -413,7 +413,7 @@ TEST_F(Program, EndsWithTwoOnWrongUsage) {
 
 TEST_F(Program, TellsWhyAJobWasNotCompleted) {
   Write("page.ras", Raster(Page()));
-  Run("page.ras --quirk pause:at=2,ms=60000 --quirk unplug:at=6,ms=3000");
+  Run("page.ras --quirk pause:at=2,ms=60000 --quirk unplug:msg=6,ms=3000");
   ExpectExit(0, "comparison   0 of ");
   Run("page.ras --quirk unplug:byte=9000,ms=100,back=other --quirk garbage:form=split,count=9");
   ExpectExit(0, "comparison   0 of ");
@@ -427,7 +427,7 @@ TEST_F(Program, TellsWhyAJobWasNotCompleted) {
             out.find("job          not completed: the job was cancelled at the printer, at swath "
                      "2; --log-dir keeps the driver's log\n"))
       << out;
-  Run("page.ras --api line --log-dir logs --quirk connect-refused:status=0x21");
+  Run("page.ras --api line --log-dir logs --quirk refuse:on=connect,status=0x21");
   EXPECT_EQ(1, exitCode);
   EXPECT_NE(std::string::npos, out.find("printed      0 of 240 lines")) << out;
   EXPECT_NE(std::string::npos,

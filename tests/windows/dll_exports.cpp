@@ -2,6 +2,8 @@
 // whose system calls lead to this program's platform.
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "qrn_driver.h"
 #include "support/job_record.h"
 #include "windows/loaded_dll.h"
@@ -9,11 +11,11 @@
 
 namespace {
 
+std::unique_ptr<LoadedDll> g_dll;
+
 const LoadedDll& TheDll() {
-  static const LoadedDll dll;
-  static const bool replaced = (ReplaceSystemCalls(dll.Handle()), true);
-  (void)replaced;
-  return dll;
+  if (!g_dll) RenewDll();
+  return *g_dll;
 }
 
 // Calls the export of this name and type, and sees that it has called the system as it must.
@@ -28,6 +30,12 @@ auto Call(Function*, const char* name, Arguments... arguments) {
 }
 
 }  // namespace
+
+void RenewDll() {
+  g_dll.reset();
+  g_dll = std::make_unique<LoadedDll>();
+  ReplaceSystemCalls(g_dll->Handle());
+}
 
 const qrn::Job* JobRecord() { return nullptr; }
 

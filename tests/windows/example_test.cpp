@@ -25,7 +25,7 @@ TEST(MinimalHost, TellsOfAPrinterThatRefusesIt) {
   const LogFolder folder;
   qrn::sim::Quirk refusal;
   std::string error;
-  ASSERT_TRUE(qrn::sim::ParseQuirk("connect-refused:status=0x21", &refusal, &error)) << error;
+  ASSERT_TRUE(qrn::sim::ParseQuirk("refuse:on=connect,status=0x21", &refusal, &error)) << error;
   qrn::sim::VirtualPrinter printer{qrn::sim::Machine{}, {refusal}};
   qrn::sim::SessionOptions options;
   options.virtualTime = true;

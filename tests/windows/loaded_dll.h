@@ -19,4 +19,7 @@ class LoadedDll {
   HMODULE handle_;
 };
 
+// Loads the DLL behind the exports anew, as it is before its first job. Not while a job runs.
+void RenewDll();
+
 #endif  // QRN_TESTS_WINDOWS_LOADED_DLL_H_

@@ -16,9 +16,9 @@ constexpr const char* kDescription =
     "A raster with several pages prints several jobs.";
 
 constexpr const char* kFooter =
-    "Quirks: connect-refused:count=2,status=4   buffer-full:at=2,count=5   "
-    "spool-overflow:at=3,count=1\n"
-    "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (docs/simulator.md)\n"
+    "Quirks: pause:at=3,ms=5000   cancel:at=4   unplug:at=5,ms=6000   buffer-full:at=2,count=5\n"
+    "        refuse:on=connect,status=4,count=2   refuse:on=swath,at=3,status=7   "
+    "(docs/simulator.md)\n"
     "Exit code: 0 all pages printed and equal, 1 not, or input that cannot be read, 2 wrong usage.";
 
 bool MakeAbsolute(std::string* path, std::string* error) {

@@ -1,9 +1,11 @@
 #include "platform/posix/posix_platform.h"
 
+#include <fcntl.h>
 #include <iconv.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +14,8 @@
 #include <cstring>
 #include <new>
 
+#include "platform/usb_transfer.h"
+
 namespace qrn {
 namespace {
 
@@ -19,6 +23,7 @@ constexpr UsbList kTheList = 1;
 constexpr std::uint32_t kLocaleEnglish = 0x0409;
 constexpr std::uint32_t kLocaleChinese = 0x0804;
 constexpr std::uint32_t kErrorNoDeviceCode = 1167;  // as the Windows error that stands for it
+constexpr mode_t kNewFileMode = 0666;               // less what the user's mask takes
 constexpr std::uint32_t kTransferNapMs = 5;  // a waiting transfer looks again at least this often
 
 thread_local std::uint32_t t_lastError = 0;
@@ -57,19 +62,16 @@ void Nap(std::uint32_t ms) {
   }
 }
 
-// Calls a transfer step until it is no longer waiting.
-template <class Step>
-bool Complete(Platform& platform, Step step) {
-  for (;;) {
-    const std::uint32_t now = platform.TickMs();
-    const UsbStep result = step(now);
-    if (result.state != UsbStep::kWait) {
-      t_lastError = result.state == UsbStep::kFailed ? result.value : 0;
-      return result.state == UsbStep::kDone;
-    }
-    Nap(std::clamp<std::uint32_t>(result.value - now, 1, kTransferNapMs));
+// A thread in a transfer of its own.
+struct Waiting {
+  static void LeaveIfAsked() {
+    const EndableByForce here;
+    pthread_testcancel();
   }
-}
+  static std::uint32_t TickMs() { return ThePosixPlatform().TickMs(); }
+  static void WaitMs(std::uint32_t ms) { Nap(std::min(ms, kTransferNapMs)); }
+  static void SetError(std::uint32_t code) { t_lastError = code; }
+};
 
 // Terminals show UTF-8, the library's texts are in code page 936. What cannot be converted is cut.
 void ToUtf8(const char* text, char (&utf8)[kBoxTextBytes]) {
@@ -125,7 +127,7 @@ void PosixPlatform::DeviceClose(DeviceHandle device) {
 
 bool PosixPlatform::BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) {
   if (port_ == nullptr) return NoDevice();
-  return Complete(*this, [=, this](std::uint32_t now) {
+  return CompleteTransfer(Waiting{}, [=, this](std::uint32_t now) {
     return port_->Write(static_cast<std::uint32_t>(device), static_cast<const std::uint8_t*>(data),
                         bytes, now);
   });
@@ -133,7 +135,7 @@ bool PosixPlatform::BulkWrite(DeviceHandle device, const void* data, std::uint32
 
 bool PosixPlatform::BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) {
   if (port_ == nullptr) return NoDevice();
-  return Complete(*this, [=, this](std::uint32_t now) {
+  return CompleteTransfer(Waiting{}, [=, this](std::uint32_t now) {
     return port_->Read(static_cast<std::uint32_t>(device), static_cast<std::uint8_t*>(data), bytes,
                        now);
   });
@@ -210,6 +212,32 @@ void PosixPlatform::ShowBox(const char* text, const char* caption) {
 bool PosixPlatform::PathExists(const char* path) {
   struct stat ignored {};
   return stat(path, &ignored) == 0;
+}
+
+bool PosixPlatform::FileCreate(const char* path) {
+  const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFileMode);
+  if (file < 0) return false;
+  close(file);
+  return true;
+}
+
+FileWrite PosixPlatform::FileWriteAt(const char* path, const FilePart& part,
+                                     std::uint32_t gapMaxBytes, std::uint32_t* fileBytes) {
+  const int file = open(path, O_WRONLY | O_CREAT | O_CLOEXEC, kNewFileMode);
+  if (file < 0) return FileWrite::kFailed;
+  struct stat status {};
+  FileWrite result = FileWrite::kFailed;
+  if (fstat(file, &status) == 0) {
+    *fileBytes = static_cast<std::uint32_t>(status.st_size);
+    if (status.st_size + static_cast<off_t>(gapMaxBytes) < static_cast<off_t>(part.place)) {
+      result = FileWrite::kShort;
+    } else if (pwrite(file, part.bytes, part.count, static_cast<off_t>(part.place)) ==
+               static_cast<ssize_t>(part.count)) {
+      result = FileWrite::kWritten;
+    }
+  }
+  close(file);
+  return result;
 }
 
 }  // namespace qrn

@@ -34,6 +34,9 @@ class PosixPlatform final : public Platform {
   std::uint32_t SystemLocaleId() override;
   void ShowBox(const char* text, const char* caption) override;
   bool PathExists(const char* path) override;
+  bool FileCreate(const char* path) override;
+  FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
+                        std::uint32_t* fileBytes) override;
 
  private:
   UsbPort* port_ = nullptr;

@@ -5,46 +5,73 @@
 #include <shlwapi.h>
 #include <winioctl.h>
 
+#include <atomic>
 #include <new>
 
 namespace qrn {
 namespace {
 
-// The bulk requests of the printer's USB function driver: the pipe number is the input, the data
-// travel in the output buffer. What the driver says of the bytes transferred is not looked at.
-struct BulkRequest {
-  DWORD code;
-  std::uint32_t pipe;
-};
+// The bulk requests of the printer's USB function driver.
 constexpr DWORD kFunctionDriver = 0x22;
-constexpr BulkRequest kBulkWrite = {
-    CTL_CODE(kFunctionDriver, 0x814, METHOD_IN_DIRECT, FILE_ANY_ACCESS), 0};
-constexpr BulkRequest kBulkRead = {
-    CTL_CODE(kFunctionDriver, 0x813, METHOD_OUT_DIRECT, FILE_ANY_ACCESS), 2};
-static_assert(kBulkWrite.code == 0x222051 && kBulkRead.code == 0x22204E);
+constexpr DWORD kBulkWrite = CTL_CODE(kFunctionDriver, 0x814, METHOD_IN_DIRECT, FILE_ANY_ACCESS);
+constexpr DWORD kBulkRead = CTL_CODE(kFunctionDriver, 0x813, METHOD_OUT_DIRECT, FILE_ANY_ACCESS);
+static_assert(kBulkWrite == 0x222051 && kBulkRead == 0x22204E);
+constexpr std::uint32_t kWritePipe = 0, kReadPipe = 2;
 
+// What a thread that is asked to leave gets for its way to the next sleep, transfer or box.
+constexpr DWORD kAskedMs = 300;
 // A thread that was ended by force may hang in its driver for minutes, but never comes back from
-// there: so its end is awaited for this long and no longer.
-constexpr DWORD kForcedEndMs = 2000;
+// there; one that has done its work may hang in the system's loader, which the host holds while it
+// loads and unloads. So neither is awaited for longer than this.
+constexpr DWORD kEndMs = 2000;
 
 struct StartedThread {
   HANDLE handle;
-  bool forced;  // ended by force; its starter's thread only
+  bool forced;             // ended by force; its starter's thread only
+  std::atomic<DWORD> id;   // set by the thread; 0 = not begun
+  std::atomic<bool> done;  // set by the thread: it executes no further step of the library
   void (*procedure)(void*);
   void* argument;
 };
 
+// The thread that is to leave; 0 = none. There is one at most: the host's thread waits for it.
+std::atomic<DWORD> g_asked = 0;
+
 // The system promises a stack that is aligned to 4 bytes only.
 __attribute__((force_align_arg_pointer)) DWORD WINAPI RunThread(void* started) {
-  const auto* thread = static_cast<const StartedThread*>(started);
+  auto* thread = static_cast<StartedThread*>(started);
+  thread->id = GetCurrentThreadId();
   thread->procedure(thread->argument);
+  thread->done = true;
   return 0;
 }
 
-bool Transfer(DeviceHandle device, BulkRequest request, void* data, std::uint32_t bytes) {
+// The wide call is the files' alone: who watches or replaces the other sees devices and no files.
+HANDLE OpenFileForWriting(const char* path, DWORD disposition) {
+  wchar_t wide[MAX_PATH];
+  if (MultiByteToWideChar(CP_ACP, 0, path, -1, wide, MAX_PATH) == 0) return INVALID_HANDLE_VALUE;
+  return CreateFileW(wide, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                     nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// Keeps the library loaded until the process ends: where a thread of it stands still, the system
+// may yet return into it.
+void KeepLibraryLoaded() {
+  HMODULE library = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                     reinterpret_cast<const char*>(&g_asked), &library);
+}
+
+// The pipe number is the input, the data travel in the output buffer. What the driver says of the
+// bytes transferred is not looked at.
+bool Transfer(DeviceHandle device, DWORD request, std::uint32_t pipe, void* data,
+              std::uint32_t bytes) {
+  Win32Platform::LeaveIfAsked();
   DWORD transferred = 0;
-  return DeviceIoControl(reinterpret_cast<HANDLE>(device), request.code, &request.pipe,
-                         sizeof request.pipe, data, bytes, &transferred, nullptr) != 0;
+  const BOOL done = DeviceIoControl(reinterpret_cast<HANDLE>(device), request, &pipe, sizeof pipe,
+                                    data, bytes, &transferred, nullptr);
+  Win32Platform::LeaveIfAsked();
+  return done != FALSE;
 }
 
 }  // namespace
@@ -65,18 +92,27 @@ void Win32Platform::DeviceClose(DeviceHandle device) {
 }
 
 bool Win32Platform::BulkWrite(DeviceHandle device, const void* data, std::uint32_t bytes) {
-  return Transfer(device, kBulkWrite, const_cast<void*>(data), bytes);  // the driver only reads it
+  return Transfer(device, kBulkWrite, kWritePipe, const_cast<void*>(data), bytes);  // only read
 }
 
 bool Win32Platform::BulkRead(DeviceHandle device, void* data, std::uint32_t bytes) {
-  return Transfer(device, kBulkRead, data, bytes);
+  return Transfer(device, kBulkRead, kReadPipe, data, bytes);
+}
+
+// The frames of the library that are left hold nothing.
+void Win32Platform::LeaveIfAsked() {
+  if (g_asked == GetCurrentThreadId()) ExitThread(0);
 }
 
 std::uint32_t Win32Platform::LastError() { return GetLastError(); }
 
 std::uint32_t Win32Platform::TickMs() { return GetTickCount(); }
 
-void Win32Platform::SleepMs(std::uint32_t ms) { Sleep(ms); }
+void Win32Platform::SleepMs(std::uint32_t ms) {
+  LeaveIfAsked();
+  Sleep(ms);
+  LeaveIfAsked();
+}
 
 LocalTime Win32Platform::LocalTimeNow() {
   SYSTEMTIME now;
@@ -85,7 +121,8 @@ LocalTime Win32Platform::LocalTimeNow() {
 }
 
 ThreadHandle Win32Platform::ThreadStart(void (*procedure)(void*), void* argument) {
-  auto* thread = new (std::nothrow) StartedThread{nullptr, false, procedure, argument};
+  auto* thread =
+      new (std::nothrow) StartedThread{nullptr, false, {0}, {false}, procedure, argument};
   if (thread == nullptr) return 0;
   thread->handle = CreateThread(nullptr, 0, RunThread, thread, 0, nullptr);
   if (thread->handle == nullptr) {
@@ -101,14 +138,23 @@ void Win32Platform::ThreadRaisePriority(ThreadHandle thread) {
 
 void Win32Platform::ThreadTerminate(ThreadHandle thread) {
   auto* started = reinterpret_cast<StartedThread*>(thread);
-  TerminateThread(started->handle, 0);
-  WaitForSingleObject(started->handle, kForcedEndMs);
+  g_asked = started->id.load();
+  PostThreadMessageA(g_asked, WM_QUIT, 0, 0);  // closes the box that it may stand in
+  if (WaitForSingleObject(started->handle, kAskedMs) != WAIT_OBJECT_0) {
+    KeepLibraryLoaded();
+    TerminateThread(started->handle, 0);
+    WaitForSingleObject(started->handle, kEndMs);
+  }
+  g_asked = 0;
   started->forced = true;
 }
 
 void Win32Platform::ThreadRelease(ThreadHandle thread) {
   auto* started = reinterpret_cast<StartedThread*>(thread);
-  if (!started->forced) WaitForSingleObject(started->handle, INFINITE);
+  if (!started->forced && WaitForSingleObject(started->handle, kEndMs) != WAIT_OBJECT_0 &&
+      !started->done) {
+    ThreadTerminate(thread);
+  }
   CloseHandle(started->handle);
   delete started;
 }
@@ -116,9 +162,39 @@ void Win32Platform::ThreadRelease(ThreadHandle thread) {
 std::uint32_t Win32Platform::SystemLocaleId() { return GetSystemDefaultLCID(); }
 
 void Win32Platform::ShowBox(const char* text, const char* caption) {
+  LeaveIfAsked();
   MessageBoxA(nullptr, text, caption, MB_OK);
+  LeaveIfAsked();
 }
 
 bool Win32Platform::PathExists(const char* path) { return PathFileExistsA(path) != FALSE; }
+
+bool Win32Platform::FileCreate(const char* path) {
+  const HANDLE file = OpenFileForWriting(path, CREATE_ALWAYS);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  CloseHandle(file);
+  return true;
+}
+
+FileWrite Win32Platform::FileWriteAt(const char* path, const FilePart& part,
+                                     std::uint32_t gapMaxBytes, std::uint32_t* fileBytes) {
+  const DWORD error = GetLastError();
+  FileWrite result = FileWrite::kFailed;
+  const HANDLE file = OpenFileForWriting(path, OPEN_ALWAYS);
+  if (file != INVALID_HANDLE_VALUE) {
+    *fileBytes = GetFileSize(file, nullptr);
+    OVERLAPPED at{};
+    at.Offset = part.place;
+    DWORD written = 0;
+    if (std::uint64_t{*fileBytes} + gapMaxBytes < part.place) {
+      result = FileWrite::kShort;
+    } else if (WriteFile(file, part.bytes, part.count, &written, &at) && written == part.count) {
+      result = FileWrite::kWritten;
+    }
+    CloseHandle(file);
+  }
+  SetLastError(error);
+  return result;
+}
 
 }  // namespace qrn

@@ -1,5 +1,6 @@
-// The Windows implementation: the system's own calls and nothing added. It keeps no state of its
-// own: what a handle stands for lives behind the handle. Tests put virtual devices in its place.
+// The Windows implementation: the system's own calls, and a way out for a thread that is to end by
+// force, so that it is not stopped in the middle of what others need. Tests put virtual devices in
+// its place.
 #ifndef QRN_PLATFORM_WIN32_WIN32_PLATFORM_H_
 #define QRN_PLATFORM_WIN32_WIN32_PLATFORM_H_
 
@@ -9,6 +10,9 @@ namespace qrn {
 
 class Win32Platform : public Platform {
  public:
+  // Does not return on a thread that is to end by force; what waits calls it before and after.
+  static void LeaveIfAsked();
+
   UsbList UsbListOpen() override;
   UsbPathStatus UsbListPath(UsbList list, std::uint32_t index, const char** path) override;
   void UsbListClose(UsbList list) override;
@@ -27,6 +31,9 @@ class Win32Platform : public Platform {
   std::uint32_t SystemLocaleId() override;
   void ShowBox(const char* text, const char* caption) override;
   bool PathExists(const char* path) override;
+  bool FileCreate(const char* path) override;
+  FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
+                        std::uint32_t* fileBytes) override;
 };
 
 }  // namespace qrn

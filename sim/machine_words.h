@@ -1,0 +1,17 @@
+// Machines from text: a setting is a name and a value, the names those of print-page's settings.
+#ifndef QRN_SIM_MACHINE_WORDS_H_
+#define QRN_SIM_MACHINE_WORDS_H_
+
+#include <string>
+
+#include "sim/machine.h"
+
+namespace qrn::sim {
+
+// Sets what is named, such as "heads" to "pha" or "ink_order_pha" to "7,6,5,4,3,2,1,0"; a setting
+// by resolution takes one number or four. Why it cannot, or "".
+std::string SetMachine(const std::string& name, const std::string& value, Machine* machine);
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_MACHINE_WORDS_H_

@@ -1,0 +1,62 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+#include "scenarios/play.h"
+
+namespace scenarios {
+namespace {
+
+// One entry a line: kind, time, text.
+void Write(const Entry& entry, std::FILE* out) {
+  std::fprintf(out, "%c %u %s\n", entry.kind, static_cast<unsigned>(entry.ms), entry.text.c_str());
+}
+
+Run Read(std::FILE* in) {
+  std::string all;
+  char buffer[4096];
+  while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, in))
+    all.append(buffer, count);
+  std::istringstream lines(all);
+  Run run;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream fields(line);
+    char kind = 0;
+    Entry entry;
+    fields >> kind >> entry.ms;
+    entry.kind = static_cast<Entry::Kind>(kind);
+    std::getline(fields.ignore(), entry.text);
+    run.push_back(entry);
+  }
+  return run;
+}
+
+}  // namespace
+
+Run PlayApart(const Scenario& scenario) {
+  int ends[2];
+  if (pipe(ends) != 0) return {{Entry::kResult, 0, "NO PIPE"}};
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    close(ends[0]);
+    std::FILE* out = fdopen(ends[1], "w");
+    for (const Entry& entry : Play(scenario)) Write(entry, out);
+    std::fclose(out);
+    std::exit(0);
+  }
+  close(ends[1]);
+  std::FILE* in = fdopen(ends[0], "r");
+  Run run = Read(in);
+  std::fclose(in);
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (status != 0) run.push_back({Entry::kResult, 0, "DIED    status " + std::to_string(status)});
+  return run;
+}
+
+}  // namespace scenarios

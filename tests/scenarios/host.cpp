@@ -1,0 +1,169 @@
+#include "scenarios/host.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+namespace scenarios {
+namespace {
+
+constexpr std::uint32_t kPlanes = 8, kPixelsPerByte = 4, kBandLines = 50;
+constexpr std::uint8_t kSlack = 0xA5;  // behind the bytes of a line
+
+// Drop levels of all kinds; here and there a plane, or a band of lines in one, stays blank.
+void DrawRandom(std::uint64_t seed, Page& page) {
+  std::mt19937_64 random(seed);
+  const std::uint64_t blankPlane = random() % (kPlanes + 1);
+  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    std::uint64_t keep = 0;  // of three bytes
+    for (std::uint32_t line = 0; line < page.Lines(); ++line) {
+      if (line % kBandLines == 0) keep = random() % 3;
+      for (std::uint32_t i = 0; i < page.LineBytes(); ++i) {
+        const std::uint64_t bits = random();
+        if (plane != blankPlane && (bits >> 8) % 3 < keep)
+          page.Edit(plane, line)[i] = static_cast<std::uint8_t>(bits);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+Page::Page(const Job& job)
+    : lines_(job.height),
+      lineBytes_(job.width / kPixelsPerByte),
+      bytes_(std::size_t{kPlanes} * lines_ * lineBytes_) {}
+
+Page Page::Drawn(const Job& job) {
+  Page page(job);
+  if (job.image.random) DrawRandom(job.image.seed, page);
+  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    if ((job.image.planes >> plane & 1u) == 0) continue;
+    for (const LineRange& range : job.image.lines) {
+      for (std::uint32_t line = range.first; line <= range.last && line < job.height; ++line)
+        std::fill_n(page.Edit(plane, line), page.lineBytes_, std::uint8_t{0xFF});
+    }
+  }
+  return page;
+}
+
+const std::uint8_t* Page::Line(int plane, std::uint32_t line) const {
+  return bytes_.data() + (static_cast<std::size_t>(plane) * lines_ + line) * lineBytes_;
+}
+
+std::uint8_t* Page::Edit(std::uint32_t plane, std::uint32_t line) {
+  return bytes_.data() + (std::size_t{plane} * lines_ + line) * lineBytes_;
+}
+
+Page Host::Print(const Job& job) {
+  Work work(job);
+  const auto sayRefused = [&] {
+    if (work.refused != 0) {
+      witness_.Say(std::to_string(work.refused) + " of " + std::to_string(work.calls) +
+                   " lines refused");
+    }
+    work.calls = work.refused = 0;
+  };
+  for (const HostStep& step : job.host) {
+    if (step.what != HostStep::kCall && step.what != HostStep::kWrite) sayRefused();
+    Take(step, work);
+  }
+  sayRefused();
+  return work.taken;
+}
+
+void Host::Take(const HostStep& step, Work& work) {
+  switch (step.what) {
+    case HostStep::kStart:
+      return Start(work);
+    case HostStep::kLines:
+      return GiveLines(step, work);
+    case HostStep::kCall:
+      return Send(step.count, step, work);
+    case HostStep::kWrite:
+      for (std::uint32_t i = 0; i < step.count; ++i) Write(step, work);
+      return;
+    case HostStep::kRest:
+      return witness_.SleepMs(step.count);
+    case HostStep::kEnd:
+      if ((work.job.lineFamily ? PP_Uninit() : EndRipData()) != 1) witness_.Say("end: not 1");
+      return;
+    case HostStep::kAsk:
+      return Ask();
+  }
+}
+
+void Host::Start(Work& work) {
+  const HostJobDesc* desc = work.job.desc ? &*work.job.desc : nullptr;
+  work.taken = Page(work.job);
+  work.linesGiven = work.linesTaken = 0;
+  if (!work.job.lineFamily) slot_ = 0;
+  const std::int32_t result = work.job.lineFamily ? PP_Init(desc) : StartPrint(desc, 0);
+  if (result != 1) witness_.Say("start: " + std::to_string(result));
+}
+
+void Host::Ask() {
+  char error[17] = "################";
+  std::string text = "asked: InitPrinter " + std::to_string(InitPrinter(5)) + ", AbortPrint " +
+                     std::to_string(AbortPrint()) + ", ExitPrinter " +
+                     std::to_string(ExitPrinter()) + ", PP_GetErrorMsg " +
+                     std::to_string(PP_GetErrorMsg(nullptr)) + " " +
+                     std::to_string(PP_GetErrorMsg(error)) + " '" + error + "', resolutions";
+  for (const std::uint32_t index : {0u, 1u, 2u, 3u, 4u, 0x102u})
+    text += " " + std::to_string(PP_GetResolutionX(index));
+  witness_.Say(text + " x " + std::to_string(PP_GetResolutionY(99)));
+}
+
+void Host::GiveLines(const HostStep& step, Work& work) {
+  const std::uint32_t left = work.job.height - work.linesGiven;
+  for (std::uint32_t line = 0; line < std::min(step.count, left); ++line) {
+    for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+      if (work.job.lineFamily) {
+        Send(plane, step, work);
+      } else {
+        Write(step, work);
+      }
+    }
+    ++work.linesGiven;
+    if (step.restMs != 0) witness_.SleepMs(step.restMs);
+  }
+}
+
+void Host::Send(std::uint32_t color, const HostStep& step, Work& work) {
+  const std::vector<std::uint8_t> line = LineOf(color, step, work);
+  const std::uint32_t bytes = step.bytes.value_or(work.drawn.LineBytes());
+  ++work.calls;
+  if (PP_SendALineAColorData(color, bytes, step.null ? nullptr : line.data(), 0) != 1)
+    ++work.refused;
+  TakeIn(color, line, step, work);
+}
+
+void Host::Write(const HostStep& step, Work& work) {
+  const std::vector<std::uint8_t> line = LineOf(slot_, step, work);
+  const std::uint32_t bytes = step.bytes.value_or(work.drawn.LineBytes());
+  ++work.calls;
+  if (WriteRipData(step.null ? nullptr : line.data(), bytes) != bytes) ++work.refused;
+  TakeIn(slot_, line, step, work);
+  slot_ = (slot_ + 1) % kPlanes;
+}
+
+// Behind its bytes, and behind the last line of a page, stands something else.
+std::vector<std::uint8_t> Host::LineOf(std::uint32_t plane, const HostStep& step,
+                                       const Work& work) {
+  const std::uint32_t bytes = work.drawn.LineBytes();
+  std::vector<std::uint8_t> line(std::max(step.bytes.value_or(bytes), bytes) + 1, kSlack);
+  if (plane < kPlanes && work.linesTaken < work.drawn.Lines())
+    std::copy_n(work.drawn.Line(static_cast<int>(plane), work.linesTaken), bytes, line.begin());
+  return line;
+}
+
+void Host::TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line, const HostStep& step,
+                  Work& work) {
+  if (work.linesTaken >= work.taken.Lines() || plane >= kPlanes || step.null) return;
+  const std::uint32_t bytes = work.taken.LineBytes();
+  std::copy_n(line.begin(), std::min(step.bytes.value_or(bytes), bytes),
+              work.taken.Edit(plane, work.linesTaken));
+  if (plane + 1 == kPlanes) ++work.linesTaken;
+}
+
+}  // namespace scenarios

@@ -1,0 +1,66 @@
+// The host program: takes the steps of a job through the exports, says what it finds unusual, and
+// keeps what a driver should make of the lines.
+#ifndef QRN_TESTS_SCENARIOS_HOST_H_
+#define QRN_TESTS_SCENARIOS_HOST_H_
+
+#include <cstdint>
+#include <vector>
+
+#include "scenarios/scenario.h"
+#include "scenarios/witness.h"
+#include "sim/compare.h"
+
+namespace scenarios {
+
+class Page : public qrn::sim::RasterSource {
+ public:
+  explicit Page(const Job& job);
+  // With the job's image.
+  static Page Drawn(const Job& job);
+
+  std::uint32_t Lines() const override { return lines_; }
+  std::uint32_t LineBytes() const override { return lineBytes_; }
+  const std::uint8_t* Line(int plane, std::uint32_t line) const override;
+  // To write on.
+  std::uint8_t* Edit(std::uint32_t plane, std::uint32_t line);
+
+ private:
+  std::uint32_t lines_, lineBytes_;
+  std::vector<std::uint8_t> bytes_;  // plane by plane
+};
+
+class Host {
+ public:
+  explicit Host(Witness& witness) : witness_(witness) {}
+
+  // Takes all steps of the job; the page that a driver should have printed then.
+  Page Print(const Job& job);
+
+ private:
+  // The job in hand.
+  struct Work {
+    explicit Work(const Job& of) : job(of), drawn(Page::Drawn(of)), taken(of) {}
+    const Job& job;
+    Page drawn, taken;
+    std::uint32_t linesGiven = 0, linesTaken = 0;
+    std::uint32_t calls = 0, refused = 0;  // since it was said last how many
+  };
+
+  void Take(const HostStep& step, Work& work);
+  void Start(Work& work);
+  void Ask();
+  void GiveLines(const HostStep& step, Work& work);
+  void Send(std::uint32_t color, const HostStep& step, Work& work);
+  void Write(const HostStep& step, Work& work);
+  std::vector<std::uint8_t> LineOf(std::uint32_t plane, const HostStep& step, const Work& work);
+  // What a driver makes of a line.
+  static void TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line,
+                     const HostStep& step, Work& work);
+
+  Witness& witness_;
+  std::uint32_t slot_ = 0;  // of the next WriteRipData; only StartPrint sets it back
+};
+
+}  // namespace scenarios
+
+#endif  // QRN_TESTS_SCENARIOS_HOST_H_

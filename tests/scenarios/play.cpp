@@ -1,0 +1,157 @@
+#include "scenarios/play.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include "platform/platform.h"
+#include "scenarios/host.h"
+#include "scenarios/witness.h"
+#include "sim/virtual_printer.h"
+
+namespace scenarios {
+namespace {
+
+using qrn::sim::Comparison;
+using qrn::sim::PrinterStats;
+
+std::string Count(std::uint64_t count, const std::string& what) {
+  return std::to_string(count) + " " + what;
+}
+
+std::string TellTraffic(const Traffic& traffic) {
+  static const std::map<std::uint32_t, std::string> names = {
+      {0, "test"}, {2, "connect"}, {3, "create"}, {4, "swath"},
+      {5, "end"},  {9, "cancel"},  {10, "poll"},  {12, "query"},
+  };
+  std::string text;
+  for (const auto& [code, count] : traffic.messages) {
+    const std::string& name = names.at(code);
+    text += (text.empty() ? "" : ", ") + (count != 1 ? Count(count, name) : name);
+  }
+  if (text.empty()) return "wire    nothing";
+  return "wire    " + text + ": " + Count(traffic.writes, "writes, ") +
+         Count(traffic.bytes, "bytes ") + traffic.digest.Text();
+}
+
+// What the printer did in this job: it counts over all jobs.
+std::string TellPrinted(const PrinterStats& now, const PrinterStats& before) {
+  const std::uint32_t feedOnly = now.feedOnlySwaths - before.feedOnlySwaths;
+  std::string text = "printed " + Count(now.swaths - before.swaths, "swaths");
+  if (feedOnly != 0) text += ", " + Count(feedOnly, "of them feed only");
+  return text + ", ink " + std::to_string(now.inkLaid - before.inkLaid) + "; " +
+         Count(now.jobsCreated - before.jobsCreated, "jobs, ") +
+         Count(now.jobsEnded - before.jobsEnded, "ended");
+}
+
+std::string TellPaper(const Comparison& found) {
+  std::string text = Count(found.cells, "cells, ") + Count(found.differingCells, "differ");
+  if (found.unreachedCells != 0) text += ", " + Count(found.unreachedCells, "out of reach");
+  if (found.displacedCells != 0) text += ", " + Count(found.displacedCells, "a line higher");
+  if (!found.firstDifference.empty()) text += "; " + found.firstDifference;
+  if (!found.reason.empty()) text += "; " + found.reason;
+  return text;
+}
+
+// The digest holds names and bytes and, of all that has happened, the times.
+std::string TellLogs(Digest times) {
+  std::uint64_t bytes = 0;
+  const std::vector<std::filesystem::path> files = LogFolder::Files();
+  for (const std::filesystem::path& path : files) {
+    std::ifstream file(path, std::ios::binary);
+    const std::string log{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string name = path.filename().string();
+    bytes += log.size();
+    times.Add(name.data(), name.size());
+    times.Add(log.data(), log.size());
+  }
+  return "log " + Count(files.size(), "files, ") + Count(bytes, "bytes ") + times.Text();
+}
+
+// Where a scenario is played.
+class Stage {
+ public:
+  explicit Stage(const Scenario& scenario)
+      : folder_(scenario.logFolder),
+        machine_(scenario.machine),
+        printer_(scenario.machine, scenario.quirks),
+        witness_(printer_, scenario.system),
+        host_(witness_) {
+    qrn::UsePlatform(&witness_);
+  }
+  ~Stage() { qrn::UsePlatform(nullptr); }
+  Stage(const Stage&) = delete;
+  Stage& operator=(const Stage&) = delete;
+
+  void Print(const Job& job) {
+    const Page page = host_.Print(job);
+    TakeEvents();
+    const PrinterStats stats = printer_.Stats();
+    for (const auto& [name, value] : RecordFields())
+      run_.push_back({Entry::kRecord, 0, name + " " + value});
+    if (stats.jobsCreated != before_.jobsCreated) {
+      Tell(TellPrinted(stats, before_) + "; " +
+           TellPaper(Compare(page, printer_.CurrentPaper(), machine_, printer_.ResolutionX())));
+    }
+    Tell(TellTraffic(witness_.TakeTraffic()));
+    before_ = stats;
+    ++jobs_;
+  }
+
+  Run BreakOff(const std::string& why) {
+    TakeEvents();
+    Tell("BROKEN  " + why);
+    return std::move(run_);
+  }
+
+  Run Finish() {
+    TakeEvents();
+    run_.back().text += "; " + TellLogs(times_);
+    if (!printer_.Violation().empty()) Tell("VIOLATION " + printer_.Violation());
+    if (witness_.Time().LiveThreads() != 0) Tell("LEFT    a thread");
+    if (witness_.Time().OpenDevices() != 0) Tell("LEFT    an open device");
+    if (testing::UnitTest::GetInstance()->Failed()) Tell("FAILED  as is said above");
+    return std::move(run_);
+  }
+
+ private:
+  void Tell(const std::string& text) { run_.push_back({Entry::kResult, 0, text}); }
+
+  void TakeEvents() {
+    for (const Event& event : witness_.TakeEvents()) {
+      times_.Add(&event.ms, sizeof event.ms);
+      if (event.kind == Event::kLogBegins) {
+        run_.push_back({Entry::kLogBegins, event.ms, std::to_string(jobs_)});
+      } else {
+        run_.push_back(
+            {event.kind == Event::kLog ? Entry::kLog : Entry::kSaid, event.ms, event.text});
+      }
+    }
+  }
+
+  LogFolder folder_;
+  qrn::sim::Machine machine_;
+  qrn::sim::VirtualPrinter printer_;
+  Witness witness_;
+  Host host_;
+  Run run_;
+  Digest times_;
+  PrinterStats before_;
+  int jobs_ = 0;
+};
+
+}  // namespace
+
+Run Play(const Scenario& scenario) {
+  Stage stage(scenario);
+  try {
+    for (const Job& job : scenario.jobs) stage.Print(job);
+  } catch (const qrn::sim::TimeLimitPassed& passed) {
+    return stage.BreakOff(passed.what());
+  }
+  return stage.Finish();
+}
+
+}  // namespace scenarios
