@@ -96,9 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (int pages = 0; pages < kPagesMax; ++pages) {
     tool::RasterPage page;
     std::string error;
-    const tool::ReadResult result = reader.NextPage(resolution, &page, &error);
-    const bool failed =
-        result == tool::ReadResult::kError || result == tool::ReadResult::kTruncated;
+    const tool::ReadResult result = reader.NextPage({resolution, {}}, &page, &error);
+    const bool failed = result != tool::ReadResult::kPage && result != tool::ReadResult::kEnd;
     FUZZ_CHECK(failed == !error.empty());
     if (result == tool::ReadResult::kPage || result == tool::ReadResult::kTruncated)
       CheckPage(page);

@@ -40,6 +40,7 @@ class Firmware {
   // Something befell the printer, beside what the firmware does itself.
   void Note(const std::string& trouble) { trouble_ = trouble; }
 
+  bool IsPaused() const { return state_.IsPaused(); }
   const std::string& Violation() const { return violation_; }
   // What may have cost the host its job, last of all since the last connect; "" = nothing.
   const std::string& Trouble() const { return trouble_; }

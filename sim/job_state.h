@@ -22,6 +22,7 @@ class JobState {
   // A reply that tells the state is on its way: what is due in it happens. True when that is a
   // cancel.
   bool Watch(std::uint32_t nowMs);
+  bool IsPaused() const { return paused_; }
   // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
   std::uint16_t Tell(std::uint32_t nowMs);
   // What a pause reply carries from its byte 12 on: a mark and the parameter update; empty when the

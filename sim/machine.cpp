@@ -23,6 +23,15 @@ std::uint8_t HeadMask(Heads heads) {
 
 }  // namespace
 
+std::uint32_t PrintableMm(const Machine& machine) {
+  constexpr std::uint32_t kDefaultTravelMm = 2150, kCarriageMm = 195, kSecondHeadMm = 60;
+  const std::uint64_t travelMm =
+      machine.travel600 != 0 ? std::uint64_t{machine.travel600} * 254 / 6000 : kDefaultTravelMm;
+  const std::uint64_t reserveMm =
+      machine.margin * 1016ull / 6000 + kCarriageMm + (machine.twoHeadCarriage ? kSecondHeadMm : 0);
+  return static_cast<std::uint32_t>(travelMm - std::min(travelMm, reserveMm));
+}
+
 std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine) {
   std::array<std::uint8_t, kParameterBlockBytes> block{};
   block[0] = 120;  // main board id and version, carriage board id and version, its serial number

@@ -49,6 +49,10 @@ constexpr std::size_t FiringOrderOf(Heads heads) {
 
 constexpr std::uint32_t kStepsPerLine = 20;
 
+// Width of the widest image that the driver takes for the machine, whole millimetres: the travel of
+// its carriage less the margins and what the carriage itself needs.
+std::uint32_t PrintableMm(const Machine& machine);
+
 constexpr std::size_t kParameterBlockBytes = 208;
 // The block that the printer answers a connect with.
 std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine);

@@ -50,14 +50,17 @@ std::int32_t Paper::LastLine() const {
   return last;
 }
 
+std::uint64_t Paper::InkOf(int plane) const {
+  std::uint64_t ink = 0;
+  for (const auto& rows : rows_[static_cast<std::size_t>(plane)]) {
+    for (const auto& [line, row] : rows) ink = std::accumulate(row.ink.begin(), row.ink.end(), ink);
+  }
+  return ink;
+}
+
 std::uint64_t Paper::TotalInk() const {
   std::uint64_t total = 0;
-  for (const auto& plane : rows_) {
-    for (const auto& rows : plane) {
-      for (const auto& [line, row] : rows)
-        total = std::accumulate(row.ink.begin(), row.ink.end(), total);
-    }
-  }
+  for (int plane = 0; plane < kInks; ++plane) total += InkOf(plane);
   return total;
 }
 

@@ -63,17 +63,24 @@ void Append(std::string* text, const std::string& more) {
 
 }  // namespace
 
+unsigned PrintedPlanes(const Machine& machine) {
+  if (machine.heads == Heads::kBoth) return (1u << kInks) - 1;
+  unsigned planes = 0;
+  for (const std::uint8_t plane : machine.inkOrder[FiringOrderOf(machine.heads)])
+    planes |= plane < kInks ? 1u << plane : 0u;
+  return planes;
+}
+
 Reach::Reach(const Machine& machine, std::uint32_t resolution) {
   if (machine.heads == Heads::kBoth) return;
-  FindPlanes(machine);
+  planes_ = PrintedPlanes(machine);
+  FindMissingPlanes();
   FindLines(machine, BasePassCountOf(resolution));
   if (machine.heads == Heads::kNone)
     Append(&reason_, "no head in use: the last two nozzles of every row print wrong");
 }
 
-void Reach::FindPlanes(const Machine& machine) {
-  for (const std::uint8_t plane : machine.inkOrder[FiringOrderOf(machine.heads)])
-    planes_ |= plane < kInks ? 1u << plane : 0u;
+void Reach::FindMissingPlanes() {
   std::string missing;
   for (int plane = 0; plane < kInks; ++plane) {
     if (((planes_ >> plane) & 1u) == 0) missing += " " + std::to_string(plane);

@@ -12,6 +12,10 @@
 
 namespace qrn::sim {
 
+// Planes that the machine has a nozzle row for, bit p for plane p. With two heads in use these are
+// all, or the driver refuses the machine.
+unsigned PrintedPlanes(const Machine& machine);
+
 struct LineReach {
   bool none = false;        // not at all
   bool above = false;       // laid on the line above
@@ -31,10 +35,10 @@ class Reach {
   const std::string& Reason() const { return reason_; }
 
  private:
-  void FindPlanes(const Machine& machine);
+  void FindMissingPlanes();
   void FindLines(const Machine& machine, std::uint32_t base);
 
-  unsigned planes_ = 0;          // bit p: plane p has a nozzle row
+  unsigned planes_ = 0;          // PrintedPlanes of the machine
   std::vector<LineReach> band_;  // repeats down the page; empty: everything is whole
   std::string reason_;
 };

@@ -29,6 +29,7 @@ class UsbBus {
   void Close(std::uint32_t handle);
   // The handle is open and its device has stayed there.
   bool Usable(std::uint32_t handle) const;
+  bool IsOpen() const { return handle_ != 0; }
 
  private:
   struct Device {

@@ -118,6 +118,8 @@ PrinterStats VirtualPrinter::Stats() const {
   stats.inkLaid = impl_->firmware.InkLaid();
   stats.jobsCreated = impl_->firmware.JobsCreated();
   stats.jobsEnded = impl_->firmware.JobsEnded();
+  stats.open = impl_->bus.IsOpen();
+  stats.paused = impl_->firmware.IsPaused();
   return stats;
 }
 

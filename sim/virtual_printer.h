@@ -23,6 +23,8 @@ struct PrinterStats {
   std::uint32_t feedOnlySwaths = 0;
   std::uint64_t inkLaid = 0;  // sum of drop levels
   std::uint32_t jobsCreated = 0, jobsEnded = 0;
+  bool open = false;    // now: the host has opened the device, and it is there
+  bool paused = false;  // now: the job
 };
 
 // Calls may come from any thread.

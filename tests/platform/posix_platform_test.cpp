@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -107,16 +108,20 @@ TEST_F(Posix, ShowsBoxesInUtf8WhereTheUserLooks) {
 }
 
 TEST_F(Posix, SpeaksTheLanguageOfItsEnvironment) {
-  const char* const before = std::getenv("LANG");
-  const std::string kept = before != nullptr ? before : "";
-  for (const auto& [language, primary] : std::vector<std::pair<const char*, std::uint32_t>>{
-           {"zh_CN.UTF-8", 4}, {"zh", 4}, {"en_US", 9}, {"za_CN", 9}, {"ah", 9}, {"", 9}}) {
-    setenv("LANG", language, 1);
-    EXPECT_EQ(primary, platform.SystemLocaleId() & 0xFFu) << language;
+  constexpr const char* kNames[] = {"LC_ALL", "LC_MESSAGES", "LANG"};
+  struct Case {
+    const char* values[3];
+    std::uint32_t primary;
+  };
+  for (const Case& c :
+       {Case{{"", "", "zh_CN.UTF-8"}, 4}, Case{{"", "", "zh"}, 4}, Case{{"", "", "en_US"}, 9},
+        Case{{"", "", "za_CN"}, 9}, Case{{"", "", "ah"}, 9}, Case{{"", "", ""}, 9},
+        Case{{"", "zh_TW", "en_US"}, 4}, Case{{"C", "zh_TW", "zh_CN"}, 9}}) {
+    for (std::size_t i = 0; i < 3; ++i) setenv(kNames[i], c.values[i], 1);
+    EXPECT_EQ(c.primary, platform.SystemLocaleId() & 0xFFu) << c.values[0] << c.values[2];
   }
-  unsetenv("LANG");
+  for (const char* name : kNames) unsetenv(name);
   EXPECT_EQ(9u, platform.SystemLocaleId() & 0xFFu);
-  if (before != nullptr) setenv("LANG", kept.c_str(), 1);
 }
 
 TEST_F(Posix, TellsLocalTimeAndWhatExists) {

@@ -21,8 +21,7 @@ class PictureTest : public testing::Test {
     AddInk(paper.Prepare(plane, direction, line, column, column), column, ink);
   }
   void Render() {
-    std::string error;
-    ASSERT_TRUE(WritePng(paper, options, path, &error)) << error;
+    ASSERT_EQ("", WritePng(paper, options, path));
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     ASSERT_NE(0, png_image_begin_read_from_file(&image, path.c_str()));
@@ -91,14 +90,21 @@ TEST_F(PictureTest, FitsItsWidthKeepsTheAspectAndFindsTheInkByItself) {
   EXPECT_EQ(kWhite, At(7, 7));
 }
 
+// A line between two rows goes half to each: rows that cover one or two lines in turn are streaks.
+TEST_F(PictureTest, AveragesByArea) {
+  for (std::int32_t column = 0; column < 3; ++column) Lay(0, 0, 1, column, 12);
+  options.lines = 3, options.columns = 3, options.widthMax = 2;
+  Render();
+  ASSERT_EQ(2u, width);
+  ASSERT_EQ(2u, height);
+  for (const auto& [x, y] : {std::pair{0, 0}, std::pair{1, 0}, std::pair{0, 1}, std::pair{1, 1}})
+    EXPECT_EQ(0xAAE4FAu, At(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)));
+}
+
 TEST_F(PictureTest, ThatCannotBeWrittenSaysWhy) {
-  std::string error;
-  const std::string nowhere = path + "/no/paper.png";
-  EXPECT_FALSE(WritePng(paper, options, nowhere, &error));
-  EXPECT_EQ("cannot write picture '" + nowhere + "': No such file or directory", error);
+  EXPECT_EQ("No such file or directory", WritePng(paper, options, path + "/no/paper.png"));
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
-  EXPECT_FALSE(WritePng(paper, options, "/dev/full", &error));
-  EXPECT_EQ("cannot write picture '/dev/full': No space left on device", error);
+  EXPECT_EQ("No space left on device", WritePng(paper, options, "/dev/full"));
 }
 
 }  // namespace

@@ -14,13 +14,19 @@
 
 #include "print_page/leftovers.h"
 
-extern char** environ;
-
 namespace qrn::tool {
 
 namespace {
 
 constexpr const char* kNoMessage = "failed without a message";
+
+// As the system's calls take it: ends in a null.
+std::vector<char*> Pointers(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
 
 // The next line that is not blank; false when there is none.
 bool NextLine(std::istringstream& stream, std::string* line) {
@@ -71,13 +77,12 @@ bool ChildProcess::Start(const std::vector<std::string>& arguments, std::string*
   }
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addchdir_np(&actions, folder_.Path("").c_str());
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, said_.c_str(),
-                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  std::vector<char*> argv;
-  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, messages_, O_WRONLY | O_CREAT | O_TRUNC,
+                                   0600);
+  const std::vector<char*> argv = Pointers(arguments), variables = Pointers(folder_.Environment());
   // The signals that this program blocks are not blocked there.
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
@@ -86,7 +91,8 @@ bool ChildProcess::Start(const std::vector<std::string>& arguments, std::string*
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
   auto lock = HoldOffSignals();
-  const int failed = posix_spawnp(&child_, argv[0], &actions, &attributes, argv.data(), environ);
+  const int failed =
+      posix_spawnp(&child_, argv[0], &actions, &attributes, argv.data(), variables.data());
   if (failed == 0) NoteChild(child_);
   lock.unlock();
   posix_spawnattr_destroy(&attributes);
@@ -108,6 +114,13 @@ std::size_t ChildProcess::Read(void* buffer, std::size_t bytes) {
   return got > 0 ? static_cast<std::size_t>(got) : 0;
 }
 
+std::string ChildProcess::ReadAll() {
+  std::string all;
+  std::array<char, 4096> bytes;
+  while (const std::size_t got = Read(bytes.data(), bytes.size())) all.append(bytes.data(), got);
+  return all;
+}
+
 bool ChildProcess::WaitForEnd() {
   std::array<char, 4096> dropped;
   while (Read(dropped.data(), dropped.size()) != 0) {
@@ -125,7 +138,7 @@ bool ChildProcess::WaitForEnd() {
 
 std::string ChildProcess::Said() const {
   std::ostringstream messages;
-  messages << std::ifstream(said_).rdbuf();
+  messages << std::ifstream(folder_.Path(messages_)).rdbuf();
   return messages.str();
 }
 

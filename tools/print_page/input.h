@@ -11,19 +11,19 @@
 
 namespace qrn::tool {
 
-enum class InputKind { kRaster, kDocument, kPicture, kUnknown };
-
-// By the first bytes of a file.
-InputKind KindOf(const std::string& firstBytes);
-
 // The pages of one input. Temporary files live as long as it does.
 class Input {
  public:
-  // `path`: a file, or "-" for a raster on standard input. Null, and a one-line reason that names
-  // the file, when it cannot be read.
-  static std::unique_ptr<Input> Open(const std::string& path, std::uint32_t resolution,
+  // `path`: a file, a pipe, or "-" for standard input. A raster is read as it comes. Null, and a
+  // one-line reason that names the file, when it cannot be read.
+  static std::unique_ptr<Input> Open(const std::string& path, const PageTerms& terms,
                                      std::string* error);
   ~Input();
+  // Through other programs, not read as a raster.
+  bool IsRendered() const;
+  // Of the input; 0 = not known.
+  std::uint32_t Pages() const;
+  // *error names the file, and the page where that is known.
   ReadResult NextPage(RasterPage* page, std::string* error);
 
  private:

@@ -1,15 +1,13 @@
 #include "print_page/line_packer.h"
 
-#include <array>
 #include <cstring>
 
-#include "print_page/page.h"
+#include "print_page/drop_levels.h"
 
 namespace qrn::tool {
 namespace {
 
 constexpr std::uint32_t kPixelsPerByte = 4;
-constexpr std::uint32_t kDitherPeriod = 8;  // of LevelOf, in both directions
 
 // Bit at which the pixels of a colour start in a line of the stream, and bits from pixel to pixel.
 struct Walk {
@@ -32,25 +30,6 @@ Walk WalkOf(const RasterLayout& layout, std::uint32_t color) {
 std::uint32_t FewBitsLevel(std::uint32_t value, std::uint32_t bits) {
   return bits == 1 ? value * 3u : value;
 }
-
-// LevelOf for every ink and place.
-class LevelTable {
- public:
-  LevelTable() {
-    for (std::uint32_t y = 0; y < kDitherPeriod; ++y) {
-      for (std::uint32_t x = 0; x < kDitherPeriod; ++x) {
-        for (std::uint32_t ink = 0; ink < 256; ++ink)
-          levels_[y][x][ink] = LevelOf(static_cast<std::uint8_t>(ink), x, y);
-      }
-    }
-  }
-  std::uint32_t At(std::uint8_t ink, std::uint32_t x, std::uint32_t y) const {
-    return levels_[y % kDitherPeriod][x % kDitherPeriod][ink];
-  }
-
- private:
-  std::array<std::array<std::array<std::uint8_t, 256>, kDitherPeriod>, kDitherPeriod> levels_;
-};
 
 // `levelAt(x)` is the drop level of a pixel.
 template <class LevelAt>
@@ -82,15 +61,21 @@ bool CopyLine(const std::uint8_t* pixels, std::uint32_t width, std::uint8_t* pac
   return inked != 0;
 }
 
+bool IsBlank(const std::uint8_t* bytes, std::size_t count) {
+  return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
+}
+
 // All pixels of a colour lie at the same place of a byte, whole bytes apart.
 bool PackBytes(const RasterLayout& layout, const std::uint8_t* line, const Walk& walk,
                std::uint32_t y, std::uint8_t* packed) {
-  static const LevelTable levels;
   const std::uint8_t* pixels = line + walk.start / 8;
   const std::size_t step = walk.step / 8;
   if (layout.bits == 8) {
-    return Pack(layout.width, packed,
-                [=](std::uint32_t x) { return levels.At(pixels[x * step], x, y); });
+    if (step == 1 && IsBlank(pixels, layout.width)) return false;
+    const LineLevels& levels = LevelsOfLine(y);
+    return Pack(layout.width, packed, [=, &levels](std::uint32_t x) -> std::uint32_t {
+      return levels[x % kScreenPixels][pixels[x * step]];
+    });
   }
   const std::uint32_t shift = 8 - layout.bits - static_cast<std::uint32_t>(walk.start % 8);
   const std::uint32_t mask = (1u << layout.bits) - 1u;

@@ -21,8 +21,13 @@ constexpr const char* kFooter =
     "(docs/simulator.md)\n"
     "Exit code: 0 all pages printed and equal, 1 not, or input that cannot be read, 2 wrong usage.";
 
-std::string Absolute(const std::string& path) {
-  return path.empty() || path == "-" ? path : std::filesystem::absolute(path).string();
+bool MakeAbsolute(std::string* path, std::string* error) {
+  if (path->empty() || *path == "-") return true;
+  std::error_code gone;
+  const std::string absolute = std::filesystem::absolute(*path, gone).string();
+  if (gone) *error = "'" + *path + "': the current folder is gone";
+  *path = absolute;
+  return !gone;
 }
 
 bool ParseQuirks(const std::vector<std::string>& texts, sim::QuirkScript* quirks,
@@ -55,54 +60,90 @@ bool ParseSlots(const std::string& text, SlotMap* slots, std::string* error) {
   return false;
 }
 
-std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exitCode) {
-  Options options;
-  std::string api = "stream", slots = "0,1,2,3";
+namespace {
+
+// What the command line says before it is looked at more closely.
+struct Given {
+  std::string api = "stream", slots = "0,1,2,3,4,5,6,7";
   std::vector<std::string> quirks;
-  CLI::App app(kDescription, "print-page");
-  app.footer(kFooter);
-  app.add_option("input", options.input, "what to print")->required();
-  app.add_option("-r,--resolution", options.resolution,
-                 "dots per inch along the carriage: 1080, 1440, 1620 or 2160")
+  const CLI::Option* slotsOption = nullptr;
+};
+
+std::string CheckPictureName(const std::string& name) {
+  const std::string extension = std::filesystem::path(name).extension().string();
+  const bool png = extension.size() == 4 && CLI::detail::to_lower(extension) == ".png";
+  return png ? "" : "'" + name + "' does not end in .png, and the picture is a PNG file";
+}
+
+void AddOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("input", options->input, "what to print")->required();
+  app->add_option("-r,--resolution", options->resolution,
+                  "dots per inch along the carriage: 1080, 1440, 1620 or 2160")
       ->check(CLI::IsMember({1080, 1440, 1620, 2160}))
       ->capture_default_str();
-  app.add_option("--api", api, "family of exports: stream or line")
+  app->add_option("--api", given->api, "family of exports: stream or line")
       ->check(CLI::IsMember({"stream", "line"}))
       ->capture_default_str();
-  const CLI::Option* slotsOption =
-      app.add_option(
-             "--slots", slots,
-             "page plane (C, M, Y, K = 0..3) that feeds each of the 8 colour slots, - for none")
-          ->capture_default_str();
-  app.add_option("-s,--settings", options.settingsFile,
-                 "the printer's settings, a TOML file (see samples/printer.toml)");
-  app.add_option("-o,--output", options.picture,
-                 "picture of the printed paper, PNG; page n > 1 adds -n to the name");
-  app.add_option("--log-dir", options.logFolder, "folder for the driver's job logs");
-  app.add_option("--seed", options.seed, "seed of the scheduling on virtual time")
+  given->slotsOption = app->add_option(
+      "--slots", given->slots,
+      "page plane (C, M, Y, K = 0..3) that feeds each of the 8 colour slots, - for none; by "
+      "default each its own, as far as the page has them");
+  app->add_flag("--partial", options->partial,
+                "print the inks that the machine has a nozzle row for, and leave others out");
+  app->add_option("-s,--settings", options->settingsFile,
+                  "the printer's settings, a TOML file (see samples/printer.toml)");
+  app->add_option("-o,--output", options->picture,
+                  "picture of the printed paper, PNG; page n > 1 adds -n to the name")
+      ->check(CheckPictureName);
+  app->add_option("--dpi", options->pictureDpi,
+                  "pixels per inch of the picture; by default it is at most 1600 pixels wide")
+      ->check(CLI::Range(1, 720));
+  app->add_option("--log-dir", options->logFolder, "folder for the driver's job logs");
+  app->add_option("--seed", options->seed, "seed of the scheduling on virtual time")
+      ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
-  app.add_flag("--virtual-time", options.virtualTime, "do not wait for the printer's real time");
-  app.add_flag("--verify,!--no-verify", options.verify,
-               "compare paper and page cell by cell (default)");
-  app.add_option("--quirk", quirks, "make the printer misbehave; may be repeated")
+  app->add_flag("--virtual-time", options->virtualTime, "do not wait for the printer's real time");
+  app->add_flag("--verify,!--no-verify", options->verify,
+                "compare paper and page cell by cell (default)");
+  app->add_option("--quirk", given->quirks, "make the printer misbehave; may be repeated")
       ->allow_extra_args(false);
+}
+
+void Complete(const Given& given, Options* options) {
+  std::string error;
+  if (!ParseSlots(given.slots, &options->slots, &error) ||
+      !ParseQuirks(given.quirks, &options->quirks, &error)) {
+    throw CLI::ValidationError(error);
+  }
+  options->lineApi = given.api == "line";
+  options->slotsNamed = given.slotsOption->count() != 0;
+}
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exitCode) {
+  Options options;
+  Given given;
+  CLI::App app(kDescription, "print-page");
+  app.footer(kFooter);
+  app.failure_message([](const CLI::App* self, const CLI::Error& error) {
+    return "print-page: " + CLI::FailureMessage::simple(self, error);
+  });
+  AddOptions(&app, &options, &given);
   try {
     app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
+    Complete(given, &options);
+  } catch (const CLI::Error& error) {
     *exitCode = app.exit(error) == 0 ? 0 : 2;
     return std::nullopt;
   }
-  options.lineApi = api == "line";
-  options.slotsNamed = slotsOption->count() != 0;
   std::string error;
-  if (!ParseSlots(slots, &options.slots, &error) || !ParseQuirks(quirks, &options.quirks, &error)) {
-    std::cerr << "print-page: " << error << "\n";
-    *exitCode = 2;
-    return std::nullopt;
-  }
   for (std::string* path :
        {&options.input, &options.settingsFile, &options.picture, &options.logFolder}) {
-    *path = Absolute(*path);
+    if (MakeAbsolute(path, &error)) continue;
+    std::cerr << "print-page: " << error << "\n";
+    *exitCode = 1;
+    return std::nullopt;
   }
   return options;
 }

@@ -15,14 +15,16 @@ struct Options {
   std::string input;
   std::uint32_t resolution = 1440;
   bool lineApi = false;
-  SlotMap slots{0, 1, 2, 3, kBlank, kBlank, kBlank, kBlank};
-  bool slotsNamed = false;   // by the user, who then means planes that the page has
-  std::string settingsFile;  // "" = a machine as it leaves the factory
-  std::string picture;       // "" = none
-  std::string logFolder;     // "" = no job log
+  SlotMap slots{0, 1, 2, 3, 4, 5, 6, 7};
+  bool slotsNamed = false;       // by the user, who then means planes that the page has
+  std::string settingsFile;      // "" = a machine as it leaves the factory
+  std::string picture;           // "" = none
+  std::uint32_t pictureDpi = 0;  // 0 = as many as fit into its usual width
+  std::string logFolder;         // "" = no job log
   std::uint64_t seed = 1;
   bool virtualTime = false;
   bool verify = true;
+  bool partial = false;  // print what the machine has a nozzle row for, though the page has more
   sim::QuirkScript quirks;
 };
 

@@ -44,18 +44,21 @@ class SlotPage : public sim::RasterSource {
   std::uint32_t Lines() const override { return page_.lines; }
   std::uint32_t LineBytes() const override { return page_.LineBytes(); }
   const std::uint8_t* Line(int slot, std::uint32_t line) const override;
+  // A plane of the page belongs to the slot, blank or not.
+  bool IsFed(int slot) const;
+  // There is ink for the slot.
+  bool IsInked(int slot) const { return Line(slot, 0) != nullptr; }
 
  private:
   const RasterPage& page_;
   SlotMap slots_;
 };
 
+// What a slot is called to a person: C, M, Y, K for the usual four, the others by their number.
+const char* SlotName(int slot);
+
 // The first plane that the slot map names and the page does not have; kBlank when there is none.
 int MissingPlane(const RasterPage& page, const SlotMap& slots);
-
-// Reduces 8 bits of ink to a drop level 0..3, dithered by place: the average level over an 8 x 8
-// field is the ink's share of 3. 0 stays 0, 255 becomes 3.
-std::uint8_t LevelOf(std::uint8_t ink, std::uint32_t x, std::uint32_t y);
 
 }  // namespace qrn::tool
 

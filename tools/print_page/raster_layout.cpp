@@ -64,14 +64,17 @@ std::string CheckHeader(const cups_page_header2_t& header, std::uint32_t resolut
   const bool blackFirst = space == CUPS_CSPACE_KCMY || space == CUPS_CSPACE_K;
   layout->inks = blackFirst ? kBlackFirst : kInOrder;
   layout->pixelBits = std::max(header.cupsBitsPerPixel, layout->planes * layout->bits);
-  if (layout->planes == 0) return "colour space " + std::to_string(space) + " is not read";
-  if (layout->bits != 1 && layout->bits != 2 && layout->bits != 8) {
-    return std::to_string(layout->bits) + " bits per colour are not read";
+  if (layout->planes == 0) {
+    return "colour space " + std::to_string(space) +
+           " is not read: only K, CMYK, KCMY and DEVICE1 to DEVICE8 are";
   }
+  if (layout->bits != 1 && layout->bits != 2 && layout->bits != 8)
+    return std::to_string(layout->bits) + " bits per colour are not read: only 1, 2 and 8 are";
   if (layout->width == 0 || layout->width > kWidthMax || layout->lines == 0 ||
       layout->lines > kLinesMax) {
-    return "a page of " + std::to_string(layout->width) + " x " + std::to_string(layout->lines) +
-           " pixels";
+    return std::to_string(layout->width) + " x " + std::to_string(layout->lines) +
+           " pixels are not read: only 1 x 1 to " + std::to_string(kWidthMax) + " x " +
+           std::to_string(kLinesMax) + " are";
   }
   if (layout->order != CUPS_ORDER_CHUNKED && layout->order != CUPS_ORDER_BANDED &&
       layout->order != CUPS_ORDER_PLANAR) {
@@ -79,13 +82,12 @@ std::string CheckHeader(const cups_page_header2_t& header, std::uint32_t resolut
   }
   if (std::uint64_t{layout->planes} * layout->lines * (WidenedWidth(layout->width) / 4) >
       kPageBytesMax) {
-    return "the page is too large for memory";
+    return "it is too large for memory";
   }
   const std::uint32_t xDpi = header.HWResolution[0], yDpi = header.HWResolution[1];
   if (xDpi != 0 && (xDpi != resolution || yDpi != kVerticalResolution)) {
-    return "the page is of " + std::to_string(xDpi) + "x" + std::to_string(yDpi) +
-           " dpi, asked is " + std::to_string(resolution) + "x" +
-           std::to_string(kVerticalResolution);
+    return "it is of " + std::to_string(xDpi) + "x" + std::to_string(yDpi) + " dpi, asked is " +
+           std::to_string(resolution) + "x" + std::to_string(kVerticalResolution);
   }
   if (layout->pixelBits > 64 || layout->pixelBits % layout->bits != 0)
     return "pixels of " + std::to_string(layout->pixelBits) + " bits are not read";

@@ -16,8 +16,9 @@ namespace {
 constexpr std::size_t kReadAheadBytes = 65536;
 
 // Lines without ink take no room at the end of a plane, and a plane that is blank takes none.
-void StoreLine(const std::vector<std::uint8_t>& packed, std::uint32_t y,
+void StoreLine(const std::vector<std::uint8_t>& packed, std::uint32_t y, std::uint32_t lines,
                std::vector<std::uint8_t>* plane) {
+  if (plane->empty()) plane->reserve(std::size_t{lines} * packed.size());
   const std::size_t at = std::size_t{y} * packed.size();
   plane->resize(at + packed.size());
   std::copy(packed.begin(), packed.end(), plane->begin() + static_cast<std::ptrdiff_t>(at));
@@ -28,6 +29,7 @@ void StoreLine(const std::vector<std::uint8_t>& packed, std::uint32_t y,
 struct RasterReader::Impl {
   ReadBytes source;
   cups_raster_t* raster = nullptr;
+  LineFilter filter;
 
   bool compressed = false;
   std::uint64_t bytesRead = 0;
@@ -50,9 +52,10 @@ struct RasterReader::Impl {
     std::vector<std::uint8_t> line(layout.lineBytes), packed(page->LineBytes());
     for (std::uint32_t y = 0; y < layout.lines; ++y) {
       if (cupsRasterReadPixels(raster, line.data(), layout.lineBytes) != layout.lineBytes) return y;
+      if (filter.edit) filter.edit(line.data(), line.size());
       for (std::uint32_t color = firstColor; color < endColor; ++color) {
         if (PackLine(layout, line.data(), color, y, packed.data()))
-          StoreLine(packed, y, &page->planes[layout.inks[color]]);
+          StoreLine(packed, y, layout.lines, &page->planes[layout.inks[color]]);
       }
     }
     return layout.lines;
@@ -64,7 +67,7 @@ struct RasterReader::Impl {
     for (std::uint32_t color = 0; color < layout.planes && complete == layout.lines; ++color) {
       complete = ReadLines(layout, color, color + 1, page);
       if (complete < layout.lines && color + 1 < layout.planes)
-        complete = 0;  // the colours behind it never came
+        complete = 0;  // the colours after it never came
     }
     return complete;
   }
@@ -79,7 +82,9 @@ RasterReader::~RasterReader() {
   if (impl_->raster != nullptr) cupsRasterClose(impl_->raster);
 }
 
-ReadResult RasterReader::NextPage(std::uint32_t resolution, RasterPage* page, std::string* error) {
+void RasterReader::SetFilter(LineFilter filter) { impl_->filter = std::move(filter); }
+
+ReadResult RasterReader::NextPage(const PageTerms& terms, RasterPage* page, std::string* error) {
   if (impl_->bytesRead == 0) return ReadResult::kEnd;
   if (impl_->raster == nullptr) {
     *error = "not a CUPS raster stream";
@@ -93,19 +98,22 @@ ReadResult RasterReader::NextPage(std::uint32_t resolution, RasterPage* page, st
     return ReadResult::kError;
   }
   RasterLayout layout;
-  *error = CheckHeader(header, resolution, &layout);
-  if (!error->empty()) return ReadResult::kError;
+  *error = CheckHeader(header, terms.resolution, &layout);
+  if (!error->empty()) return ReadResult::kRefused;
   *page = RasterPage{};
   page->width = layout.width;
   page->lines = layout.lines;
-  page->planes.resize(layout.inks.size());
   for (std::uint32_t color = 0; color < layout.planes; ++color)
     page->present.set(layout.inks[color]);
+  if (terms.refusal) *error = terms.refusal(*page);
+  if (!error->empty()) return ReadResult::kRefused;
+  page->planes.resize(layout.inks.size());
+  if (impl_->filter.beginPage) impl_->filter.beginPage(page->width);
   page->linesRead = impl_->ReadPixels(layout, page);
   if (page->linesRead == layout.lines) return ReadResult::kPage;
   *error = "the raster ends at line " + std::to_string(page->linesRead) + " of " +
            std::to_string(layout.lines);
-  return ReadResult::kTruncated;
+  return page->linesRead == 0 ? ReadResult::kError : ReadResult::kTruncated;
 }
 
 }  // namespace qrn::tool

@@ -17,18 +17,34 @@ using ReadBytes = std::function<std::ptrdiff_t(std::uint8_t* buffer, std::size_t
 
 enum class ReadResult {
   kPage,       // *page is complete
-  kTruncated,  // the stream ended within the page: *page holds what came, *error says so
+  kTruncated,  // the stream ended after some lines: *page holds what came, *error says so
   kEnd,        // no further page
-  kError,      // not a raster, or one of a kind that is not read; *error says why
+  kRefused,    // of a kind that is not read, or not wanted; *error says why
+  kError,      // not a raster, or a damaged one; *error says why
+};
+
+// What a page must be like.
+struct PageTerms {
+  // The horizontal one (360 along the paper); pages that name none are taken.
+  std::uint32_t resolution = 1440;
+  // Why a page is not wanted, told before its pixels are read: it has measures and no planes yet.
+  // "" when it is wanted.
+  std::function<std::string(const RasterPage& page)> refusal;
+};
+
+// Changes the lines of a stream before they are taken.
+struct LineFilter {
+  std::function<void(std::uint32_t width)> beginPage;
+  std::function<void(std::uint8_t* line, std::size_t bytes)> edit;  // in place
 };
 
 class RasterReader {
  public:
   explicit RasterReader(ReadBytes source);
   ~RasterReader();
-  // `resolution`: the horizontal one that the page must have (360 along the paper); pages that name
-  // none are taken.
-  ReadResult NextPage(std::uint32_t resolution, RasterPage* page, std::string* error);
+  // Of all pages to come.
+  void SetFilter(LineFilter filter);
+  ReadResult NextPage(const PageTerms& terms, RasterPage* page, std::string* error);
 
  private:
   struct Impl;

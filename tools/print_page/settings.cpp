@@ -2,10 +2,12 @@
 
 #include <toml++/toml.h>
 
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <map>
 #include <stdexcept>
+#include <system_error>
 
 namespace qrn::tool {
 namespace {
@@ -17,10 +19,12 @@ using sim::Machine;
 [[noreturn]] void Refuse(const std::string& why) { throw std::invalid_argument(why); }
 
 template <class T>
-T Number(const toml::node& node, std::int64_t max = std::numeric_limits<T>::max()) {
+T Number(const toml::node& node, std::int64_t max = std::numeric_limits<T>::max(),
+         std::int64_t min = 0) {
   const auto value = node.value_exact<std::int64_t>();
-  if (!value || *value < 0 || *value > max)
-    Refuse("must be a whole number from 0 to " + std::to_string(max));
+  if (!value || *value < min || *value > max) {
+    Refuse("must be a whole number from " + std::to_string(min) + " to " + std::to_string(max));
+  }
   return static_cast<T>(*value);
 }
 
@@ -85,7 +89,7 @@ const std::map<std::string, Setter, std::less<>>& Setters() {
        [](Machine& m, const toml::node& n) { m.flashEvery = Number<std::uint8_t>(n); }},
       {"flash_amount",
        [](Machine& m, const toml::node& n) { m.flashParam = Number<std::uint16_t>(n); }},
-      {"speed", [](Machine& m, const toml::node& n) { m.speed = Number<std::uint8_t>(n); }},
+      {"speed", [](Machine& m, const toml::node& n) { m.speed = Number<std::uint8_t>(n, 255, 1); }},
       {"travel", [](Machine& m, const toml::node& n) { m.travel600 = Number<std::uint32_t>(n); }},
   };
   return setters;
@@ -94,6 +98,11 @@ const std::map<std::string, Setter, std::less<>>& Setters() {
 }  // namespace
 
 bool LoadSettings(const std::string& path, Machine* machine, std::string* error) {
+  std::error_code ignored;
+  if (std::filesystem::is_directory(path, ignored)) {
+    *error = "'" + path + "': is a folder";
+    return false;
+  }
   std::string key;
   try {
     for (const auto& [name, value] : toml::parse_file(path)) {

@@ -1,7 +1,8 @@
-// What print-page tells: a progress bar on a terminal, and a summary at the end of each page.
+// What print-page tells: a summary at the end of each page, and one of them all.
 #ifndef QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
 #define QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -11,14 +12,21 @@
 namespace qrn::tool {
 
 struct PageReport {
+  std::string input;                  // what the user named
+  std::uint32_t page = 1, pages = 0;  // of the input; pages 0 = not known
+  bool rendered = false;              // not read as a raster
   std::uint32_t resolution = 0, widthPixels = 0, lines = 0;
   std::uint32_t linesPrinted = 0;  // read and taken by the driver; 0 when the job did not start
   sim::PrinterStats stats;         // of this page alone
-  double wallSeconds = 0, cpuSeconds = 0;
+  // Ink on the paper by slot, as a share of a page full of it; below 0 for slots that are blank.
+  std::array<double, sim::kInks> ink{-1, -1, -1, -1, -1, -1, -1, -1};
+  // Until the page had come, the job itself, and what was found out about the paper.
+  double readSeconds = 0, printSeconds = 0, proofSeconds = 0;
   bool completed = false;    // the printer answered the job's end
   std::string cause;         // why it did not, and where to look further
   std::string violation;     // of framing or protocol; "" = none
   std::string pictureError;  // why the picture could not be written; "" = written, or none asked
+  std::string logProblem;    // of the driver's log, where one was asked for; "" = none
   bool verified = false;
   sim::Comparison comparison;  // when verified
 };
@@ -28,17 +36,8 @@ bool Succeeded(const PageReport& report);
 // Several lines of text.
 std::string SummaryOf(const PageReport& report);
 
-// Redraws one line on the terminal; does nothing when standard error is not one.
-class ProgressBar {
- public:
-  explicit ProgressBar(std::uint32_t lines);
-  ~ProgressBar();
-  void Show(std::uint32_t lines, const sim::PrinterStats& stats);
-
- private:
-  std::uint32_t lines_;
-  bool terminal_;
-};
+// A line on a run of several pages; "" on one.
+std::string TotalOf(std::uint32_t pages, std::uint32_t succeeded, double seconds);
 
 }  // namespace qrn::tool
 

@@ -188,10 +188,14 @@ void PosixPlatform::ThreadRelease(ThreadHandle thread) {
   delete started;
 }
 
+// Of these variables the first that says something counts.
 std::uint32_t PosixPlatform::SystemLocaleId() {
-  const char* language = std::getenv("LANG");
-  const bool chinese = language != nullptr && language[0] == 'z' && language[1] == 'h';
-  return chinese ? kLocaleChinese : kLocaleEnglish;
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* language = std::getenv(name);
+    if (language == nullptr || *language == '\0') continue;
+    return language[0] == 'z' && language[1] == 'h' ? kLocaleChinese : kLocaleEnglish;
+  }
+  return kLocaleEnglish;
 }
 
 void PosixPlatform::ShowBox(const char* text, const char* caption) {

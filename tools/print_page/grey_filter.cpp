@@ -1,0 +1,39 @@
+#include "print_page/grey_filter.h"
+
+#include <cstdlib>
+
+namespace qrn::tool {
+namespace {
+
+// Of 255: the renderer rounds grey that has a profile of its own, and its mixtures.
+constexpr int kGreyTolerance = 1, kMixtureTolerance = 3;
+
+bool IsGreyLineOrText(const TaggedPixel& pixel) {
+  const bool wanted = (pixel.kind & (kTextObject | kLineObject)) != 0;
+  return wanted && (pixel.kind & kPictureObject) == 0 &&
+         std::abs(pixel.red - pixel.green) <= kGreyTolerance &&
+         std::abs(pixel.blue - pixel.green) <= kGreyTolerance;
+}
+
+}  // namespace
+
+void GreyFilter::BeginPage(std::uint32_t width) { width_ = tags_.BeginPage(width) ? width : 0; }
+
+void GreyFilter::Edit(std::uint8_t* line, std::size_t bytes) {
+  const TaggedPixel* pixels = width_ != 0 ? tags_.NextLine() : nullptr;
+  if (pixels == nullptr) return;
+  const std::size_t plane = bytes / kInksOfMixture;
+  for (std::size_t x = 0; x < width_; ++x) {
+    if (!IsGreyLineOrText(pixels[x])) continue;
+    // Inks that a document asks for by themselves are no such mixture, and stay.
+    const auto& mixture = mixtures_[pixels[x].green];
+    bool mixed = true;
+    for (std::size_t ink = 0; ink < kInksOfMixture; ++ink)
+      mixed &= std::abs(line[ink * plane + x] - mixture[ink]) <= kMixtureTolerance;
+    if (!mixed) continue;
+    for (std::size_t ink = 0; ink < kBlackOfMixture; ++ink) line[ink * plane + x] = 0;
+    line[kBlackOfMixture * plane + x] = static_cast<std::uint8_t>(255 - pixels[x].green);
+  }
+}
+
+}  // namespace qrn::tool

@@ -1,0 +1,89 @@
+#include "print_page/page_terms.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <limits>
+#include <string>
+
+#include "print_page/page.h"
+#include "sim/reach.h"
+
+namespace qrn::tool {
+namespace {
+
+// What the program may still take, in bytes; the largest number when that is not known.
+std::uint64_t FreeMemory() {
+  std::uint64_t bytes = std::numeric_limits<std::uint64_t>::max();
+  std::ifstream memory("/proc/meminfo");
+  for (std::string line; std::getline(memory, line);) {
+    unsigned long long kilobytes = 0;
+    if (std::sscanf(line.c_str(), "MemAvailable: %llu", &kilobytes) == 1) bytes = kilobytes << 10;
+  }
+  struct rlimit limit {};
+  if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+    bytes = std::min<std::uint64_t>(bytes, limit.rlim_cur);
+  return bytes;
+}
+
+// At the most: the planes of the page, and on the virtual paper up to a byte for each column of
+// three pixels, in both directions of the carriage.
+std::uint64_t MemoryNeed(const RasterPage& page) {
+  const std::uint64_t plane = std::uint64_t{page.LineBytes()} * page.lines;
+  return page.present.count() * (plane + plane * 8 / 3);
+}
+
+std::string Megabytes(std::uint64_t bytes) { return std::to_string(bytes / 1'000'000) + " MB"; }
+
+// In the driver's arithmetic, on what it gets.
+std::string WidthProblem(const RasterPage& page, std::uint32_t resolution,
+                         const sim::Machine& machine) {
+  const std::uint64_t widthMm = WidenedWidth(page.width) * 254ull / (resolution * 10ull);
+  const std::uint32_t mostMm = sim::PrintableMm(machine);
+  if (widthMm <= mostMm) return "";
+  return "it is " + std::to_string(widthMm) + " mm wide, the machine prints " +
+         std::to_string(mostMm) + " mm";
+}
+
+std::string MemoryProblem(const RasterPage& page) {
+  const std::uint64_t need = MemoryNeed(page), available = FreeMemory();
+  if (need <= available) return "";
+  return "it is too large for memory: it may need " + Megabytes(need) + ", " +
+         Megabytes(available) + " are free";
+}
+
+std::string SlotProblem(const RasterPage& page, const Options& options) {
+  const int missing = options.slotsNamed ? MissingPlane(page, options.slots) : kBlank;
+  if (missing == kBlank) return "";
+  return "there is no plane " + std::to_string(missing) + " for --slots";
+}
+
+}  // namespace
+
+PageTerms TermsOf(const Options& options, const sim::Machine& machine) {
+  const auto refusal = [&options, &machine](const RasterPage& page) {
+    std::string problem = WidthProblem(page, options.resolution, machine);
+    if (problem.empty()) problem = MemoryProblem(page);
+    return problem.empty() ? SlotProblem(page, options) : problem;
+  };
+  return {options.resolution, refusal};
+}
+
+std::string InkProblem(const Options& options, const sim::Machine& machine,
+                       const RasterPage& page) {
+  if (options.partial) return "";
+  const unsigned printed = sim::PrintedPlanes(machine);
+  const SlotPage slots(page, options.slots);
+  std::string missing;
+  for (int slot = 0; slot < sim::kInks; ++slot) {
+    if (slots.IsInked(slot) && ((printed >> slot) & 1u) == 0)
+      missing += (missing.empty() ? "" : ", ") + std::string(SlotName(slot));
+  }
+  return missing.empty()
+             ? ""
+             : "the machine has no nozzle row for ink " + missing + "; --partial leaves it out";
+}
+
+}  // namespace qrn::tool

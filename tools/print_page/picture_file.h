@@ -1,0 +1,26 @@
+// The files that pictures of the paper go to.
+#ifndef QRN_TOOLS_PRINT_PAGE_PICTURE_FILE_H_
+#define QRN_TOOLS_PRINT_PAGE_PICTURE_FILE_H_
+
+#include <cstdint>
+#include <string>
+
+#include "sim/paper.h"
+#include "sim/picture.h"
+
+namespace qrn::tool {
+
+// "paper.png", then "paper-2.png" and so on.
+std::string PictureName(const std::string& name, std::uint32_t pageNo);
+
+// Why no picture can come there, found before paper is spent on it; "" when it can.
+std::string PictureProblem(const std::string& name);
+
+// Writes the picture whole or not at all: what the name stood for before stays when it fails. Why
+// it could not be written; "" when it was.
+[[nodiscard]] std::string SavePicture(const sim::Paper& paper, const sim::PictureOptions& options,
+                                      const std::string& name);
+
+}  // namespace qrn::tool
+
+#endif  // QRN_TOOLS_PRINT_PAGE_PICTURE_FILE_H_
