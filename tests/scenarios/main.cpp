@@ -95,9 +95,9 @@ void PlayOne(Scenario& scenario, const Options& options, GoodRuns& goodRuns, Sco
   const bool same = found == scenario.wanted;
   if (!same && !options.record) {
     ++score.differ;
-    std::printf("%s\n%s\n", HeadOf(scenario).c_str(), Difference(scenario.wanted, found).c_str());
+    std::printf("%s%s\n", HeadOf(scenario).c_str(), Difference(scenario.wanted, found).c_str());
   } else if (!options.titles.empty()) {
-    std::printf("%s\n", HeadOf(scenario).c_str());
+    std::printf("%s", HeadOf(scenario).c_str());
     for (const std::string& line : found) std::printf("  %s\n", line.c_str());
     std::printf("\n");
   }
