@@ -2,9 +2,8 @@
 #ifndef QRN_TESTS_PLATFORM_FAKE_PORT_H_
 #define QRN_TESTS_PLATFORM_FAKE_PORT_H_
 
+#include <atomic>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "platform/usb_port.h"
 
@@ -12,7 +11,7 @@ class FakePort : public qrn::UsbPort {
  public:
   std::uint32_t dueMs = 0;     // reads complete from this tick on
   std::uint32_t failWith = 0;  // not 0: writes fail with it
-  std::uint32_t reads = 0;
+  std::atomic<std::uint32_t> reads = 0;
 
   bool Listable(std::uint32_t) override { return true; }
   const char* PathAt(std::uint32_t index, std::uint32_t) override {
