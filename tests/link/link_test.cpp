@@ -31,20 +31,6 @@ Bytes Counting(std::size_t bytes) {
   return data;
 }
 
-TEST_F(Link, CommandsGoInPacketsOf47Words) {
-  const std::uint16_t number = NextNumber(platform);
-  const Bytes message = Counting(201);  // the odd byte stays behind
-  ASSERT_EQ(1, LinkSend(1, message.data(), 201, kTypeCmm));
-  ASSERT_EQ(3u, platform.written.size());
-  const std::uint16_t kinds[] = {0xF001, 0xF004, 0xF002};
-  for (std::uint16_t i = 0; i < 3; ++i) {
-    Bytes packet = sim::Frame(0x0BAA, kinds[i], number, i, 47, 3, 100, 128);
-    std::copy_n(message.begin() + 94 * i, i < 2 ? 94 : 12, packet.begin() + 32);
-    sim::Sign(&packet);
-    EXPECT_EQ(packet, platform.written[i]) << i;
-  }
-}
-
 TEST_F(Link, APollHasKnownBytes) {
   const std::uint16_t number = NextNumber(platform);
   const Bytes poll = sim::Command(10);
