@@ -2,6 +2,7 @@
 // in the swaths, which the raster's random jobs compare.
 #include <cstring>
 #include <random>
+#include <utility>
 
 #include "params/resolution.h"
 #include "platform/bytes.h"
@@ -101,32 +102,6 @@ TEST_F(Params, GiveTheSizeAndPlaceOfASwath) {
   EXPECT_EQ(1204u, end);
 }
 
-TEST_F(Params, AreLoggedAsTheyAreDerived) {
-  block[0] = 111, block[1] = 0x2A, block[4] = 200, block[5] = 0x1B, block[6] = 0x39;
-  block[7] = 0x30;
-  block[42] = 31, block[47] = 2, block[51] = 12;
-  PutU16(&block[148], 815);
-  PutU32(&block[192], 60000);
-  PutU16(&block[116], 6);
-  ASSERT_TRUE(Parse());
-  EXPECT_TRUE(
-      HasLines(TakeLog(),
-               {"===============\r\r\n主板:111/2A,  编号: 815\r\n", "小车:200/1B,  编号:12345\r\n",
-                "速度: 10-46\r\n", "水平: MinW-0031, MaxW-108, Db-31\r\n",
-                "2pheads:   PHAB,hori-1996(12),Veri-2\r\n", "喷头: 1-0, 0x30\r\n",
-                "羽化模式:90-0,swathH:360, Pass:4\r\n",
-                // 6000 x 254 / (1440 x 2 x 10) = 52.9; 720 x 254 / 3600 = 50.8
-                "图像6000x720(52mmx50mm),分辨率:1440x360, MaxC:8,Bitn:2, Pass:4\r\n",
-                // 60000 x 254 / 6000 - (6 x 1016 / 6000 + 195 + 60)
-                "最大打印范围:2284 mm - 60000-24\r\n", "PHA:3-3, 0-0, 4-4, 7-7\r\n",
-                "PHB:1-1, 5-5, 2-2, 6-6\r\n", "纵轴(pass2):2540-72001, 20.00, swathsteps:1800\r\n",
-                "mem: malloc 8,", "===============\r\r\n\r\n"}));
-  for (std::uint8_t row = 0; row < 16; ++row) block[9u + row] = row % 8;
-  ASSERT_TRUE(Parse());
-  EXPECT_TRUE(HasLines(TakeLog(), {"Ink order: colors 0xFF have one row on each head",
-                                   "PHA:0-1, 2-3, 4-5, 6-7\r\nPHB:0-1, 2-3, 4-5, 6-7\r\n"}));
-}
-
 TEST_F(Params, IdentifyBoardsInTwoLayouts) {
   block[1] = 0x11, block[2] = 0x22, block[3] = 0x33, block[4] = 0x44, block[5] = 0x55;
   for (const int id : {110, 111, 209, 210}) {
@@ -152,56 +127,14 @@ TEST_F(Params, OfAShortReplyChangeNothing) {
 }
 
 TEST_F(Params, LetAnImageOfExactlyTheWidthPass) {
-  struct Width {
-    std::uint32_t pixels, travel600, margin;
-    std::uint8_t noMargin, carriage;
-    int maxMm;
-    bool fits;
-  };
-  for (const Width& width : {
-           // 2150 - 195 - 60 = 1895 mm begins at 107433.07 dots and ends before 107489.8
-           Width{107489, 0, 0, 0, 1, 1895, true},
-           Width{107490, 0, 0, 0, 1, 1895, false},
-           Width{107489, 0, 6000, 1, 1, 1895, true},
-           Width{107489, 0, 6000, 0, 1, 879, false},
-           Width{107489, 0, 0, 0, 0, 1955, true},
-           // 3,822,917 x 254 / 14400 = 67432 mm, of which 16 bits count: 1896
-           Width{3822917, 0, 0, 0, 1, 1895, false},
-           Width{57, 4000, 0, 0, 1, 0, false},
-       }) {
-    image.lineBits = 2 * width.pixels;
-    PutU32(&block[192], width.travel600);
-    PutU16(&block[116], Low16(width.margin));
-    block[93] = width.noMargin;
-    block[91] = width.carriage;
-    EXPECT_EQ(width.fits, Parse()) << width.pixels;
-    EXPECT_EQ(width.maxMm, job.maxPrintMm);
-    EXPECT_EQ(width.fits ? 0 : 4, job.nErrCode);
+  // 2150 - 195 - 60 = 1895 mm begins at 107433.07 dots and ends before 107489.8;
+  // 3,822,917 x 254 / 14400 = 67432 mm, of which 16 bits count: 1896
+  for (const auto& [pixels, fits] :
+       {std::pair{107489u, true}, {107490u, false}, {3822917u, false}}) {
+    image.lineBits = 2 * pixels;
+    EXPECT_EQ(fits, Parse()) << pixels;
+    EXPECT_EQ(1895, job.maxPrintMm);
   }
-}
-
-TEST_F(Params, RefuseFewerLinesAnInchThanAHeadHas) {
-  for (const auto& [resY, error] : {std::pair{0u, 29}, {1u, 32}, {359u, 32}, {360u, 0}}) {
-    image.resY = resY;
-    EXPECT_EQ(error == 0, Parse());
-    EXPECT_EQ(error, job.nErrCode) << resY;
-  }
-}
-
-TEST_F(Params, LogAFirmwareUpdateThatChangesSomething) {
-  ASSERT_TRUE(Parse());
-  TakeLog();
-  std::vector<std::uint8_t> section(block.begin() + 8, block.begin() + 78);
-  section[9 - 8] = 7;  // the ink order stays what it was
-  UpdateFwPara(job, section.data(), 70);
-  EXPECT_EQ("", TakeLog());
-  section[42 - 8] = 40;    // Db of 1440 dpi
-  section[72 - 8] = 0xF0;  // 2544
-  UpdateFwPara(job, section.data(), 69);
-  EXPECT_EQ("Update fw para: too short, 69 < 70\r\n", TakeLog());
-  UpdateFwPara(job, section.data(), 70);
-  EXPECT_EQ("Update fw para:40,2544\r\n", TakeLog());
-  EXPECT_EQ(1797, job.swathSteps);  // 90 x 72001 x 254 / (2544 x 360) = 1797.2
 }
 
 // The constant is just below 254: 72000 / (2540 x 360) x 254 is 20, yet 90 lines make 1799 steps.

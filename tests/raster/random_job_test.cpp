@@ -37,8 +37,8 @@ class Draw {
   std::mt19937_64 random_;
 };
 
-// Two rows a colour; as pairs on one head, in any order on both, or the printer's silence. One in
-// forty is none.
+// Two rows a colour: as pairs on one head, in any order on either, in any order on both, or all
+// zeros. A few are spoiled.
 void DrawInks(Draw& draw, std::uint8_t* inks) {
   std::uint8_t colors[] = {0, 1, 2, 3, 4, 5, 6, 7};
   draw.Shuffle(colors, colors + 8);
@@ -49,26 +49,26 @@ void DrawInks(Draw& draw, std::uint8_t* inks) {
   }
   if (draw.OneIn(3)) draw.Shuffle(inks, inks + 16);
   if (draw.OneIn(10)) std::fill(inks, inks + 16, 0);
-  if (draw.OneIn(40)) inks[draw.Below(16)] = static_cast<std::uint8_t>(draw.Below(9));
+  if (draw.OneIn(40)) inks[draw.Below(16)] = Low8(draw.Below(9));
 }
 
 Bytes DrawBlock(Draw& draw) {
   Bytes block(plain::kBlockBytes);
   for (std::uint8_t& byte : block) byte = draw.Byte();
-  block[8] = static_cast<std::uint8_t>(draw.Below(draw.OneIn(30) ? 256 : 5));
+  block[8] = Low8(draw.Below(draw.OneIn(30) ? 256 : 5));
   if (draw.OneIn(30)) block[72 + block[8] % 5] = block[77] = 0;
   constexpr std::uint8_t kHeads[] = {0x30, 0x30, 0x30, 0x10, 0x20, 0x00, 0x50, 0x70};
-  block[90] = static_cast<std::uint8_t>(kHeads[draw.Below(8)] + draw.Below(16));
-  block[91] = static_cast<std::uint8_t>(16 * draw.Below(draw.OneIn(40) ? 16 : 2) + draw.Below(3));
+  block[90] = Low8(kHeads[draw.Below(8)] + draw.Below(16));
+  block[91] = Low8(16 * draw.Below(draw.OneIn(40) ? 16 : 2) + draw.Below(3));
   if (block[90] / 16 == 3) {
     DrawInks(draw, &block[9]);
   } else {
-    for (int i = 9; i < 41; ++i) block[i] = static_cast<std::uint8_t>(draw.Below(9));
+    for (int i = 9; i < 41; ++i) block[i] = Low8(draw.Below(9));
   }
   if (draw.OneIn(4)) block[45 + draw.Below(5)] = 0;
-  block[83] = static_cast<std::uint8_t>(draw.Below(3));
+  block[83] = Low8(draw.Below(3));
   constexpr std::uint8_t kFeather[] = {0, 0, 1, 2, 10, 50, 99, 100, 101};
-  block[109] = draw.OneIn(2) ? kFeather[draw.Below(9)] : draw.Byte() % 101;
+  block[109] = draw.OneIn(2) ? kFeather[draw.Below(9)] : Low8(draw.Below(101));
   if (!draw.OneIn(8)) std::fill(&block[192], &block[196], 0);
   if (!draw.OneIn(8)) block[117] = 0;
   PutU16(&block[204], draw.OneIn(50) ? 0x5212 : 0x5213);
@@ -79,7 +79,8 @@ plain::JobDesc DrawImage(Draw& draw) {
   constexpr std::uint32_t kResolutions[] = {1080, 1440, 1620, 2160, 720};
   plain::JobDesc desc{};
   desc.resX = kResolutions[draw.Below(draw.OneIn(40) ? 5 : 4)];
-  desc.resY = draw.OneIn(2) ? 360 : draw.From(draw.OneIn(40) ? 0 : 361, draw.OneIn(3) ? 2000 : 740);
+  desc.resY = draw.OneIn(2) ? 360 : draw.From(361, draw.OneIn(3) ? 2000 : 740);
+  if (draw.OneIn(40)) desc.resY = draw.OneIn(2) ? 359 : draw.Below(2);
   const std::uint32_t widths[] = {48, 48, 48, 48, 48, 300, 300, 2100};
   desc.lineBits = draw.Below(8 * widths[draw.Below(8)]);
   desc.height = draw.From(1, desc.lineBits > 2400 ? 500 : 900);
@@ -107,6 +108,7 @@ class RandomJobs : public CoreJob {
  protected:
   void SetUpJob(std::uint64_t seed) {
     draw = Draw(seed);
+    blank = false;
     job.bLogOn = 0;
     block = DrawBlock(draw);
     desc = DrawImage(draw);
@@ -127,6 +129,7 @@ class RandomJobs : public CoreJob {
     EXPECT_EQ(geometry.accepted, geometry.error == 0 && job.PrintOutBuf != nullptr &&
                                      job.lineStride == geometry.lineStride);
     if (!geometry.accepted || HasFailure()) return false;
+    EXPECT_EQ(geometry.maxPrintMm, job.maxPrintMm);
     wanted.clear();
     model = std::make_unique<plain::PlainJob>(block.data(), desc,
                                               [this](const auto& header, const auto& data) {

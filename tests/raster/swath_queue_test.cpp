@@ -40,22 +40,6 @@ TEST_F(SwathQueue, SendsFromThreeOnAllButTheLastPrintingOne) {
   EXPECT_EQ(4u, Send());
 }
 
-TEST_F(SwathQueue, WaitsForASlotUntilTheJobStops) {
-  for (int pass = 0; pass < 6; ++pass) ASSERT_TRUE(Pass(0));
-  const auto waits = [this](std::size_t turns) { return platform.sleeps.size() == turns; };
-  platform.onSleep = [&] { waits(60) ? Send() : 0; };
-  ASSERT_TRUE(Pass(0));
-  EXPECT_TRUE(waits(60));
-  EXPECT_TRUE(HasLines(TakeLog(), {"PC buffer wait...", "PC overflow: 6000"}));
-  platform.onSleep = [this] { job.bPrnCancel = 1; };
-  EXPECT_FALSE(Pass(0));
-  EXPECT_TRUE(HasLines(TakeLog(), {"Get Pc buffer... bur quit!"}));
-  EmptySteps(job, 100);
-  EXPECT_EQ("", TakeLog());
-  WaitSwathQueue(job);
-  EXPECT_TRUE(waits(61));
-}
-
 TEST_F(SwathQueue, SplitsAFeedThatIsTooLongAndDropsTheRestAtAStop) {
   EmptySteps(job, 0x7FFFFFFFull + 1);
   EXPECT_EQ(0x7FFFFFFFu, job.swathQueue[0].header.feedSteps);
@@ -89,16 +73,6 @@ TEST_F(SwathQueue, StopsTheBandWhereASwathFails) {
   EXPECT_FALSE(AreRowsBlank(job, 500, 1));  // not moved
   FlushLastBands(job);
   EXPECT_EQ(1u, job.passNo);
-}
-
-TEST_F(SwathQueue, RefusesUnusableLinesAndLogsTheFirst) {
-  const std::vector<std::uint8_t> line(job.lineStride);
-  EXPECT_EQ(0, AddLine(job, 8, 12, line.data()));
-  EXPECT_EQ(0, AddLine(job, 0, 12, nullptr));
-  EXPECT_EQ("AddLine: unusable line, color:8, bytes:12\r\n", TakeLog());
-  FreeJobMem(job);
-  EXPECT_EQ(0, AddLine(job, 0, 12, line.data()));
-  FlushLastBands(job);
 }
 
 }  // namespace
