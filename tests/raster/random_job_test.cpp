@@ -81,19 +81,20 @@ plain::JobDesc DrawImage(Draw& draw) {
   desc.resX = kResolutions[draw.Below(draw.OneIn(40) ? 5 : 4)];
   desc.resY = draw.OneIn(2) ? 360 : draw.From(361, draw.OneIn(3) ? 2000 : 740);
   if (draw.OneIn(40)) desc.resY = draw.OneIn(2) ? 359 : draw.Below(2);
-  const std::uint32_t widths[] = {48, 48, 48, 48, 48, 300, 300, 2100};
+  const std::uint32_t widths[] = {48, 48, 48, 48, 300, 300, 2100, 2100};
   desc.lineBits = draw.Below(8 * widths[draw.Below(8)]);
-  desc.height = draw.From(1, desc.lineBits > 2400 ? 500 : 900);
+  desc.height = draw.From(1, desc.lineBits > 2400 ? 400 : 900);
   if (draw.OneIn(60)) desc.colors = draw.Below(10);
   if (draw.OneIn(60)) desc.bitsPerPixel = draw.Below(4);
   return desc;
 }
 
-// Blank, dense, a few dots, ink in one stretch, or at the very end alone; often not as long as it
-// should be.
+// Blank, dense, a few dots, ink in one stretch, at the very end alone, or a single dot; often not as
+// long as it should be.
 Bytes DrawLine(Draw& draw, std::uint32_t stride) {
   Bytes line(draw.OneIn(4) ? draw.Below(stride + 8) : stride);
-  const std::uint32_t kind = draw.Below(6);
+  const std::uint32_t kind = draw.Below(8);
+  if (line.empty()) return line;
   for (std::size_t i = 0; i < line.size(); ++i) {
     const std::uint8_t byte = draw.Byte() & draw.Byte();
     const bool inked = kind == 1 || (kind == 2 && byte % 16 == 1) || (kind == 4 && byte == 64) ||
@@ -101,6 +102,8 @@ Bytes DrawLine(Draw& draw, std::uint32_t stride) {
                        (kind == 5 && i + 1 == line.size());
     line[i] = inked ? byte : 0;
   }
+  if (kind >= 6)
+    line[draw.Below(static_cast<std::uint32_t>(line.size()))] = Low8(1u << draw.Below(8));
   return line;
 }
 
@@ -182,7 +185,7 @@ class RandomJobs : public CoreJob {
     draw.Shuffle(order, order + (tidy ? 7 : 8));
     for (std::uint32_t color : order) {
       if (!tidy && color != 7 && draw.OneIn(8)) continue;
-      if (!tidy && draw.OneIn(40)) color = draw.OneIn(2) ? draw.Below(8) : color + 8;
+      if (!tidy && draw.OneIn(10)) color = draw.OneIn(8) ? color + 8 : draw.Below(8);
       const auto any = draw.Below(static_cast<std::uint32_t>(lines.size()));
       ASSERT_NO_FATAL_FAILURE(AddLineToBoth(color, blank ? Bytes(lines[any].size()) : lines[any]));
     }
@@ -227,7 +230,7 @@ class RandomJobs : public CoreJob {
 
 // The seed of the run is that of its first job.
 TEST_F(RandomJobs, GiveTheSwathsOfThePlainRaster) {
-  constexpr std::uint64_t kJobs = 150;
+  constexpr std::uint64_t kJobs = 200;
   const std::uint64_t first = TestSeed();
   for (std::uint64_t seed = first; seed < first + kJobs && !HasFailure(); ++seed) Run(seed);
   std::printf("%d jobs accepted, %d swaths compared\n", jobs, swaths);
