@@ -5,30 +5,36 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "params/printer_params.h"
 #include "raster/pass_rows.h"
 #include "raster/pass_size.h"
 
 namespace qrn::bench {
 
-void CheckPass(const std::string& where, const Job& job, const plain::PlainRaster& plain) {
-  const Job& wanted = plain.Record();
-  const std::string pass = where + ", pass " + std::to_string(wanted.passNo - 1);
-  if (job.passNo != wanted.passNo || job.passDir != wanted.passDir) Fail(pass, "out of step");
-  if (job.passEmpty != wanted.passEmpty) Fail(pass, "blank or not differs");
-  if (wanted.passEmpty == 1) return;
-  if (job.passDataSize != wanted.passDataSize || job.passLeftByte != wanted.passLeftByte ||
-      job.passRightByte != wanted.passRightByte || job.passBits != wanted.passBits)
-    Fail(pass, "size or range differs");
-  const std::uint8_t* const end = plain.PrintOut() + SwathDataSize(job);
-  const auto differ = std::mismatch(plain.PrintOut(), end, job.PrintOutBuf);
-  if (differ.first != end)
-    Fail(pass, "columns differ from byte " + std::to_string(differ.first - plain.PrintOut()));
+plain::JobDesc DescOf(const Job& job) {
+  return {job.nResX, job.nResY, job.nLineBits, job.nHeight, job.nColors, job.nBitsPerPixel};
+}
+
+plain::Geometry GeometryOf(const Job& job) {
+  return plain::GeometryOf(GetPrinterParams().bytes, DescOf(job));
+}
+
+void CheckPass(const std::string& where, const Job& job, const plain::PlainRaster& plain,
+               bool printed) {
+  const std::string pass = where + ", pass " + std::to_string(job.passNo - 1);
+  if (printed != (job.passEmpty == 0)) Fail(pass, "blank or not differs");
+  if (!printed) return;
+  const auto& columns = plain.Columns();
+  if (columns.size() != SwathDataSize(job)) Fail(pass, "size differs");
+  const auto differ = std::mismatch(columns.begin(), columns.end(), job.PrintOutBuf);
+  if (differ.first != columns.end())
+    Fail(pass, "columns differ from byte " + std::to_string(differ.first - columns.begin()));
 }
 
 void CheckRows(const std::string& where, const Job& job, plain::PlainRaster& plain) {
   std::vector<std::uint8_t> line(job.lineStride);
   for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
-    for (std::uint32_t row = 0; row < plain.Rows(); ++row) {
+    for (std::uint32_t row = 0; row < job.Mem.layout.rows; ++row) {
       LoadRow(job, plane, row, line.data());
       if (std::memcmp(line.data(), plain.Row(plane, row), line.size()) != 0)
         Fail(where, "row " + std::to_string(row) + " of plane " + std::to_string(plane));

@@ -9,8 +9,14 @@
 
 namespace qrn::bench {
 
-// The pass just converted: whether it prints, its size and range, and every byte that travels.
-void CheckPass(const std::string& where, const Job& job, const plain::PlainRaster& plain);
+// The image of the job as the connect has left it, and what the plain raster makes of it and of the
+// machine's parameter block.
+plain::JobDesc DescOf(const Job& job);
+plain::Geometry GeometryOf(const Job& job);
+
+// The pass just converted: whether it prints, its size, and every byte that travels.
+void CheckPass(const std::string& where, const Job& job, const plain::PlainRaster& plain,
+               bool printed);
 // All rows of all planes.
 void CheckRows(const std::string& where, const Job& job, plain::PlainRaster& plain);
 

@@ -81,7 +81,7 @@ Timing Frame(benchmark::State& state, std::size_t bytes) {
 Timing TakeIn(benchmark::State& state, const std::string& name, const JobSpec& mode) {
   BenchJob bench(mode);
   Job& job = bench.Record();
-  PlainRaster plain(job);
+  PlainRaster plain(GeometryOf(job));
   const std::uint32_t bytes = bench.LineBytes(), lineCount = job.swathH - 1u;
   const auto image = RandomBytes(std::size_t{lineCount} * kPlanes * bytes, 1);
   const auto eachLine = [&](auto&& use) {

@@ -1,24 +1,21 @@
 // A whole job on a printer that takes everything at once, in one thread: lines, bands, swaths, the
 // queue, framed writes. The queue is emptied where the host's thread waits for a slot, so that the
 // data have left the caches as they do when a printer takes its time.
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "bench/bench_job.h"
+#include "bench/check.h"
 #include "bench/limits.h"
 #include "bench/measure.h"
 #include "bench/sending.h"
+#include "params/printer_params.h"
 #include "raster/line_intake.h"
-#include "raster/pass_size.h"
-#include "raster/swath_builder.h"
 #include "raster/swath_queue.h"
-#include "reference/plain_raster.h"
+#include "reference/plain_job.h"
 
 namespace qrn::bench {
 namespace {
-
-using plain::PlainRaster;
 
 constexpr double kMmPerMetre = 1000;
 constexpr int kInkPercent = 30;
@@ -57,61 +54,32 @@ JobRun RunCore(BenchJob& bench, const Lines& lines) {
   return run;
 }
 
-// The plain raster's passes through the core's queue. Each is copied into a buffer that PutSwath
-// may keep.
-class PlainJob {
- public:
-  PlainJob(const Job& job, IdlePlatform& system) : raster_(job), handed_(job.printOutBufSize) {
-    Job& own = raster_.Record();
-    own.bTxRun = 1;
-    for (std::uint32_t slot = 0; slot < kSwathSlots; ++slot) {
-      slots_[slot].resize(job.printOutBufSize);
-      own.swathQueue[slot].pSwathData = slots_[slot].data();
+// The same job on the plain raster: every swath is copied and sent.
+double PlainSeconds(const Job& job, const Lines& lines) {
+  std::vector<std::uint8_t> copy;
+  plain::PlainJob plain(
+      GetPrinterParams().bytes, DescOf(job), [&copy](const auto& header, const auto& data) {
+        copy = data;
+        SendSwath(header.data(), copy.data(), static_cast<std::uint32_t>(copy.size()));
+      });
+  const auto bytes = static_cast<std::uint32_t>(lines[0].size());
+  return SecondsOf([&] {
+    for (std::uint32_t line = 0; line < job.nHeight; ++line) {
+      for (std::uint32_t plane = 0; plane < kPlanes; ++plane)
+        (void)plain.AddLine(plane, bytes, LineOf(lines, plane, line));  // every line is usable
     }
-    free_ = handed_.data();
-    system.onSleep = [&own] { (void)SendReady(own); };  // counted by nobody
-  }
-
-  double SecondsFor(const Lines& lines) {
-    Job& own = raster_.Record();
-    const auto take = [this](PlainRaster&) { Take(); };
-    const auto bytes = static_cast<std::uint32_t>(lines[0].size());
-    return SecondsOf([&] {
-      for (std::uint32_t line = 0; line < own.nHeight; ++line) {
-        for (std::uint32_t plane = 0; plane < kPlanes; ++plane)
-          raster_.AddLine(plane, bytes, LineOf(lines, plane, line), take);
-      }
-      raster_.Flush(take);
-      WaitSwathQueue(own);
-    });
-  }
-
- private:
-  void Take() {
-    Job& own = raster_.Record();
-    if (own.passEmpty == 0) std::memcpy(free_, raster_.PrintOut(), SwathDataSize(own));
-    std::uint8_t* const columns = own.PrintOutBuf;
-    own.PrintOutBuf = free_;
-    if (!PutSwath(own)) Fail("plain job", "no swath");
-    free_ = own.PrintOutBuf;
-    own.PrintOutBuf = columns;
-  }
-
-  PlainRaster raster_;
-  std::vector<std::uint8_t> handed_, slots_[kSwathSlots];
-  std::uint8_t* free_;
-};
+    plain.Flush();
+  });
+}
 
 // The same job through both; the bytes that leave must be the same. Returns the plain one's time.
 double CheckJob(const std::string& where, BenchJob& bench, const Lines& lines) {
   double seconds = 0;
   std::uint64_t wanted = 0;
   {
-    bench.Restart();
-    PlainJob plain(bench.Record(), bench.System());
     ResetSequence(bench.System());
     const StreamHash hash(bench.System());
-    seconds = plain.SecondsFor(lines) - hash.Seconds();
+    seconds = PlainSeconds(bench.Record(), lines) - hash.Seconds();
     wanted = hash.Value();
   }
   ResetSequence(bench.System());

@@ -23,18 +23,22 @@ void Send(const std::uint8_t* message, std::uint32_t bytes, int type) {
 
 }  // namespace
 
+void SendSwath(const std::uint8_t* header, const std::uint8_t* data, std::uint32_t bytes) {
+  std::uint8_t packet[kCommandBytes] = {};
+  PutU32(packet + kPacketCodeAt, kCmdSwath);
+  PutU32(packet + kPacketDataSizeAt, bytes);
+  std::memcpy(packet + kPacketSwathHeaderAt, header, kSwathHeaderBytes);
+  Send(packet, sizeof packet, kTypeCmm);
+  if (bytes != 0) Send(data, bytes, kTypeData);
+}
+
 std::uint32_t SendReady(Job& job) {
   std::uint32_t withData = 0;
   while (Swath* swath = QueueGetReady(job)) {
-    std::uint8_t packet[kCommandBytes] = {};
-    PutU32(packet + kPacketCodeAt, kCmdSwath);
-    PutU32(packet + kPacketDataSizeAt, swath->dataSize);
-    EncodeSwathHeader(swath->header, packet + kPacketSwathHeaderAt);
-    Send(packet, sizeof packet, kTypeCmm);
-    if (swath->dataSize != 0) {
-      Send(swath->pSwathData, swath->dataSize, kTypeData);
-      ++withData;
-    }
+    std::uint8_t header[kSwathHeaderBytes];
+    EncodeSwathHeader(swath->header, header);
+    SendSwath(header, swath->pSwathData, swath->dataSize);
+    withData += swath->dataSize != 0 ? 1 : 0;
     SetSwathState(swath, kSwathFree);
   }
   return withData;

@@ -10,6 +10,9 @@
 
 namespace qrn::bench {
 
+// A swath, its command in front of its data.
+void SendSwath(const std::uint8_t* header, const std::uint8_t* data, std::uint32_t bytes);
+
 // Sends all that is ready, as one turn of the transmit thread after the other would. Returns how
 // many swaths carried data.
 std::uint32_t SendReady(Job& job);

@@ -1,22 +1,19 @@
-// Whether the buffers hold the swath of a pass, and the swath all of its columns.
+// Whether the buffers hold the swath of a pass, and the swath all of its columns, at every width
+// that a machine can have.
 #include "raster/pass_size.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "params/param_fixture.h"
-#include "params/resolution.h"
 #include "raster/column_modes.h"
+#include "raster/core_job.h"
 
 namespace qrn {
 namespace {
 
-class PassSize : public ParamFixture {
+class PassSize : public CoreJob {
  protected:
-  static constexpr std::uint32_t kWidestMm = 0xFFFF;  // maxPrintMm has 16 bits
-
   void ExpectRoomForEveryWidth() {
+    constexpr std::uint32_t kWidestMm = 0xFFFF;  // maxPrintMm has 16 bits
     const ColumnMode& mode = *ModeOf(job);
     const std::uint32_t gapColumns = job.dualHead == 1 ? job.headGapX : 0;
     for (std::uint32_t pixels = 0; pixels <= kWidestMm * job.nResX * 10 / 254; ++pixels) {
@@ -36,15 +33,13 @@ class PassSize : public ParamFixture {
 };
 
 TEST_F(PassSize, IsThatOfAllColumnsAndFitsTheBuffersAtEveryWidth) {
-  for (const std::uint32_t resolution : kResolutionX) {
-    for (const int heads : {0x10, 0x30}) {
-      SCOPED_TRACE(testing::Message() << resolution << " dpi, heads " << heads);
-      job.nResX = static_cast<std::uint16_t>(resolution);
-      job.nLineBits = 6000;
-      block[90] = static_cast<std::uint8_t>(heads);
-      for (std::uint8_t row = 0; row < 16; ++row) block[9u + row] = Low8(row / 2u);
-      block[50 + ResolutionIndex(resolution)] = 255;
-      ASSERT_TRUE(Parse());
+  for (const std::uint32_t resolution : {1080u, 1440u, 1620u, 2160u}) {
+    for (const std::uint8_t heads : {std::uint8_t{0x10}, std::uint8_t{0x30}}) {
+      SCOPED_TRACE(testing::Message() << resolution << " dpi, heads " << int{heads});
+      std::vector<std::uint8_t> block = GoodBlock();
+      block[90] = heads;
+      std::fill(&block[50], &block[54], std::uint8_t{255});
+      ASSERT_TRUE(Connect(block.data(), {resolution, 360, 6000, 720}));
       ExpectRoomForEveryWidth();
     }
   }

@@ -1,114 +1,144 @@
 #include "reference/plain_raster.h"
 
-#include <algorithm>
 #include <cstring>
 
-#include "params/printer_params.h"
-#include "reference/plain_convert.h"
+#include "params/feather_masks.h"
 
 namespace qrn::plain {
 namespace {
 
-constexpr std::uint32_t kShiftRows = 720;
-constexpr int kFlushCyclesSingle = 4, kFlushCyclesDual = 5;
-
-// Columns of the pass in bytes: the image, the row stagger and 128 columns more.
-std::uint32_t PassDataSize(const Job& job) {
-  const std::uint32_t pixels = ColumnPixels(job);
-  const std::uint64_t staggerDots = job.rowOffset[0] * pixels / 2;
-  const std::uint64_t quarters = std::uint64_t{4 * 64} * pixels + 4 * staggerDots;
-  return static_cast<std::uint32_t>((job.passBits + quarters) * 360 / pixels);
-}
+constexpr std::uint32_t kHeadLines = 360, kShiftRows = 720, kColumnBytes = 720, kPlaneBytes = 360;
 
 }  // namespace
 
-PlainRaster::PlainRaster(const Job& job) : job_(job), printOut_(job.printOutBufSize) {
+struct PlainRaster::Jets {
+  std::uint32_t plane, firstRow, phase;
+  bool reverse;
+  std::uint32_t headByte, slot, column;
+};
+
+PlainRaster::PlainRaster(const Geometry& geometry)
+    : geometry_(geometry), masks_(geometry.featherRows) {
   // One byte more: lines of no bytes have a place, too.
-  for (auto& plane : planes_) plane.resize(std::size_t{Rows()} * job_.lineStride + 1);
-  job_.PrintOutBuf = printOut_.data();
-  job_.Mem = JobMem{};  // nobody else's rows
-}
-
-void PlainRaster::AddLine(std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line,
-                          const TakePass& take) {
-  if (job_.linesReceived >= job_.nHeight) return;
-  std::memcpy(Row(color, std::uint32_t{job_.historyRows} + job_.bandLine), line,
-              std::min(bytes, job_.lineStride));
-  if (color + 1 != job_.nColors) return;
-  ++job_.linesReceived;
-  if (++job_.bandLine != job_.swathH) return;
-  RunPasses(take);
-  job_.feedLine = job_.linesReceived;
-  Shift();
-  job_.bandLine = 0;
-}
-
-void PlainRaster::Flush(const TakePass& take) {
-  const int cycles = job_.dualHead == 1 ? kFlushCyclesDual : kFlushCyclesSingle;
-  for (int cycle = 0; cycle < cycles; ++cycle) {
-    RunPasses(take);
-    Shift();
+  for (auto& plane : planes_) plane.resize(std::size_t{geometry.rows} * geometry.lineStride + 1);
+  for (std::uint32_t i = 0; i < geometry.featherRows; ++i) {
+    std::uint8_t mask[256];
+    FillFeatherMask(i * 90 / geometry.featherRows, mask);
+    std::memcpy(masks_[i].data(), mask, sizeof mask);
+  }
+  const std::uint32_t width = geometry.lineBytes;
+  groupBytes_ = needBytes_ = 3;
+  switch (geometry.columnPixels) {
+    case 3:
+      lastColumn_ = 4 * ((width + 2) / 3) + (geometry.twoHeads ? 3 : -1u);
+      break;
+    case 4:
+      groupBytes_ = needBytes_ = 1;
+      lastColumn_ = width;
+      break;
+    case 6:
+      lastColumn_ = 2 * (width / 3);
+      break;
+    default:
+      groupBytes_ = 2;
+      needBytes_ = 1;
+      lastColumn_ = width / 2;
   }
 }
 
-void PlainRaster::RunPasses(const TakePass& take) {
-  for (std::uint32_t i = 0; i < job_.passCount; ++i) {
-    job_.passDir = NextSwathDir(job_);
-    ConvertPass();
-    ++job_.passNo;
-    take(*this);
-  }
-}
-
-void PlainRaster::ConvertPass() {
-  std::memset(printOut_.data(), 0, printOut_.size());
-  job_.passIndex = static_cast<std::uint8_t>(job_.passNo % job_.passCount);
-  job_.passRow = static_cast<std::uint16_t>(job_.passStep * job_.passIndex);
-  job_.passEmpty = IsPassBlank() ? 1 : 0;
-  if (job_.passEmpty == 1) return;
-
-  for (std::uint8_t color = 0; color < job_.nColors; ++color) {
-    job_.curColor = color;
-    ConvertColor(job_, Row(color, job_.passRow));
-  }
-  // The second head fires its last column a head distance behind the first.
-  if (job_.dualHead == 1) {
-    job_.passRightByte += static_cast<std::uint32_t>(job_.headGapX) * job_.passCount / 4;
-    job_.passBits = 8 * (job_.passRightByte - job_.passLeftByte);
-  }
-  job_.passRowPad = static_cast<std::uint16_t>(job_.rowOffset[0] * job_.passCount / 2);
-  job_.passDataSize = PassDataSize(job_);
-}
-
-bool PlainRaster::IsPassBlank() {
-  const std::size_t count = std::size_t{job_.checkRows} * job_.lineStride;
-  const auto isBlank = [&](std::vector<std::uint8_t>& plane) {
-    const std::uint8_t* bytes = plane.data() + std::size_t{job_.passRow} * job_.lineStride;
-    return count == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0);
-  };
-  if (std::all_of(std::begin(planes_), std::end(planes_), isBlank)) return true;
-  job_.passLeftByte = 0;
-  job_.passBits = job_.nLineBits;
-  job_.passRightByte = job_.nLineBits / 8;
-  return false;
-}
-
-bool PlainRaster::IsPassBlankByteByByte() const {
-  const std::size_t first = std::size_t{job_.passRow} * job_.lineStride;
-  const std::size_t count = std::size_t{job_.checkRows} * job_.lineStride;
+bool PlainRaster::IsBlank(std::uint32_t firstRow) const {
+  const std::size_t bytes = std::size_t{geometry_.checkRows} * geometry_.lineStride;
   for (const auto& plane : planes_) {
-    for (std::size_t i = 0; i < count; ++i) {
-      if (plane[first + i] != 0) return false;
-    }
+    const std::uint8_t* first = plane.data() + std::size_t{firstRow} * geometry_.lineStride;
+    if (bytes != 0 && (first[0] != 0 || std::memcmp(first, first + 1, bytes - 1) != 0))
+      return false;
   }
   return true;
 }
 
+bool PlainRaster::ConvertPass(std::uint32_t passIndex, std::uint32_t dir) {
+  if (IsBlank(geometry_.passStep * passIndex)) return false;
+  columns_.assign(geometry_.swathBytes, 0);
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) ConvertColor(plane, passIndex, dir);
+  return true;
+}
+
+void PlainRaster::ConvertColor(std::uint32_t plane, std::uint32_t passIndex, std::uint32_t dir) {
+  const std::uint32_t passRow = geometry_.passStep * passIndex;
+  const bool reverse = dir == 1;
+  if (geometry_.twoHeads) {
+    std::vector<std::uint32_t> found;  // PHB's rows are 8 to 15
+    for (std::uint32_t i = 0; i < 2 * kSlots; ++i) {
+      if (geometry_.ink[i / kSlots][i % kSlots] == plane) found.push_back(i);
+    }
+    // The later row has the first line of each pair and says which head it is for both.
+    const std::uint32_t head = found[1] / kSlots;
+    const std::uint32_t row = passRow + (head == 0 ? kHeadLines - geometry_.headGapY : 0);
+    const bool secondInTravel = head == (reverse ? 0u : 1u);
+    for (const std::uint32_t line : {0u, 1u}) {
+      const std::uint32_t slot = found[1 - line] % kSlots;
+      PrintRows({plane, row + line, passIndex, reverse, head, slot,
+                 SlotColumn(slot, dir) + (secondInTravel ? geometry_.headGapX : 0)});
+    }
+    return;
+  }
+  const std::uint32_t head = geometry_.singleHead;
+  const bool oddLines = reverse && geometry_.passStep % 2 == 0 && passIndex % 2 == 0;
+  for (std::uint32_t slot = 0; slot < kSlots; ++slot) {
+    if (geometry_.ink[head == 4 ? 3 : head][slot] != plane) continue;
+    PrintRows({plane, passRow + (oddLines ? 1 : 0), passIndex / 2, reverse, head, slot,
+               SlotColumn(slot, dir)});
+    return;
+  }
+}
+
+std::uint32_t PlainRaster::SlotColumn(std::uint32_t slot, std::uint32_t dir) const {
+  const std::uint32_t offset = geometry_.rowOffset[slot];
+  return (dir == 1) == geometry_.mirrored ? offset : geometry_.rowOffset[0] - offset;
+}
+
+void PlainRaster::PrintRows(const Jets& jets) {
+  if (jets.phase >= geometry_.columnPixels || geometry_.lineBytes < needBytes_) return;
+  const std::uint32_t groups = (geometry_.lineBytes - needBytes_) / groupBytes_ + 1;
+  const std::uint32_t pixels = 4 * groups * groupBytes_;
+  for (std::uint32_t nozzle = 0; nozzle < kJets; ++nozzle) {
+    std::uint8_t* const line = Row(jets.plane, jets.firstRow + 2 * nozzle);
+    for (std::uint32_t pixel = jets.phase; pixel < pixels; pixel += geometry_.columnPixels) {
+      const std::uint32_t shift = 6 - 2 * (pixel % 4), level = line[pixel / 4] >> shift & 3u;
+      if (level == 0 || IsHeldBack(nozzle, pixel)) continue;
+      const std::uint32_t forward = pixel / geometry_.columnPixels;
+      const std::uint32_t column = jets.column + (jets.reverse ? lastColumn_ - forward : forward);
+      const std::size_t at = std::size_t{kColumnBytes} * column + 2 * nozzle + jets.headByte;
+      if (level != 1) SetDot(at, jets.slot);
+      if (level != 2) SetDot(at + kPlaneBytes, jets.slot);
+      line[pixel / 4] = static_cast<std::uint8_t>(line[pixel / 4] & ~(3u << shift));
+    }
+  }
+}
+
+bool PlainRaster::IsHeldBack(std::uint32_t nozzle, std::uint32_t pixel) const {
+  if (nozzle < kJets - geometry_.featherRows) return false;
+  const std::uint32_t i = nozzle - (kJets - geometry_.featherRows);
+  const std::uint32_t x = pixel / 4 / groupBytes_ * groupBytes_;  // the group's first byte
+  std::uint32_t byte = (i + x) % 256;
+  if (!geometry_.twoHeads) byte = (x / 3 + i) % 256;
+  if (geometry_.twoHeads && geometry_.columnPixels == 3) byte = 4 * ((i + x) % 64) + pixel / 4 - x;
+  return (masks_[i][byte] >> (6 - 2 * (pixel % 4)) & 3u) == 0;
+}
+
+void PlainRaster::SetDot(std::size_t at, std::uint32_t slot) {
+  if (at >= columns_.size()) {
+    ++dotsOutside_;
+    return;
+  }
+  columns_[at] = static_cast<std::uint8_t>(columns_[at] | 1u << slot);
+}
+
 void PlainRaster::Shift() {
-  const std::size_t bytes = std::size_t{kShiftRows} * job_.lineStride;
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
-    std::memmove(Row(plane, 0), Row(plane, job_.swathH), bytes);
-    std::memset(Row(plane, job_.historyRows), 0, bytes);
+  const std::size_t bytes = std::size_t{kShiftRows} * geometry_.lineStride;
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
+    std::memmove(Row(plane, 0), Row(plane, geometry_.bandLines), bytes);
+    std::memset(Row(plane, geometry_.firstLineRow), 0, bytes);
   }
 }
 

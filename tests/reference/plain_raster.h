@@ -1,55 +1,51 @@
 // The raster without a thought for speed: rows as the host gave them, moved up band by band, every
-// pixel looked at in every pass. It shares the job's record, but none of the core's buffers and
-// converters, so that it can run beside them.
+// pixel looked at in every pass. Of the core it shares the pictures of the feather masks alone.
 #ifndef QRN_TESTS_REFERENCE_PLAIN_RASTER_H_
 #define QRN_TESTS_REFERENCE_PLAIN_RASTER_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <vector>
 
-#include "host/job.h"
+#include "reference/plain_geometry.h"
 
 namespace qrn::plain {
 
 class PlainRaster {
  public:
-  // Called for every pass behind its conversion, blank ones too, with passNo already counted on.
-  using TakePass = std::function<void(PlainRaster&)>;
+  // Requires: an accepted geometry.
+  explicit PlainRaster(const Geometry& geometry);
 
-  // Starts where the job stands, with empty rows. Requires: a derived geometry and the job's
-  // buffers, whose PrintOutBuf tells the size of this one's.
-  explicit PlainRaster(const Job& job);
-  PlainRaster(const PlainRaster&) = delete;
-  PlainRaster& operator=(const PlainRaster&) = delete;
-
-  // Stores a line; the last one of a band sets off its passes and the move to the next band.
-  void AddLine(std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line,
-               const TakePass& take);
-  // The passes that are still to come when the last line is in.
-  void Flush(const TakePass& take);
-
-  void RunPasses(const TakePass& take);
-  void ConvertPass();
-  void Shift();
-  // Whether the pass at passRow prints nothing; sets its byte range when it does.
-  [[nodiscard]] bool IsPassBlank();
-  // The same question in the plainest way; sets nothing.
-  [[nodiscard]] bool IsPassBlankByteByByte() const;
-
-  Job& Record() { return job_; }
-  const Job& Record() const { return job_; }
-  const std::uint8_t* PrintOut() const { return printOut_.data(); }
-  std::uint32_t Rows() const { return 4u * job_.nResY; }
   std::uint8_t* Row(std::uint32_t plane, std::uint32_t row) {
-    return planes_[plane].data() + std::size_t{row} * job_.lineStride;
+    return planes_[plane].data() + std::size_t{row} * geometry_.lineStride;
   }
+  // Pass 0 .. passCount - 1 of a band; false where nothing is printed, and nothing changes then.
+  [[nodiscard]] bool ConvertPass(std::uint32_t passIndex, std::uint32_t dir);
+  // What the swath of the pass carries.
+  const std::vector<std::uint8_t>& Columns() const { return columns_; }
+  // Dots that did not fit there: there are to be none.
+  std::uint64_t DotsOutside() const { return dotsOutside_; }
+  // On to the next band.
+  void Shift();
 
  private:
-  Job job_;
-  std::vector<std::uint8_t> planes_[kPlanes];
-  std::vector<std::uint8_t> printOut_;
+  struct Jets;  // a nozzle row of a pass
+
+  bool IsBlank(std::uint32_t firstRow) const;
+  void ConvertColor(std::uint32_t plane, std::uint32_t passIndex, std::uint32_t dir);
+  void PrintRows(const Jets& jets);
+  std::uint32_t SlotColumn(std::uint32_t slot, std::uint32_t dir) const;
+  bool IsHeldBack(std::uint32_t nozzle, std::uint32_t pixel) const;
+  void SetDot(std::size_t at, std::uint32_t slot);
+
+  Geometry geometry_;
+  std::vector<std::array<std::uint8_t, 256>> masks_;
+  std::vector<std::uint8_t> planes_[kColors], columns_;
+  std::uint32_t groupBytes_,
+      needBytes_;             // of a group of whole columns; and without which it is not printed
+  std::uint32_t lastColumn_;  // forward column j is lastColumn_ - j in reverse
+  std::uint64_t dotsOutside_ = 0;
 };
 
 }  // namespace qrn::plain

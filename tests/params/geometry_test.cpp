@@ -1,0 +1,168 @@
+// What is derived from the parameter block, in numbers worked out by hand; and what leaves no trace
+// in the swaths, which the raster's random jobs compare.
+#include <cstring>
+#include <random>
+#include <utility>
+
+#include "params/resolution.h"
+#include "platform/bytes.h"
+#include "raster/core_job.h"
+#include "support/test_seed.h"
+
+namespace qrn {
+namespace {
+
+class Params : public CoreJob {
+ protected:
+  bool Parse() { return Connect(block.data(), image); }
+
+  std::vector<std::uint8_t> block = GoodBlock();
+  plain::JobDesc image{1440, 360, 6000, 720};
+};
+
+constexpr std::uint16_t kNear[] = {451, 419, 311, 280, 172, 140, 32, 0};
+constexpr std::uint16_t kFar[] = {338, 315, 234, 210, 129, 105, 24, 0};
+
+struct Mode {
+  std::uint16_t resX, passCount, resB, resCode, speed, margin, headGapX, minGap, maxGap;
+  const std::uint16_t (&rowOffset)[8];
+  std::uint16_t dualStep[3], singleStep[3];  // with 0, 10 and 50 percent feathering
+};
+const Mode kModes[] = {
+    {1080, 3, 12, 0x5C, 46, 2721, 1984, 31, 108, kNear, {120, 114, 90}, {55, 58, 46}},
+    {1440, 4, 12, 0x5C, 46, 3628, 1984, 31, 108, kNear, {90, 85, 67}, {38, 43, 34}},
+    {1620, 6, 9, 0x44, 61, 4081, 1488, 23, 81, kFar, {60, 57, 45}, {19, 29, 23}},
+    {2160, 8, 9, 0x44, 61, 5442, 1488, 23, 81, kFar, {45, 42, 33}, {7, 22, 17}},
+};
+
+TEST_F(Params, GiveTheGeometryOfEachMode) {
+  for (const Mode& mode : kModes) {
+    for (int feather = 0; feather < 3; ++feather) {
+      for (const bool dual : {true, false}) {
+        SCOPED_TRACE(testing::Message() << mode.resX << ", " << feather << ", " << dual);
+        image.resX = mode.resX;
+        block[109] = "\0\12\62"[feather];
+        block[90] = dual ? 0x30 : 0x10;
+        ASSERT_TRUE(Parse());
+        const int step = (dual ? mode.dualStep : mode.singleStep)[feather];
+        EXPECT_EQ((dual ? 1 : 2) * mode.passCount, job.passCount);
+        EXPECT_EQ(step, job.passStep);
+        EXPECT_EQ(step * job.passCount, job.swathH);
+        EXPECT_EQ(dual ? 720 : 360, job.checkRows);
+        EXPECT_EQ(dual ? 720 : 360, job.historyRows);
+        EXPECT_EQ(5, job.resParamA);
+        EXPECT_EQ(mode.resB, job.resParamB);
+        EXPECT_EQ(mode.resCode, job.resCode);
+        EXPECT_EQ(mode.speed, job.carriageSpeed);
+        EXPECT_EQ(mode.margin, job.marginDots);
+        EXPECT_EQ(mode.headGapX, job.headGapX);
+        EXPECT_EQ(mode.minGap, job.rowGapMin);
+        EXPECT_EQ(mode.maxGap, job.rowGapMax);
+        EXPECT_EQ(0, std::memcmp(mode.rowOffset, job.rowOffset, sizeof job.rowOffset));
+        EXPECT_EQ(752u, job.lineStride);
+      }
+    }
+  }
+}
+
+// A page of 751 bytes: 751 columns and a head distance of 1984, 451 of stagger and 128 more; of one
+// head 1001 1/3 columns, half the stagger in whole dots, and 128. In 1/150 inch:
+// (0 + 3628) / 9.6 = 377.9 and (3004 + 4 x 1984 + 3628) / 9.6 + 902 / 4.8 = 1705.4.
+TEST_F(Params, GiveTheSizeAndPlaceOfASwath) {
+  image.lineBits = 6008;
+  std::size_t size = 0;
+  std::uint32_t start = 0, end = 0;
+  onSwath = [&](const std::uint8_t* header, const std::uint8_t*, std::size_t bytes) {
+    size = bytes;
+    start = U16(header + 8);
+    end = U16(header + 10);
+  };
+  const auto print = [this] {
+    EXPECT_TRUE(Parse());
+    const std::vector<std::uint8_t> line(job.lineStride, 0xFF);
+    AddLine(job, 7, job.lineStride, line.data());
+    FlushLastBands(job);
+    WaitSwathQueue(job);
+  };
+  const auto inUnits = [](std::size_t bytes) { return (bytes + 319) / 320 * 320; };
+  print();
+  EXPECT_EQ(inUnits((751 + 1984 + 451 + 128) * 720), size);
+  EXPECT_EQ(377u, start);
+  EXPECT_EQ(1705u, end);
+  block[87] = 0x20;  // reverse
+  block[42] = 40;    // 8 further on
+  print();
+  EXPECT_EQ(1713u, start);
+  EXPECT_EQ(377u, end);
+  // PHB alone on a carriage for two starts a head distance further on: (4 x 1984 + 3628) / 9.6.
+  block[90] = 0x20;
+  for (std::uint8_t row = 0; row < 8; ++row) block[17u + row] = row;
+  print();
+  EXPECT_EQ(inUnits((6008 + 4 * (64 * 3 + 451 * 3 / 2)) * 120), size);
+  EXPECT_EQ(1204u, end);
+}
+
+TEST_F(Params, IdentifyBoardsInTwoLayouts) {
+  block[1] = 0x11, block[2] = 0x22, block[3] = 0x33, block[4] = 0x44, block[5] = 0x55;
+  for (const int id : {110, 111, 209, 210}) {
+    const bool inBytes = id > 110 && id < 210;
+    block[0] = Low8(static_cast<unsigned>(id));
+    ASSERT_TRUE(Parse());
+    EXPECT_EQ(inBytes ? 0x11 : 0x5544, job.mainBoardVer);
+    EXPECT_EQ(inBytes ? 0x55 : 0x3322, job.carriageBoardVer);
+    EXPECT_EQ(inBytes ? 0x44 : 0x11, job.carriageBoardId);
+  }
+}
+
+TEST_F(Params, OfAShortReplyChangeNothing) {
+  ASSERT_TRUE(Parse());
+  const PrinterParams kept = GetPrinterParams();
+  job.passCount = 77;
+  // A byte short, and none behind it to read.
+  const std::vector<std::uint8_t> exact(207, std::uint8_t{0xFF});
+  EXPECT_FALSE(ParsePrinterParams(job, exact.data(), 207));
+  EXPECT_EQ(0, std::memcmp(kept.bytes, GetPrinterParams().bytes, sizeof kept.bytes));
+  EXPECT_EQ(77, job.passCount);
+  EXPECT_EQ(3, job.nErrCode);
+}
+
+TEST_F(Params, LetAnImageOfExactlyTheWidthPass) {
+  // 2150 - 195 - 60 = 1895 mm begins at 107433.07 dots and ends before 107489.8;
+  // 3,822,917 x 254 / 14400 = 67432 mm, of which 16 bits count: 1896
+  for (const auto& [pixels, fits] :
+       {std::pair{107489u, true}, {107490u, false}, {3822917u, false}}) {
+    image.lineBits = 2 * pixels;
+    EXPECT_EQ(fits, Parse()) << pixels;
+    EXPECT_EQ(1895, job.maxPrintMm);
+  }
+}
+
+// The constant is just below 254: 72000 / (2540 x 360) x 254 is 20, yet 90 lines make 1799 steps.
+TEST_F(Params, FeedThePaperToTheExactStep) {
+  PutU32(&block[128], 72000);
+  ASSERT_TRUE(Parse());
+  EXPECT_EQ(1799, job.swathSteps);
+  EXPECT_NEAR(20.0, job.stepsPerLine, 1e-6);
+  std::mt19937_64 random(TestSeed());
+  for (int i = 0; i < 20'000; ++i) {
+    const std::uint64_t bits = random();
+    job.passStep = static_cast<std::uint16_t>(i % 4 == 0 ? 65535 : 1 + bits % 120);
+    job.stepCalib = static_cast<std::uint16_t>(i % 5 == 0 ? 1 : 1 + (bits >> 16) % 65535);
+    job.nResY = static_cast<std::uint16_t>(i % 7 == 0 ? 65535 : 360);
+    const auto base = static_cast<std::uint32_t>(i % 3 == 0 ? 0xFFFFFFFF : bits >> 32);
+    PutU32(GetPrinterParams().bytes + 128, base);
+    ASSERT_TRUE(CalcSwathSteps(job));
+    ASSERT_EQ(plain::StepsOf(job.passStep, base, job.stepCalib, job.nResY), job.swathSteps)
+        << job.passStep << " lines, " << base << " / (" << job.stepCalib << " x " << job.nResY;
+  }
+}
+
+TEST(Resolution, IsLookedUpByTheLowBitsOfItsArgument) {
+  EXPECT_EQ(1620, ResolutionByIndex(0x102));
+  EXPECT_EQ(0, ResolutionByIndex(4));
+  EXPECT_EQ(3, ResolutionIndex(0x10000 + 2160));
+  EXPECT_EQ(0, ResolutionIndex(1200));
+}
+
+}  // namespace
+}  // namespace qrn
