@@ -20,7 +20,7 @@ struct KindRule {
   const char* name;
   Kind kind;
   Acts acts;
-  // Names of fields. "!" behind one: it must be given; "=31": what it is where it is not given;
+  // Names of fields. "!" after one: it must be given; "=31": what it is where it is not given;
   // ":a/b": one of these words, the first of them where it is not given.
   const char* fields;
 };
@@ -139,7 +139,7 @@ std::string Join(const Words& words) {
   return text;
 }
 
-// Decimal, or hexadecimal behind "0x".
+// Decimal, or hexadecimal after "0x".
 bool ParseNumber(const std::string& text, std::uint64_t* number) {
   const bool hexadecimal = text.compare(0, 2, "0x") == 0;
   const char* end = text.data() + text.size();

@@ -28,7 +28,7 @@ enum class Garbage {
   kKind,      // in front of the reply: a packet of no known chunk kind
   kRandom,    // in front of it: a reply of random bytes
   kWords,     // in front of it: a packet that announces more words than it holds
-  kShort,     // the reply ends behind its code
+  kShort,     // the reply ends after its code
   kEmpty,     // a reply of no words in front of the reply
   kSplit,     // the reply in pieces of four bytes: first, middle, last
   kOverlong,  // the reply goes on, with zeros, past 3000 bytes

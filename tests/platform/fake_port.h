@@ -2,9 +2,7 @@
 #ifndef QRN_TESTS_PLATFORM_FAKE_PORT_H_
 #define QRN_TESTS_PLATFORM_FAKE_PORT_H_
 
-#include <cstring>
-#include <string>
-#include <vector>
+#include <atomic>
 
 #include "platform/usb_port.h"
 
@@ -12,17 +10,13 @@ class FakePort : public qrn::UsbPort {
  public:
   std::uint32_t dueMs = 0;     // reads complete from this tick on
   std::uint32_t failWith = 0;  // not 0: writes fail with it
-  std::uint32_t reads = 0;
+  std::atomic<std::uint32_t> reads = 0;
 
   bool Listable(std::uint32_t) override { return true; }
   const char* PathAt(std::uint32_t index, std::uint32_t) override {
     return index == 0 ? "" : index == 1 ? "one" : nullptr;
   }
-  std::uint32_t Open(const char* path, std::uint32_t, std::uint32_t* error) override {
-    if (std::strcmp(path, "one") == 0) return 1;
-    *error = 2;
-    return 0;
-  }
+  std::uint32_t Open(const char*, std::uint32_t, std::uint32_t*) override { return 1; }
   void Close(std::uint32_t, std::uint32_t) override {}
   qrn::UsbStep Write(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) override {
     return failWith != 0 ? qrn::UsbStep{qrn::UsbStep::kFailed, failWith}

@@ -8,7 +8,7 @@ namespace scenarios {
 namespace {
 
 constexpr std::uint32_t kPlanes = 8, kPixelsPerByte = 4, kBandLines = 50;
-constexpr std::uint8_t kSlack = 0xA5;  // behind the bytes of a line
+constexpr std::uint8_t kSlack = 0xA5;  // after the bytes of a line
 
 // Drop levels of all kinds; here and there a plane, or a band of lines in one, stays blank.
 void DrawRandom(std::uint64_t seed, Page& page) {
@@ -147,7 +147,7 @@ void Host::Write(const HostStep& step, Work& work) {
   slot_ = (slot_ + 1) % kPlanes;
 }
 
-// Behind its bytes, and behind the last line of a page, stands something else.
+// After its bytes, and after the last line of a page, comes something else.
 std::vector<std::uint8_t> Host::LineOf(std::uint32_t plane, const HostStep& step,
                                        const Work& work) {
   const std::uint32_t bytes = work.drawn.LineBytes();

@@ -1,10 +1,11 @@
 // Plays scenarios and holds what comes of them against their files. docs/testing.md tells of the
 // language.
 //
-//   scenarios [--record] [FILE.txt...] [TITLE...]
+//   scenarios [--record | --first] [FILE.txt...] [TITLE...]
 //
 // Without files, all that stand beside this source; with titles, or pieces of them, those alone,
-// and their transcripts are printed. --record writes the transcripts into the files.
+// and their transcripts are printed. --record writes the transcripts into the files; --first stops
+// at the first that differs.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -20,7 +21,7 @@ namespace {
 using namespace scenarios;
 
 struct Options {
-  bool record = false;
+  bool record = false, first = false;
   std::vector<std::filesystem::path> files;
   std::vector<std::string> titles;
 };
@@ -31,6 +32,8 @@ Options OptionsOf(int argc, char** argv) {
     const std::string argument = argv[i];
     if (argument == "--record") {
       options.record = true;
+    } else if (argument == "--first") {
+      options.first = true;
     } else if (argument.ends_with(".txt")) {
       options.files.emplace_back(argument);
     } else {
@@ -95,9 +98,9 @@ void PlayOne(Scenario& scenario, const Options& options, GoodRuns& goodRuns, Sco
   const bool same = found == scenario.wanted;
   if (!same && !options.record) {
     ++score.differ;
-    std::printf("%s\n%s\n", HeadOf(scenario).c_str(), Difference(scenario.wanted, found).c_str());
+    std::printf("%s%s\n", HeadOf(scenario).c_str(), Difference(scenario.wanted, found).c_str());
   } else if (!options.titles.empty()) {
-    std::printf("%s\n", HeadOf(scenario).c_str());
+    std::printf("%s", HeadOf(scenario).c_str());
     for (const std::string& line : found) std::printf("  %s\n", line.c_str());
     std::printf("\n");
   }
@@ -118,6 +121,7 @@ int main(int argc, char** argv) {
       return 2;
     }
     for (Scenario& scenario : file.scenarios) {
+      if (options.first && score.differ != 0) return 1;
       if (IsAsked(scenario, options)) PlayOne(scenario, options, goodRuns, score);
     }
     if (options.record && !Save(file)) {

@@ -17,8 +17,8 @@ namespace {
 using qrn::sim::Comparison;
 using qrn::sim::PrinterStats;
 
-std::string Count(std::uint64_t count, const std::string& what) {
-  return std::to_string(count) + " " + what;
+std::string Count(const std::string& what, std::uint64_t count) {
+  return what + " " + std::to_string(count);
 }
 
 std::string TellTraffic(const Traffic& traffic) {
@@ -28,28 +28,29 @@ std::string TellTraffic(const Traffic& traffic) {
   };
   std::string text;
   for (const auto& [code, count] : traffic.messages) {
-    const std::string& name = names.at(code);
-    text += (text.empty() ? "" : ", ") + (count != 1 ? Count(count, name) : name);
+    const auto known = names.find(code);
+    text += (text.empty() ? "" : ", ") + (count != 1 ? std::to_string(count) + " " : "") +
+            (known != names.end() ? known->second : "command " + std::to_string(code));
   }
   if (text.empty()) return "wire    nothing";
-  return "wire    " + text + ": " + Count(traffic.writes, "writes, ") +
-         Count(traffic.bytes, "bytes ") + traffic.digest.Text();
+  return "wire    " + text + Count(": writes", traffic.writes) + Count(", bytes", traffic.bytes) +
+         ", " + traffic.digest.Text();
 }
 
 // What the printer did in this job: it counts over all jobs.
 std::string TellPrinted(const PrinterStats& now, const PrinterStats& before) {
   const std::uint32_t feedOnly = now.feedOnlySwaths - before.feedOnlySwaths;
-  std::string text = "printed " + Count(now.swaths - before.swaths, "swaths");
-  if (feedOnly != 0) text += ", " + Count(feedOnly, "of them feed only");
-  return text + ", ink " + std::to_string(now.inkLaid - before.inkLaid) + "; " +
-         Count(now.jobsCreated - before.jobsCreated, "jobs, ") +
-         Count(now.jobsEnded - before.jobsEnded, "ended");
+  return Count("printed swaths", now.swaths - before.swaths) +
+         (feedOnly != 0 ? Count(", feed only", feedOnly) : "") +
+         Count(", ink", now.inkLaid - before.inkLaid) +
+         Count("; jobs created", now.jobsCreated - before.jobsCreated) +
+         Count(", ended", now.jobsEnded - before.jobsEnded);
 }
 
 std::string TellPaper(const Comparison& found) {
-  std::string text = Count(found.cells, "cells, ") + Count(found.differingCells, "differ");
-  if (found.unreachedCells != 0) text += ", " + Count(found.unreachedCells, "out of reach");
-  if (found.displacedCells != 0) text += ", " + Count(found.displacedCells, "a line higher");
+  std::string text = Count("; cells", found.cells) + Count(", differ", found.differingCells);
+  if (found.unreachedCells != 0) text += Count(", out of reach", found.unreachedCells);
+  if (found.displacedCells != 0) text += Count(", a line higher", found.displacedCells);
   if (!found.firstDifference.empty()) text += "; " + found.firstDifference;
   if (!found.reason.empty()) text += "; " + found.reason;
   return text;
@@ -67,7 +68,7 @@ std::string TellLogs(Digest times) {
     times.Add(name.data(), name.size());
     times.Add(log.data(), log.size());
   }
-  return "log " + Count(files.size(), "files, ") + Count(bytes, "bytes ") + times.Text();
+  return Count("; logs", files.size()) + Count(", bytes", bytes) + ", " + times.Text();
 }
 
 // Where a scenario is played.
@@ -92,7 +93,7 @@ class Stage {
     for (const auto& [name, value] : RecordFields())
       run_.push_back({Entry::kRecord, 0, name + " " + value});
     if (stats.jobsCreated != before_.jobsCreated) {
-      Tell(TellPrinted(stats, before_) + "; " +
+      Tell(TellPrinted(stats, before_) +
            TellPaper(Compare(page, printer_.CurrentPaper(), machine_, printer_.ResolutionX())));
     }
     Tell(TellTraffic(witness_.TakeTraffic()));
@@ -108,7 +109,7 @@ class Stage {
 
   Run Finish() {
     TakeEvents();
-    run_.back().text += "; " + TellLogs(times_);
+    run_.back().text += TellLogs(times_);
     if (!printer_.Violation().empty()) Tell("VIOLATION " + printer_.Violation());
     if (witness_.Time().LiveThreads() != 0) Tell("LEFT    a thread");
     if (witness_.Time().OpenDevices() != 0) Tell("LEFT    an open device");

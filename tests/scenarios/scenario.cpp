@@ -12,7 +12,8 @@
 namespace scenarios {
 namespace {
 
-constexpr std::uint32_t kPlanesOfPha = 0x99;  // in the driver's own ink order: 0, 3, 4 and 7
+constexpr std::uint32_t kAllPlanes = 0xFF,
+                        kPlanesOfPha = 0x99;  // in the driver's own ink order: 0, 3, 4 and 7
 
 using Words = std::vector<std::string>;
 
@@ -27,7 +28,7 @@ Words Split(const std::string& text, char separator) {
   return parts;
 }
 
-// Decimal, or hexadecimal behind "0x".
+// Decimal, or hexadecimal after "0x".
 std::uint32_t NumberOf(const std::string& text) {
   const bool hexadecimal = text.starts_with("0x");
   const char* end = text.data() + text.size();
@@ -68,27 +69,20 @@ std::vector<LineRange> RangesOf(const std::string& text) {
   return ranges;
 }
 
+// Ink on line 0 up to a last one.
+Image InkOn(std::uint32_t planes, std::uint32_t lastLine) {
+  Image image;
+  image.planes = planes;
+  image.lines = {{0, lastLine}};
+  return image;
+}
+
 const Meanings<Job> kImageWords = {
-    {"pha",
-     [](const Word&, Job& j) {
-       j.image = {kPlanesOfPha, {{0, 0}}};
-     }},
-    {"all",
-     [](const Word&, Job& j) {
-       j.image = {0xFF, {{0, 0}}};
-     }},
-    {"solid",
-     [](const Word&, Job& j) {
-       j.image = {0xFF, {{0, j.height - 1}}};
-     }},
-    {"blank",
-     [](const Word&, Job& j) {
-       j.image = {0, {}};
-     }},
-    {"random",
-     [](const Word&, Job& j) {
-       j.image = {0xFF, {}, true};
-     }},
+    {"pha", [](const Word&, Job& j) { j.image = InkOn(kPlanesOfPha, 0); }},
+    {"all", [](const Word&, Job& j) { j.image = InkOn(kAllPlanes, 0); }},
+    {"solid", [](const Word&, Job& j) { j.image = InkOn(kAllPlanes, j.height); }},
+    {"blank", [](const Word&, Job& j) { j.image = Image(); }},
+    {"random", [](const Word&, Job& j) { j.image.random = true; }},
     {"lines", [](const Word& w, Job& j) { j.image.lines = RangesOf(w.value); }},
     {"seed", [](const Word& w, Job& j) { j.image.seed = w.Number(); }},
 };
@@ -204,22 +198,28 @@ const std::map<std::string, void (*)(const Words& words, Scenario& scenario)> kL
     {"system", TakeSystem}, {"machine", TakeMachine}, {"printer", TakePrinter},
 };
 
-void TakeLines(Scenario& scenario) {
-  for (const std::string& line : scenario.lines) {
-    Words words = Split(line, ' ');
-    const auto meaning = kLines.find(words.at(0));
-    if (meaning == kLines.end()) Refuse("no line begins with '" + words[0] + "'");
-    words.erase(words.begin());
-    meaning->second(words, scenario);
-  }
-  if (scenario.jobs.empty()) Refuse("there is no job");
-}
-
 void Trim(Words& lines) {
   while (!lines.empty() && lines.back().empty()) lines.pop_back();
 }
 
 }  // namespace
+
+bool Understand(Scenario* scenario, std::string* error) {
+  try {
+    for (const std::string& line : scenario->lines) {
+      Words words = Split(line, ' ');
+      const auto meaning = kLines.find(words.at(0));
+      if (meaning == kLines.end()) Refuse("no line begins with '" + words[0] + "'");
+      words.erase(words.begin());
+      meaning->second(words, *scenario);
+    }
+    if (scenario->jobs.empty()) Refuse("there is no job");
+    return true;
+  } catch (const std::invalid_argument& refused) {
+    *error = "'" + scenario->title + "': " + refused.what();
+    return false;
+  }
+}
 
 Scenario GoodOf(const Job& job) {
   Scenario good;
@@ -245,12 +245,7 @@ bool Load(const std::filesystem::path& path, File* file, std::string* error) {
   Trim(file->preamble);
   if (!stream.eof()) return false;
   for (Scenario& scenario : file->scenarios) {
-    try {
-      TakeLines(scenario);
-    } catch (const std::invalid_argument& refused) {
-      *error = path.filename().string() + ": '" + scenario.title + "': " + refused.what();
-      return false;
-    }
+    if (!Understand(&scenario, error)) return false;
   }
   return true;
 }

@@ -31,7 +31,7 @@ struct HostStep {
   std::uint32_t count = 0;
   std::optional<std::uint32_t> bytes = {};  // in place of the length of a line
   bool null = false;                        // no line at all
-  std::uint32_t restMs = 0;                 // behind each line
+  std::uint32_t restMs = 0;                 // after each line
 };
 
 struct LineRange {
@@ -40,7 +40,7 @@ struct LineRange {
 
 // What is on the page: pixels at the highest level, or at random ones.
 struct Image {
-  std::uint32_t planes = 0xFF;  // a bit each
+  std::uint32_t planes = 0xFF;  // of the ink on `lines`, a bit each
   std::vector<LineRange> lines = {};
   bool random = false;
   std::uint64_t seed = 1;
@@ -72,6 +72,9 @@ struct Scenario {
   // Nothing but one good job: it is held against no other.
   bool IsGood() const { return lines.size() == 1 && !jobs[0].misdescribed; }
 };
+
+// Reads `lines`. False, with a reason, where they make no scenario.
+bool Understand(Scenario* scenario, std::string* error);
 
 // The good job that a job's transcript is held against.
 Scenario GoodOf(const Job& job);

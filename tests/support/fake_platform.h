@@ -1,27 +1,26 @@
 // A platform for tests of single parts: one thread, a clock that sleeping moves, devices and
-// transfers by script.
+// transfers by script. Files are the system's.
 #ifndef QRN_TESTS_SUPPORT_FAKE_PLATFORM_H_
 #define QRN_TESTS_SUPPORT_FAKE_PLATFORM_H_
 
 #include <cstring>
 #include <deque>
 #include <functional>
-#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "platform/platform.h"
+#include "support/forwarding_platform.h"
 
 namespace qrn {
 
-class FakePlatform : public Platform {
+class FakePlatform : public ForwardingPlatform {
  public:
-  FakePlatform() { UsePlatform(this); }
+  FakePlatform() : ForwardingPlatform(SystemPlatform()) { UsePlatform(this); }
   ~FakePlatform() override { UsePlatform(nullptr); }
 
   // What is plugged in: paths in order; "" = details unreadable. A path with "held" in it cannot be
   // opened.
-  bool listable = true;
   std::vector<std::string> paths;
   std::vector<std::string> opened;
   std::uint32_t openCount = 0;  // opened and not closed
@@ -30,7 +29,6 @@ class FakePlatform : public Platform {
   // is a failed read.
   std::vector<std::vector<std::uint8_t>> written;
   std::uint32_t failWriteAfter = UINT32_MAX;  // this many writes succeed, the others fail
-  std::uint32_t transferMs = 0;
   std::deque<std::vector<std::uint8_t>> replies;
 
   std::uint32_t nowMs = 1000;
@@ -39,16 +37,13 @@ class FakePlatform : public Platform {
   LocalTime localTime{2024, 3, 7, 9, 5, 2};
   std::uint32_t localeId = 0x0409;
   std::vector<std::pair<std::string, std::string>> boxes;  // text, caption
-  bool threadStarts = true;
-  std::vector<std::string> threadCalls;
 
-  UsbList UsbListOpen() override { return listable ? 1 : 0; }
+  UsbList UsbListOpen() override { return 1; }
   UsbPathStatus UsbListPath(UsbList, std::uint32_t index, const char** path) override {
     if (index >= paths.size()) return UsbPathStatus::kEnd;
     *path = paths[index].c_str();
     return paths[index].empty() ? UsbPathStatus::kUnreadable : UsbPathStatus::kPath;
   }
-  void UsbListClose(UsbList) override {}
   DeviceHandle DeviceOpen(const char* path) override {
     if (std::strstr(path, "held") != nullptr) return 0;
     opened.push_back(path);
@@ -57,16 +52,14 @@ class FakePlatform : public Platform {
   }
   void DeviceClose(DeviceHandle) override { --openCount; }
   bool BulkWrite(DeviceHandle, const void* data, std::uint32_t bytes) override {
-    nowMs += transferMs;
     if (written.size() >= failWriteAfter) return false;
     const auto* begin = static_cast<const std::uint8_t*>(data);
     written.emplace_back(begin, begin + bytes);
     return true;
   }
   bool BulkRead(DeviceHandle, void* data, std::uint32_t bytes) override {
-    nowMs += transferMs;
     if (replies.empty()) return false;
-    const std::vector<std::uint8_t> packet = replies.front();
+    const std::vector<std::uint8_t> packet = std::move(replies.front());
     replies.pop_front();
     if (packet.size() != bytes) return false;
     std::memcpy(data, packet.data(), bytes);
@@ -80,19 +73,9 @@ class FakePlatform : public Platform {
     if (onSleep) onSleep();
   }
   LocalTime LocalTimeNow() override { return localTime; }
-  ThreadHandle ThreadStart(void (*)(void*), void*) override { return threadStarts ? 7 : 0; }
-  void ThreadRaisePriority(ThreadHandle) override { threadCalls.push_back("raise"); }
-  void ThreadTerminate(ThreadHandle) override { threadCalls.push_back("terminate"); }
-  void ThreadRelease(ThreadHandle) override { threadCalls.push_back("release"); }
   std::uint32_t SystemLocaleId() override { return localeId; }
   void ShowBox(const char* text, const char* caption) override {
     boxes.emplace_back(text, caption);
-  }
-  bool PathExists(const char* path) override { return SystemPlatform().PathExists(path); }
-  bool FileCreate(const char* path) override { return SystemPlatform().FileCreate(path); }
-  FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
-                        std::uint32_t* fileBytes) override {
-    return SystemPlatform().FileWriteAt(path, part, gapMaxBytes, fileBytes);
   }
 };
 

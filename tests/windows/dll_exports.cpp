@@ -11,7 +11,7 @@
 
 namespace {
 
-std::unique_ptr<LoadedDll> g_dll;
+std::unique_ptr<const LoadedDll> g_dll;
 
 const LoadedDll& TheDll() {
   if (!g_dll) RenewDll();
@@ -33,7 +33,7 @@ auto Call(Function*, const char* name, Arguments... arguments) {
 
 void RenewDll() {
   g_dll.reset();
-  g_dll = std::make_unique<LoadedDll>();
+  g_dll.reset(new LoadedDll(LoadedDll::Fresh()));
   ReplaceSystemCalls(g_dll->Handle());
 }
 

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 class LoadedDll {
  public:
   LoadedDll();  // fails the process when there is none
@@ -11,15 +13,20 @@ class LoadedDll {
   LoadedDll(const LoadedDll&) = delete;
   LoadedDll& operator=(const LoadedDll&) = delete;
 
+  // One that is as before its first job, whatever is loaded already.
+  static LoadedDll Fresh();
+
   HMODULE Handle() const { return handle_; }
   // Null when no export has the name.
   FARPROC Find(const char* name) const { return GetProcAddress(handle_, name); }
 
  private:
+  explicit LoadedDll(const std::string& file);
+
   HMODULE handle_;
 };
 
-// Loads the DLL behind the exports anew, as it is before its first job. Not while a job runs.
+// Puts a fresh DLL behind the exports of this program. Not while a job runs.
 void RenewDll();
 
 #endif  // QRN_TESTS_WINDOWS_LOADED_DLL_H_

@@ -16,9 +16,10 @@ LogDrive::LogDrive(const std::string& logFolder) {
   before_ = fs::current_path(failed);
   if (!logFolder.empty()) {
     fs::create_directories(logFolder, failed);
-    if (!fs::is_directory(logFolder))
+    if (!fs::is_directory(logFolder)) {
       throw std::runtime_error(
           "'" + logFolder + "': " + (fs::exists(logFolder) ? "is not a folder" : failed.message()));
+    }
     if (access(logFolder.c_str(), W_OK | X_OK) != 0)
       throw std::runtime_error("'" + logFolder + "': " + std::strerror(errno));
     fs::create_directory(folder_.Path("c:"));

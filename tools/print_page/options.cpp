@@ -11,15 +11,17 @@ namespace {
 constexpr const char* kDescription =
     "Prints a page on the virtual printer through the driver's exports and compares the paper with "
     "the page.\n"
-    "Input: CUPS raster (a file, or - for standard input), PDF, PostScript, EPS, PNG, JPEG or "
-    "TIFF.\n"
-    "A raster with several pages prints several jobs.";
+    "Input: CUPS raster, PDF, PostScript, EPS, PNG, JPEG or TIFF; a file, a pipe, or - for "
+    "standard "
+    "input.\n"
+    "Several pages are several jobs.";
 
 constexpr const char* kFooter =
-    "Quirks: pause:at=3,ms=5000   cancel:at=4   unplug:at=5,ms=6000   buffer-full:at=2,count=5\n"
-    "        refuse:on=connect,status=4,count=2   refuse:on=swath,at=3,status=7   "
-    "(docs/simulator.md)\n"
-    "Exit code: 0 all pages printed and equal, 1 not, or input that cannot be read, 2 wrong usage.";
+    "Quirks: connect-refused:count=2,status=4   buffer-full:at=2,count=5   "
+    "spool-overflow:at=3,count=1\n"
+    "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (docs/simulator.md)\n"
+    "Exit code: 0 all pages printed and equal, 1 not, or something that cannot be read or written, "
+    "2 wrong usage.";
 
 bool MakeAbsolute(std::string* path, std::string* error) {
   if (path->empty() || *path == "-") return true;
@@ -135,6 +137,10 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exit
     Complete(given, &options);
   } catch (const CLI::Error& error) {
     *exitCode = app.exit(error) == 0 ? 0 : 2;
+    if (!std::cout.flush()) {
+      std::cerr << "print-page: cannot write to standard output\n";
+      *exitCode = 1;
+    }
     return std::nullopt;
   }
   std::string error;

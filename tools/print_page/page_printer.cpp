@@ -1,6 +1,7 @@
 #include "print_page/page_printer.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "print_page/host_job.h"
 #include "print_page/job_log_check.h"
@@ -26,11 +27,18 @@ sim::PrinterStats Difference(const sim::PrinterStats& after, const sim::PrinterS
   return stats;
 }
 
+std::string InOneLine(const std::string& text) {
+  std::istringstream words(text);
+  std::string line;
+  for (std::string word; words >> word;) line += (line.empty() ? "" : " ") + word;
+  return line;
+}
+
 sim::SessionOptions SessionOptionsOf(const Options& options) {
   sim::SessionOptions session;
   session.virtualTime = options.virtualTime;
   session.seed = options.seed;
-  session.onBox = [](const std::string& text) { Complain("message: " + text); };
+  session.onBox = [](const std::string& text) { Complain("message: " + InOneLine(text)); };
   return session;
 }
 

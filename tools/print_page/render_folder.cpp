@@ -14,8 +14,6 @@
 #include <string_view>
 #include <system_error>
 
-extern char** environ;
-
 namespace qrn::tool {
 namespace {
 
