@@ -3,9 +3,9 @@
 // the rules of the wire, no ink may be laid that was not handed over, and the end of the last job
 // must leave nothing behind.
 //
-// Input: u8 scheduling; i8 bytes by which the block is longer than a whole one; u8 count of bytes in
-// it that are not the usual ones, for each u8 place, u8 value; quirks as print-page takes them, with
-// blanks in between, up to a zero byte or the end; calls: u8 which, and its arguments.
+// Input: u8 scheduling; i8 bytes by which the block is longer than a whole one; u8 count of bytes
+// in it that are not the usual ones, for each u8 place, u8 value; quirks as print-page takes them,
+// with blanks in between, up to a zero byte or the end; calls: u8 which, and its arguments.
 #include <algorithm>
 #include <bit>
 #include <cstdint>

@@ -2,7 +2,8 @@
 // length to any command interpreted; both within a wait for room and within a whole exchange, with
 // link losses.
 //
-// Input: u8 what to run, u8 command code, u8 state of the job, u8 writes that succeed (0 = all), then
+// Input: u8 what to run, u8 command code, u8 state of the job, u8 writes that succeed (0 = all),
+// then
 //   interpretation: replies: u8 bytes, then these
 //   else: packets; after the last one reads fail. For joining alone u16 capacity in front of them.
 #include <algorithm>
