@@ -36,6 +36,7 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
            Dot{"reverse counts down", 1440, false, 1, 1412, 4, 0, 7, 0, 0, 7, 360, 2480, 2},
            Dot{"reverse, cut to the grid", 1440, false, 1, 1413, 4, 0, 7, 0, 0, 7, 360, 2482, 2},
            Dot{"in front of the origin", 1440, false, 0, 376, 0, 0, 7, 0, 0, 7, 360, -3, 2},
+           Dot{"the last byte of a column", 1440, false, 0, 377, 1984, 1, 7, 179, 1, 6, 358, 0, 1},
        }) {
     SCOPED_TRACE(dot.name);
     Machine machine;
@@ -49,13 +50,29 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
               carriage.Print({dot.direction, dot.startPos, 0}, columns, paper));
     EXPECT_EQ(dot.amount, paper.Ink(dot.ink, dot.direction, dot.line, dot.paperColumn));
     EXPECT_EQ(static_cast<std::uint64_t>(dot.amount), paper.TotalInk());
+    // The nozzle has passed over as many columns as were fired, and over no other.
+    EXPECT_EQ(static_cast<std::size_t>(dot.column) + 1,
+              paper.Row(dot.ink, dot.direction, dot.line)->ink.size());
   }
+}
+
+// Only where both heads' orders are blank are they the usual ones.
+TEST(Carriage, TakesAnOrderThatIsBlankOnOneHeadAsItIs) {
+  Machine machine;
+  machine.inkOrder[1].fill(1);
+  Carriage carriage(machine, 1440);
+  Paper paper;
+  std::vector<std::uint8_t> columns(720);
+  columns[0] = 0x80;
+  carriage.Print({0, 377, 0}, columns, paper);
+  EXPECT_EQ(2u, paper.InkOf(0));
 }
 
 struct OneHeadDot {
   const char* name;
   Heads heads;
   bool twoHeadCarriage;
+  std::uint8_t headGapX;
   std::uint16_t startPos;
   int column, head, slot;
   int ink, line, paperColumn;  // ink -1: nothing is laid
@@ -65,19 +82,21 @@ struct OneHeadDot {
 // two heads.
 TEST(Carriage, OfOneHeadLaysOnlyThatHeadsDots) {
   for (const OneHeadDot& dot : {
-           OneHeadDot{"row 0", Heads::kPha, false, 377, 451, 0, 0, 0, 0, 0},
-           OneHeadDot{"PHB on a carriage of its own", Heads::kPhb, false, 377, 3, 1, 7, 0, 0, 3},
+           OneHeadDot{"row 0", Heads::kPha, false, 5, 377, 451, 0, 0, 0, 0, 0},
+           OneHeadDot{"PHB on a carriage of its own", Heads::kPhb, false, 5, 377, 3, 1, 7, 0, 0, 3},
            // (3628 + 4 x 1989) x 150 / 1440 = 1206.6, cut; from there on as above
-           OneHeadDot{"PHB on a carriage for two", Heads::kPhb, true, 1206, 3, 1, 7, 0, 0, 3},
-           OneHeadDot{"PHA on a carriage for two", Heads::kPha, true, 377, 3, 0, 7, 6, 0, 3},
-           OneHeadDot{"a dot for the other head", Heads::kPha, true, 377, 3, 1, 7, -1, 0, 0},
-           OneHeadDot{"none in use: PHA's nozzles", Heads::kNone, false, 377, 3, 0, 7, 5, 0, 3},
+           OneHeadDot{"PHB on a carriage for two", Heads::kPhb, true, 5, 1206, 3, 1, 7, 0, 0, 3},
+           // (3628 + 4 x 1985) x 150 / 1440 = 1205: the last one in front of that
+           OneHeadDot{"to the very place", Heads::kPhb, true, 1, 1204, 3, 1, 7, 0, 0, 3},
+           OneHeadDot{"PHA on a carriage for two", Heads::kPha, true, 5, 377, 3, 0, 7, 6, 0, 3},
+           OneHeadDot{"a dot for the other head", Heads::kPha, true, 5, 377, 3, 1, 7, -1, 0, 0},
+           OneHeadDot{"none in use: PHA's nozzles", Heads::kNone, false, 5, 377, 3, 0, 7, 5, 0, 3},
        }) {
     SCOPED_TRACE(dot.name);
     Machine machine;
     machine.heads = dot.heads;
     machine.twoHeadCarriage = dot.twoHeadCarriage;
-    machine.headGapX.fill(5);
+    machine.headGapX.fill(dot.headGapX);
     machine.inkOrder = {
         {{0, 0, 1, 2, 3, 4, 5, 6}, {7, 6, 5, 4, 3, 2, 1, 0}, {}, {5, 5, 5, 5, 5, 5, 5, 5}}};
     Carriage carriage(machine, 1440);

@@ -12,6 +12,45 @@
 namespace qrn::sim {
 namespace {
 
+constexpr std::size_t kGroupBytes = 7 * 8192;
+
+// The first write of swath data number 5, as a host frames them: `words` of them, seven slots a
+// write, the last one cut after its words.
+Bytes Group(std::uint32_t words) {
+  const std::uint32_t slots = DivUp(words, 4064u);
+  Bytes group;
+  for (std::uint32_t slot = 0; slot < std::min(slots, 7u); ++slot) {
+    const std::uint32_t here = std::min(words - slot * 4064, 4064u);
+    const bool last = slot + 1 == slots;
+    const int kind = slots == 1 ? 0xF008 : slot == 0 ? 0xF001 : last ? 0xF002 : 0xF004;
+    const Bytes frame =
+        Frame(0x85B5, static_cast<std::uint16_t>(kind), 5, Low16(slot), Low16(here - 1),
+              Low16(slots), words, last && slot < 6 ? 32 + 2 * std::size_t{here} : 8192);
+    group.insert(group.end(), frame.begin(), frame.end());
+  }
+  return group;
+}
+
+// A write of command number 5, or of swath data, with one word of it changed.
+Bytes Broken(std::size_t at, int by, bool sign) {
+  Bytes packet = CommandWrite(5);
+  PutU16(&packet[at], Low16(static_cast<std::uint32_t>(U16(&packet[at]) + by)));
+  if (sign) Sign(&packet);
+  return packet;
+}
+Bytes With(Bytes write, std::size_t at) {
+  write.at(at) = 1;
+  return write;
+}
+Bytes Cut(Bytes write, std::size_t bytes) {
+  write.resize(bytes);
+  return write;
+}
+Bytes Part(std::uint16_t number, std::uint16_t index, std::uint32_t words = 150) {
+  const auto kind = static_cast<std::uint16_t>(index == 0 ? 0xF001 : index == 3 ? 0xF002 : 0xF004);
+  return Frame(0x0BAA, kind, number, index, 47, 4, words, 128);
+}
+
 class Wire : public testing::Test {
  protected:
   std::string Take(const Bytes& bytes) {
@@ -24,117 +63,98 @@ class Wire : public testing::Test {
 
 TEST_F(Wire, NoticesEachBrokenPart) {
   struct Case {
-    const char* name;
-    std::function<Bytes()> write;
-    const char* place;
+    Bytes write;
+    const char* violation;
+    Bytes before = {};  // a write that is right
   };
-  const auto broken = [](std::size_t at, int by, bool sign) {
-    Bytes packet = CommandWrite(5);
-    PutU16(&packet[at], Low16(static_cast<std::uint32_t>(U16(&packet[at]) + by)));
-    if (sign) Sign(&packet);
-    return packet;
+  std::vector<Case> cases = {
+      {Broken(16, 1, true), "kind F009 for index 0"},
+      {Broken(18, 1, true), "number 6 instead of 5"},
+      {Broken(20, 1, true), "F008 for index 1"},
+      {Broken(22, -1, true), "word 22"},
+      {Broken(24, 1, true), "2 chunks"},
+      {Broken(26, 1, true), "chunks announced"},
+      {Broken(28, 16, true), "chunks announced"},
+      {Frame(0x0BAA, 0xF008, 5, 0, 47, 0, 0, 128), "0 chunks announced for 0 words"},
+      {Broken(40, 1, false), "packet check"},
+      {Broken(96, 1, true), "not zero behind word 32"},
+      {Broken(124, 1, true), "not zero behind word 32"},
+      {Cut(CommandWrite(5), 126), "of 126 bytes"},
+      {Bytes(31), "no frame header"},
+      {Part(5, 1), "starts with chunk 1"},
+      {Part(5, 2), "chunk 2 instead of 1", Part(5, 0)},
+      {Part(6, 1), "chunk 1 belongs to another message", Part(5, 0)},
+      {Part(5, 1, 151), "chunk 1 belongs to another message", Part(5, 0)},
+      {Frame(0x1234, 0xF008, 5, 0, 9, 1, 10, 52), "type word 1234"},
+      {Cut(Group(10), 84), "group of 84 bytes, not 52"},  // with its zero tail
+      {Cut(Group(10), 50), "group of 50 bytes, not 52"},
+      {Frame(0x85B5, 0xF008, 5, 0, 8, 1, 10, 52), "9 words in a chunk of 10"},
+      {Frame(0x85B5, 0xF008, 5, 0, 4064, 1, 4065, 8162), "4065 words in a slot"},
+      {Cut(Group(5000), 8192), "ends in slot 1"},
+      {With(Group(5000), 8160), "slot 0 is not zero behind word 4064"},
+      {With(Group(5000), 8191), "slot 0 is not zero behind word 4064"},
+      {With(Group(6 * 4064 + 10), kGroupBytes - 8192 + 52), "slot 6 is not zero behind word 10"},
+      {Cut(Group(6 * 4064 + 10), kGroupBytes - 8192 + 52), "group of 49204 bytes, not 57344"},
+      {Cut(Group(7 * 4064 + 10), kGroupBytes + 52), "group of 57396 bytes, not 57344"},
   };
-  std::vector<Case> cases;
-  for (std::size_t word = 0; word < 7; ++word) {
-    cases.push_back({"constant word", [=] { return broken(2 * word, 1, true); }, "constant word"});
-  }
-  for (std::size_t word = 7; word < 16; ++word) {
-    cases.push_back(
-        {"header word without its check", [=] { return broken(2 * word, 1, false); }, "check"});
-  }
-  cases.insert(
-      cases.end(),
-      {
-          {"kind", [&] { return broken(16, 1, true); }, "kind"},
-          {"number", [&] { return broken(18, 1, true); }, "number 6 instead of 5"},
-          {"index", [&] { return broken(20, 1, true); }, "F008 for index 1"},
-          {"word 22", [&] { return broken(22, -1, true); }, "word 22"},
-          {"count", [&] { return broken(24, 1, true); }, "2 chunks"},
-          {"length high", [&] { return broken(26, 1, true); }, "chunks announced"},
-          {"length: two chunks", [&] { return broken(28, 16, true); }, "chunks announced"},
-          {"payload without the packet check", [&] { return broken(40, 1, false); },
-           "packet check"},
-          {"fill", [&] { return broken(100, 1, true); }, "not zero behind word 32"},
-          {"too short a packet",
-           [] {
-             Bytes b = CommandWrite(5);
-             b.resize(126);
-             return b;
-           },
-           "of 126 bytes"},
-          {"no header", [] { return Bytes(31); }, "no frame header"},
-          {"data with its zero tail",
-           [] {
-             Bytes b = DataWrite(5, 10);
-             b.resize(b.size() + 32);
-             return b;
-           },
-           "group of 84 bytes, not 52"},
-          {"data cut short",
-           [] {
-             Bytes b = DataWrite(5, 10);
-             b.resize(b.size() - 2);
-             return b;
-           },
-           "group of 50 bytes, not 52"},
-          {"data word 22", [] { return Frame(0x85B5, 0xF008, 5, 0, 8, 1, 10, 52); },
-           "9 words in a chunk of 10"},
-          {"slot too full", [] { return Frame(0x85B5, 0xF008, 5, 0, 4064, 1, 4065, 8162); },
-           "4065 words in a slot"},
-          {"unknown type", [] { return Frame(0x1234, 0xF008, 5, 0, 9, 1, 10, 52); },
-           "type word 1234"},
-          {"first of two slots alone",
-           [] { return Frame(0x85B5, 0xF001, 5, 0, 4063, 2, 5000, 8192); }, "ends in slot 1"},
-      });
+  for (std::size_t word = 0; word < 7; ++word)
+    cases.push_back({Broken(2 * word, 1, true), "constant word"});
+  for (std::size_t word = 7; word < 16; ++word)
+    cases.push_back({Broken(2 * word, 1, false), "check"});
   for (const Case& expected : cases) {
-    SCOPED_TRACE(expected.name);
+    SCOPED_TRACE(expected.violation);
     receiver = WireReceiver{};
     messages.clear();
     EXPECT_EQ("", Take(CommandWrite(4)));
-    const std::string violation = Take(expected.write());
-    EXPECT_NE(std::string::npos, violation.find(expected.place)) << violation;
-    EXPECT_EQ(0u, violation.find("write 2: "));
+    if (!expected.before.empty()) {
+      EXPECT_EQ("", Take(expected.before));
+    }
+    const std::string violation = Take(expected.write);
+    EXPECT_NE(std::string::npos, violation.find(expected.violation)) << violation;
+    EXPECT_EQ(0u, violation.find(expected.before.empty() ? "write 2: " : "write 3: "));
     EXPECT_EQ(1u, messages.size());
   }
 }
 
-TEST_F(Wire, JoinsDataAndTakesAnInterruptedMessageAgain) {
-  Bytes group = Frame(0x85B5, 0xF001, 9, 0, 4063, 2, 4074, 8192);
-  std::iota(group.begin() + 32, group.begin() + 8160, std::uint8_t{0});
-  const Bytes last = Frame(0x85B5, 0xF002, 9, 1, 9, 2, 4074, 52);
-  group.insert(group.end(), last.begin(), last.end());
-  EXPECT_EQ("", Take(group));
-  ASSERT_EQ(1u, messages.size());
-  EXPECT_TRUE(messages[0].isData);
-  EXPECT_EQ(8148u, messages[0].bytes.size());
-  EXPECT_EQ(0x0F, messages[0].bytes[15]);
-
-  EXPECT_EQ("", Take(Frame(0x0BAA, 0xF001, 10, 0, 47, 2, 60, 128)));
-  receiver.Reopened();  // the second packet never came
-  EXPECT_EQ("", Take(CommandWrite(10)));
-  EXPECT_EQ("", Take(CommandWrite(11)));
-  EXPECT_NE("", Take(CommandWrite(11)));
+TEST_F(Wire, TakesAMessageOfEachLengthAndAnInterruptedOneAgain) {
+  for (const std::uint32_t words : {10u, 4064u, 5000u, 6 * 4064u + 10, 7 * 4064u}) {
+    receiver = WireReceiver{};
+    messages.clear();
+    Bytes group = Group(words);
+    std::iota(group.begin() + 32, group.begin() + 52, std::uint8_t{0});
+    EXPECT_EQ("", Take(group));
+    ASSERT_EQ(1u, messages.size()) << words;
+    EXPECT_TRUE(messages[0].isData);
+    EXPECT_EQ(2 * words, messages[0].bytes.size());
+    EXPECT_EQ(0x0F, messages[0].bytes[15]);
+  }
+  EXPECT_EQ("", Take(Part(6, 0)));
+  receiver.Reopened();  // the rest of it never came
+  EXPECT_EQ("", Take(CommandWrite(6)));
+  EXPECT_EQ("", Take(CommandWrite(7)));
+  EXPECT_NE("", Take(CommandWrite(7)));
 }
 
-TEST(ReplyPacker, CutsRepliesIntoPacketsThatTheReceiverWouldJoin) {
+TEST(Replies, AreCutIntoPacketsAndJoinedAgain) {
   ReplyPacker packer;
-  std::vector<std::uint8_t> reply(216);
+  ReplyJoiner joiner;
+  (void)packer.Pack(Bytes(8));  // number 1
+  Bytes reply(216);
   std::iota(reply.begin(), reply.end(), std::uint8_t{1});
   const auto packets = packer.Pack(reply);
   ASSERT_EQ(3u, packets.size());
-  std::vector<std::uint8_t> joined;
   const std::uint16_t kinds[3] = {0xF001, 0xF004, 0xF002}, words[3] = {47, 47, 14};
-  for (std::size_t i = 0; i < 3; ++i) {
-    ASSERT_EQ(128u, packets[i].size());
-    EXPECT_EQ(kinds[i], U16(&packets[i][16]));
-    EXPECT_EQ(words[i], U16(&packets[i][22]));
-    Bytes signedAgain = packets[i];
-    Sign(&signedAgain);
-    EXPECT_EQ(signedAgain, packets[i]);
-    joined.insert(joined.end(), packets[i].begin() + 32, packets[i].begin() + 32 + 2 * words[i]);
+  for (std::uint16_t i = 0; i < 3; ++i) {
+    Bytes expected = Frame(0x0BAA, kinds[i], 2, i, words[i], 3, 108, 128);
+    std::copy_n(reply.begin() + 94 * i, 2 * words[i], expected.begin() + 32);
+    Sign(&expected);
+    EXPECT_EQ(expected, packets[i]);
+    const auto joined = joiner.Take(packets[i].data());
+    EXPECT_EQ(i == 2 ? reply : Bytes{}, joined.value_or(Bytes{}));
   }
-  EXPECT_EQ(reply, joined);
-  EXPECT_EQ(0xF008, U16(&packer.Pack(Bytes(8))[0][16]));
+  // A packet has room for 48 words, of which 47 are used.
+  EXPECT_EQ(96u, joiner.Take(Frame(0x0BAA, 0xF008, 3, 0, 48, 1, 48, 128).data())->size());
+  EXPECT_FALSE(joiner.Take(Frame(0x0BAA, 0xF008, 4, 0, 49, 1, 49, 128).data()).has_value());
 }
 
 }  // namespace
