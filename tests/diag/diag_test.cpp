@@ -51,6 +51,12 @@ TEST_F(Errors, HaveTheTextsOfTheTable) {
   EXPECT_EQ(0, job.nErrCode);
 }
 
+TEST_F(Errors, KeepALostLinkWhateverComesBehindIt) {
+  for (const std::uint32_t code : {3u, 17u, 26u}) RaiseError(code);
+  EXPECT_EQ(17, job.nErrCode);
+  EXPECT_EQ(3u, platform.boxes.size());
+}
+
 TEST(CodePage, KnowsEveryCharacterOfTheSources) {
   std::size_t characters = 0;
   for (const auto& entry : fs::recursive_directory_iterator(QRN_SOURCE_DIR)) {

@@ -1,6 +1,7 @@
 // The platforms that run here: the system's own, and virtual time. And what cuts numbers.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -80,6 +81,26 @@ TEST_F(Posix, ListsWhatIsPluggedInAndNothingElse) {
 TEST_F(Posix, EndsAThreadByForceInWhateverItReads) {
   EndByForce(platform, port, true);
   EndByForce(platform, port, false);
+}
+
+TEST_F(Posix, CountsMillisecondsAndWaitsForThePortAndForTheEndOfAThread) {
+  const auto now = [] {
+    const auto since = std::chrono::steady_clock::now().time_since_epoch();
+    return Low32(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
+  };
+  const std::uint32_t before = now(), told = platform.TickMs();
+  EXPECT_LE(told - before, now() - before);
+  port.dueMs = told + 20;
+  port.reads = 0;
+  const ThreadHandle thread = platform.ThreadStart(
+      [](void* self) {
+        std::uint8_t packet[128];
+        (void)static_cast<Platform*>(self)->BulkRead(1, packet, sizeof packet);
+      },
+      &platform);
+  platform.ThreadRelease(thread);
+  EXPECT_GT(port.reads, 1u);
+  EXPECT_GE(static_cast<std::int32_t>(platform.TickMs() - port.dueMs), 0);
 }
 
 TEST_F(Posix, ShowsBoxesInUtf8WhereTheUserLooks) {
