@@ -61,8 +61,7 @@ Page Host::Print(const Job& job, const Page& drawn) {
   Work work(job, drawn);
   const auto sayRefused = [&] {
     if (work.refused != 0) {
-      say_(std::to_string(work.refused) + " of " + std::to_string(work.calls) +
-                   " lines refused");
+      say_(std::to_string(work.refused) + " of " + std::to_string(work.calls) + " lines refused");
     }
     work.calls = work.refused = 0;
   };

@@ -80,7 +80,8 @@ class Teller {
       run_.push_back({Entry::kRecord, 0, name + " " + value});
     if (stats.jobsCreated != before_.jobsCreated) {
       Tell(TellPrinted(stats, before_) +
-           TellPaper(Compare(page, stage_.printer.CurrentPaper(), machine_, stage_.printer.ResolutionX())));
+           TellPaper(Compare(page, stage_.printer.CurrentPaper(), machine_,
+                             stage_.printer.ResolutionX())));
     }
     Tell(TellTraffic(stage_.witness.TakeTraffic()));
     before_ = stats;
