@@ -56,7 +56,6 @@ struct VirtualPrinter::Impl {
     if (const Quirk* fault = moments.Use(Quirk::Kind::kWriteFails))
       return {UsbStep::kFailed, fault->error};
     bytesReceived += bytes;
-    if (keepTransfers) transfers.emplace_back(data, data + bytes);
     std::vector<WireMessage> messages;
     wire.Take(data, bytes, &messages);
     for (const WireMessage& message : messages) {
@@ -99,8 +98,6 @@ struct VirtualPrinter::Impl {
   ReplyJoiner joiner;  // what the host makes of it
   Firmware firmware;
   std::uint64_t bytesReceived = 0, bytesSent = 0;
-  bool keepTransfers = false;
-  std::vector<std::vector<std::uint8_t>> transfers;
 };
 
 VirtualPrinter::VirtualPrinter(const Machine& machine, const QuirkScript& quirks)
@@ -135,10 +132,6 @@ std::string VirtualPrinter::Trouble() const {
 
 const Paper& VirtualPrinter::CurrentPaper() const { return impl_->firmware.ThePaper(); }
 std::uint32_t VirtualPrinter::ResolutionX() const { return impl_->firmware.ResolutionX(); }
-void VirtualPrinter::KeepTransfers(bool keep) { impl_->keepTransfers = keep; }
-const std::vector<std::vector<std::uint8_t>>& VirtualPrinter::Transfers() const {
-  return impl_->transfers;
-}
 
 bool VirtualPrinter::Listable(std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
@@ -180,24 +173,13 @@ UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, st
 
 UsbStep VirtualPrinter::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
                              std::uint32_t nowMs) {
-  const UsbStep step = Fetch(handle, data, bytes, nowMs);
-  HostGot(step, data);
-  return step;
-}
-
-UsbStep VirtualPrinter::Fetch(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
-                              std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
   impl_->moments.BeginRead();
   impl_->Look(nowMs);
   const UsbStep step = impl_->ReadStep(handle, data, bytes, nowMs);
   if (step.state != UsbStep::kWait) impl_->moments.EndRead();
+  impl_->HostGot(step, data);
   return step;
-}
-
-void VirtualPrinter::HostGot(const UsbStep& step, const std::uint8_t* packet) {
-  const std::lock_guard lock(impl_->mutex);
-  impl_->HostGot(step, packet);
 }
 
 }  // namespace qrn::sim

@@ -7,7 +7,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "platform/usb_port.h"
 #include "sim/machine.h"
@@ -44,16 +43,6 @@ class VirtualPrinter : public UsbPort {
   const Paper& CurrentPaper() const;
   // Resolution of the last job create; 0 before the first.
   std::uint32_t ResolutionX() const;
-
-  // Record of all bytes that the host has written (one entry a transfer), when asked for. Only
-  // between jobs.
-  void KeepTransfers(bool keep);
-  const std::vector<std::vector<std::uint8_t>>& Transfers() const;
-
-  // For whoever changes replies on their way: a read whose packet the host may not get, and how a
-  // transfer has ended for the host, with the packet that it got by a read. Read() does both.
-  UsbStep Fetch(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes, std::uint32_t nowMs);
-  void HostGot(const UsbStep& step, const std::uint8_t* packet);
 
   // UsbPort
   bool Listable(std::uint32_t nowMs) override;

@@ -1,215 +1,193 @@
-// Whole jobs from seeds. Each runs in a process of its own, so that a seed is the same job alone
-// and in a row, and a crash is the failure of its seed.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <chrono>
-#include <csignal>
+// Whole jobs from seeds. Each is drawn as a scenario and played on virtual time, and after it a
+// good job of the same page on the same machine: what must hold of any job, whatever befell it. A
+// seed has a process of its own, so that it is the same job alone and in a row.
+//
+//   job_sim_test [--seeds A..B]   says which seeds fail, 1..2000 where it is not told
+//   job_sim_test --seed=N         one of them, with its scenario and its log
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <map>
 #include <string>
 
-#include "jobs/sim_invariants.h"
-#include "jobs/sim_plan.h"
-#include "jobs/sim_run.h"
+#include "host/job.h"
+#include "jobs/library_memory.h"
+#include "jobs/plan.h"
+#include "scenarios/play.h"
+#include "scenarios/stage.h"
+#include "sim/compare.h"
 
 namespace {
 
-constexpr std::uint64_t kReplayEvery = 10;  // seeds; these run twice
+using namespace scenarios;
+using qrn::sim::Comparison;
 
-// A seed takes a fraction of a second, some ten times that under a sanitizer. One that hangs in
-// real time is ended by a signal, so that its plan is told.
-constexpr unsigned kSeedSecondsMax = 300;
+// A poll each for the three commands, for the stop and for the swaths that are left.
+constexpr std::uint64_t kPollsMs = 5 * 100;
+// A start that gets no further than its connect; its thread ends within a second.
+constexpr std::uint64_t kFailedStartMs = 1100;
+// 202 polls of 100 ms after the second that a thread has to end.
+constexpr std::uint64_t kForcedEndMs = 1000 + 202 * 100;
+constexpr std::uint8_t kLinkGivenUp = 17;
 
-// What a seed's process tells.
-struct Verdict {
-  std::uint64_t digest = 0;
-  std::uint64_t elapsedMs = 0;
-  Outcome outcome = Outcome::kCount;
-  std::string faults;  // lines; "" = none
+// The printer that is printed on.
+const qrn::sim::VirtualPrinter* g_printer = nullptr;
+
+// All jobs of a scenario, played out, and what is left of them.
+struct Played {
+  Played(const Scenario& scenario, const Page& drawn) : stage(scenario), page(drawn) {
+    g_printer = &stage.printer;
+    page = stage.host.Print(scenario.jobs[0], drawn);
+    // The stream and a whole page are flushed.
+    isWhole = !scenario.jobs[0].lineFamily || stage.host.LinesTaken() == page.Lines();
+    for (std::size_t i = 1; i < scenario.jobs.size(); ++i) stage.host.Print(scenario.jobs[i]);
+    elapsedMs = stage.witness.TickMs() - scenario.system.startTickMs;
+    for (const Event& event : stage.witness.TakeEvents()) {
+      boxes += event.text.starts_with("box ") ? 1 : 0;
+      isForced |= event.text.starts_with("强行退出TX线程");
+    }
+    const qrn::Job& job = qrn::GetJob();
+    error = job.nErrCode;
+    isCancelled = job.bCancelLatch != 0;
+    isPrinted = scenario.jobs.size() == 1 && error == 0 && !isCancelled && job.bJobEndRx == 1 &&
+                stage.printer.Stats().jobsEnded != 0;
+  }
+
+  Stage stage;
+  Page page;  // that the first job should have printed
+  bool isWhole = false, isPrinted = false, isCancelled = false, isForced = false;
+  std::uint32_t boxes = 0;
+  std::uint8_t error = 0;
+  std::uint32_t elapsedMs = 0;
 };
 
-void WriteAll(int file, const void* bytes, std::size_t count) {
-  const auto* from = static_cast<const char*>(bytes);
-  while (count > 0) {
-    const ssize_t written = write(file, from, count);
-    if (written <= 0) std::_Exit(2);
-    from += written;
-    count -= static_cast<std::size_t>(written);
-  }
-}
+class Judge {
+ public:
+  explicit Judge(const Scenario& plan) : plan_(plan), fate_(FateOf(plan)) {}
 
-Verdict Judge(const SimPlan& plan) {
-  const SimRun run = RunPlan(plan);
-  Verdict verdict;
-  verdict.digest = run.planned.digest ^ run.next.digest * 31;
-  verdict.elapsedMs = run.planned.elapsedMs;
-  verdict.outcome = OutcomeOf(plan, run.planned);
-  for (const std::string& fault : CheckRun(plan, run)) verdict.faults += "  " + fault + "\n";
-  return verdict;
-}
-
-[[noreturn]] void RunChild(const SimPlan& plan, int file) {
-  const Verdict verdict = Judge(plan);
-  WriteAll(file, &verdict.digest, sizeof verdict.digest);
-  WriteAll(file, &verdict.elapsedMs, sizeof verdict.elapsedMs);
-  WriteAll(file, &verdict.outcome, sizeof verdict.outcome);
-  WriteAll(file, verdict.faults.data(), verdict.faults.size());
-  close(file);
-  std::exit(0);
-}
-
-Verdict RunSeed(const SimPlan& plan) {
-  int ends[2];
-  if (pipe(ends) != 0) std::exit(2);
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    close(ends[0]);
-    alarm(kSeedSecondsMax);
-    RunChild(plan, ends[1]);
+  // A line for each thing that is wrong.
+  Run Faults() {
+    const Played planned(plan_, Page::Drawn(plan_.jobs[0]));
+    CheckLeft("planned", planned);
+    CheckEnd(planned);
+    Scenario good = GoodOf(plan_.jobs[0]);
+    good.machine = plan_.machine;
+    const Played clean(good, planned.page);
+    CheckLeft("good", clean);
+    Expect(clean.isPrinted && clean.boxes == 0, "the good job: not printed");
+    CheckTime(planned, clean);
+    CheckPaper(planned, clean);
+    return std::move(faults_);
   }
-  close(ends[1]);
-  std::string told;
-  std::array<char, 4096> buffer;
-  for (ssize_t count = 0; (count = read(ends[0], buffer.data(), buffer.size())) > 0;)
-    told.append(buffer.data(), static_cast<std::size_t>(count));
-  close(ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  Verdict verdict;
-  constexpr std::size_t kHead = 2 * sizeof(std::uint64_t) + sizeof(Outcome);
-  if (told.size() >= kHead) {
-    std::memcpy(&verdict.digest, told.data(), 8);
-    std::memcpy(&verdict.elapsedMs, told.data() + 8, 8);
-    std::memcpy(&verdict.outcome, told.data() + 16, sizeof verdict.outcome);
-    verdict.faults = told.substr(kHead);
-  }
-  if (WIFSIGNALED(status)) {
-    verdict.faults += "  died of signal " + std::to_string(WTERMSIG(status));
-    if (WTERMSIG(status) == SIGALRM)
-      verdict.faults += ": it hung for " + std::to_string(kSeedSecondsMax) + " s";
-    verdict.faults += "\n";
-  } else if (WEXITSTATUS(status) != 0 || told.size() < kHead) {
-    verdict.faults += "  ended with exit code " + std::to_string(WEXITSTATUS(status)) + "\n";
-  }
-  return verdict;
-}
 
-struct Statistics {
-  std::uint64_t schedules = 0, failed = 0, replayed = 0, virtualMs = 0;
-  std::map<std::string, std::uint64_t> outcomes, quirks, mistakes;
+ private:
+  void Expect(bool holds, const std::string& what) {
+    if (!holds) faults_.push_back({Entry::kResult, 0, what});
+  }
+
+  void CheckLeft(const std::string& which, const Played& played) {
+    const std::string job = "the " + which + " job: ";
+    const Stage& stage = played.stage;
+    Expect(stage.printer.Violation().empty(), job + stage.printer.Violation());
+    Expect(stage.witness.Time().LiveThreads() == 0, job + "a thread is left");
+    Expect(stage.witness.Time().OpenDevices() == 0, job + "a device is left open");
+    const LibraryMemory memory = TheLibraryMemory();
+    Expect(memory.held == 0, job + std::to_string(memory.held) + " blocks of memory are left");
+    Expect(memory.inJobs == 0, job + "took memory after the connect");
+    Expect(!played.isPrinted || memory.obtained != 0, job + "no memory is counted");
+  }
+
+  void CheckEnd(const Played& planned) {
+    // What keeps the transmit thread for longer than a stop waits for it.
+    const std::uint64_t heldMs =
+        planned.boxes * std::uint64_t{plan_.system.boxOpenMs} + fate_.costMs;
+    Expect(!planned.isForced || heldMs >= kForcedEndMs - kFailedStartMs || plan_.jobs.size() > 1,
+           "the thread is ended by force, and nothing held it");
+    Expect(planned.isPrinted || fate_.mayFail || fate_.mayCancel || fate_.mayLose,
+           "not printed, and nothing kept it");
+    Expect(!planned.isCancelled || fate_.mayCancel, "cancelled by nobody");
+    Expect(planned.error != kLinkGivenUp || fate_.mayLose, "the link is given up without a reason");
+    Expect(!planned.isPrinted || planned.boxes == 0, "printed, with a box");
+  }
+
+  void CheckTime(const Played& planned, const Played& clean) {
+    if (fate_.altersPage) return;  // perhaps in more passes
+    const std::uint64_t mostMs = clean.elapsedMs + fate_.costMs + kPollsMs +
+                                 planned.boxes * std::uint64_t{plan_.system.boxOpenMs} +
+                                 (plan_.jobs.size() > 1 ? kFailedStartMs : 0) +
+                                 (planned.isForced ? kForcedEndMs : 0);
+    Expect(planned.elapsedMs <= mostMs, std::to_string(planned.elapsedMs) + " ms, at most " +
+                                            std::to_string(mostMs) + " as a good job takes " +
+                                            std::to_string(clean.elapsedMs));
+  }
+
+  // A machine that cannot print this page right is known by the good job's paper.
+  void CheckPaper(const Played& planned, const Played& clean) {
+    const std::uint32_t resolution = clean.stage.printer.ResolutionX();
+    const Comparison right =
+        Compare(planned.page, clean.stage.printer.CurrentPaper(), plan_.machine, resolution);
+    if (right.incomparable) return;
+    Expect(right.differingCells == 0, "the good job: " + right.firstDifference);
+    if (fate_.altersPage || planned.stage.printer.ResolutionX() == 0) return;
+    const Comparison found = CompareCalibrated(planned.page, planned.stage.printer.CurrentPaper(),
+                                               plan_.machine, resolution, right);
+    const bool isDone = planned.isPrinted && planned.isWhole;
+    Expect((isDone ? found.differingCells : found.overInkedCells) == 0, found.firstDifference);
+  }
+
+  const Scenario& plan_;
+  const Fate fate_;
+  Run faults_;
 };
 
-void Print(const char* what, const std::map<std::string, std::uint64_t>& counts) {
-  std::printf("%s:", what);
-  const char* comma = "";
-  for (const auto& [name, count] : counts) {
-    std::printf("%s %s %llu", comma, name.c_str(), static_cast<unsigned long long>(count));
-    comma = ",";
-  }
-  std::printf("\n");
-}
-
-void Print(const Statistics& statistics, double seconds) {
-  std::printf(
-      "%llu schedules in %.1f s, %llu of them twice, %.1f hours of virtual time; %llu failed\n",
-      static_cast<unsigned long long>(statistics.schedules), seconds,
-      static_cast<unsigned long long>(statistics.replayed),
-      static_cast<double>(statistics.virtualMs) / 3.6e6,
-      static_cast<unsigned long long>(statistics.failed));
-  Print("outcomes", statistics.outcomes);
-  Print("quirks drawn", statistics.quirks);
-  Print("mistakes of the host", statistics.mistakes);
-}
-
-void TakeSeed(const char* program, std::uint64_t seed, Statistics* statistics) {
-  const SimPlan plan = SimPlan::Draw(seed);
-  Verdict verdict = RunSeed(plan);
-  if (seed % kReplayEvery == 0) {
-    ++statistics->replayed;
-    if (RunSeed(plan).digest != verdict.digest)
-      verdict.faults += "  the same seed gave other bytes or another log\n";
-  }
-  ++statistics->schedules;
-  statistics->virtualMs += verdict.elapsedMs;
-  for (const std::string& quirk : plan.quirks)
-    ++statistics->quirks[quirk.substr(0, quirk.find(':'))];
-  for (const std::string& mistake : plan.MistakeNames()) ++statistics->mistakes[mistake];
-  if (verdict.outcome != Outcome::kCount) ++statistics->outcomes[NameOf(verdict.outcome)];
-  if (verdict.faults.empty()) return;
-  ++statistics->failed;
-  std::printf("FAILED %s\n%s  again: %s\n", plan.Text().c_str(), verdict.faults.c_str(),
-              plan.RerunLine(program).c_str());
-}
-
-// One seed in this process, for a debugger and with its log.
-int RunAlone(std::uint64_t seed) {
-  const SimPlan plan = SimPlan::Draw(seed);
-  std::printf("%s\n", plan.Text().c_str());
-  std::fflush(stdout);
-  const SimRun run = RunPlan(plan);
-  for (const std::string& log : run.planned.logs) std::printf("---- log\n%s", log.c_str());
-  const std::vector<std::string> faults = CheckRun(plan, run);
-  std::printf("---- %s after %.1f s of virtual time, at most %.1f s\n",
-              NameOf(OutcomeOf(plan, run.planned)),
-              static_cast<double>(run.planned.elapsedMs) / 1e3,
-              static_cast<double>(plan.BoundMs()) / 1e3);
-  for (const std::string& fault : faults) std::printf("FAILED %s\n", fault.c_str());
-  return faults.empty() ? 0 : 1;
-}
-
-// Holds the seeds of a file, one "SEED DIGEST" a line, against what they give now: all bytes on the
-// line, all logs and all times of both jobs.
-int CompareDigests(const char* name) {
-  std::ifstream file(name);
-  unsigned long long seed = 0, digest = 0;
-  int compared = 0, differing = 0;
-  for (; file >> std::dec >> seed >> std::hex >> digest; ++compared) {
-    const SimPlan plan = SimPlan::Draw(seed);
-    if (RunSeed(plan).digest == digest) continue;
-    ++differing;
-    std::printf("OTHER BYTES %s\n", plan.Text().c_str());
-  }
-  std::printf("%d seeds compared, %d differ\n", compared, differing);
-  return compared > 0 && differing == 0 ? 0 : 1;
-}
-
-void PrintDigests(std::uint64_t first, std::uint64_t last) {
-  for (std::uint64_t seed = first; seed <= last; ++seed) {
-    std::printf("%llu %016llx\n", static_cast<unsigned long long>(seed),
-                static_cast<unsigned long long>(RunSeed(SimPlan::Draw(seed)).digest));
+Run FaultsOf(const Scenario& plan) {
+  try {
+    return Judge(plan).Faults();
+  } catch (const qrn::sim::TimeLimitPassed& passed) {
+    return {{Entry::kResult, 0, passed.what()}};
   }
 }
 
-int Usage() {
-  std::fprintf(stderr,
-               "usage: job_sim_test --seeds A..B | --seed=N | --print-digests A..B | "
-               "--compare-digests FILE\n");
-  return 2;
+// True when nothing is wrong.
+bool TakeSeed(const char* program, unsigned long long seed) {
+  const Scenario plan = DrawPlan("plan", seed);
+  const Run faults = InChild([&plan] { return FaultsOf(plan); });
+  if (faults.empty()) return true;
+  std::printf("FAILED %s", TextOf(plan).c_str());
+  for (const Entry& fault : faults) std::printf("  %s\n", fault.text.c_str());
+  std::printf("  again: %s --seed=%llu\n", program, seed);
+  return false;
+}
+
+void Show(const Scenario& plan) {
+  std::printf("%s", TextOf(plan).c_str());
+  for (const Entry& entry : PlayApart(plan)) {
+    if (entry.kind == Entry::kLog || entry.kind == Entry::kSaid)
+      std::printf("  +%u %s\n", static_cast<unsigned>(entry.ms), entry.text.c_str());
+    if (entry.kind == Entry::kResult) std::printf("  %s\n", entry.text.c_str());
+  }
 }
 
 }  // namespace
 
+bool JobRuns() {
+  return g_printer != nullptr && g_printer->Stats().jobsCreated > g_printer->Stats().jobsEnded;
+}
+
 int main(int argc, char** argv) {
   unsigned long long first = 1, last = 2000;
-  if (argc == 2 && std::sscanf(argv[1], "--seed=%llu", &first) == 1) return RunAlone(first);
-  if (argc == 3 && std::strcmp(argv[1], "--compare-digests") == 0) return CompareDigests(argv[2]);
-  const bool ranged =
-      argc == 3 && std::sscanf(argv[2], "%llu..%llu", &first, &last) == 2 && first <= last;
-  if (ranged && std::strcmp(argv[1], "--print-digests") == 0) {
-    PrintDigests(first, last);
-    return 0;
+  const bool isOne = argc == 2 && std::sscanf(argv[1], "--seed=%llu", &first) == 1;
+  const bool isRange = argc == 3 && std::strcmp(argv[1], "--seeds") == 0 &&
+                       std::sscanf(argv[2], "%llu..%llu", &first, &last) == 2 && first <= last;
+  if (argc != 1 && !isOne && !isRange) {
+    std::fprintf(stderr, "usage: job_sim_test [--seeds A..B | --seed=N]\n");
+    return 2;
   }
-  if (argc != 1 && (!ranged || std::strcmp(argv[1], "--seeds") != 0)) return Usage();
-  const auto begin = std::chrono::steady_clock::now();
-  Statistics statistics;
-  for (std::uint64_t seed = first; seed <= last; ++seed) TakeSeed(argv[0], seed, &statistics);
-  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-  Print(statistics, took.count());
-  return statistics.failed == 0 ? 0 : 1;
+  if (isOne) {
+    last = first;
+    Show(DrawPlan("plan", first));
+  }
+  unsigned long long failed = 0;
+  for (unsigned long long seed = first; seed <= last; ++seed)
+    failed += TakeSeed(argv[0], seed) ? 0 : 1;
+  std::printf("%llu seeds, %llu failed\n", last - first + 1, failed);
+  return failed == 0 ? 0 : 1;
 }

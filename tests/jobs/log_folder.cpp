@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 
 namespace fs = std::filesystem;
 
@@ -12,10 +13,10 @@ constexpr char kLogDirectory[] = "c:/p2debug";
 
 }  // namespace
 
-LogFolder::LogFolder() : before_(fs::current_path()) {
+LogFolder::LogFolder(bool present) : before_(fs::current_path()) {
   fs::current_path(work_.Path());
   fs::remove_all(kLogDirectory);
-  fs::create_directories(kLogDirectory);
+  if (present) fs::create_directories(kLogDirectory);
 }
 
 LogFolder::~LogFolder() {
@@ -26,11 +27,14 @@ LogFolder::~LogFolder() {
 
 std::vector<fs::path> LogFolder::Files() {
   std::vector<fs::path> paths;
-  for (const auto& entry : fs::directory_iterator(kLogDirectory)) paths.push_back(entry.path());
+  std::error_code absent;
+  for (const auto& entry : fs::directory_iterator(kLogDirectory, absent))
+    paths.push_back(entry.path());
   // The plain name of a minute comes before its numbered ones.
   std::sort(paths.begin(), paths.end(), [](const fs::path& a, const fs::path& b) {
     const auto key = [](const fs::path& path) {
-      return std::make_pair(path.stem().string().size(), path);
+      const std::string stem = path.stem().string();
+      return std::make_tuple(stem.substr(0, stem.find('(')), stem.size(), stem);
     };
     return key(a) < key(b);
   });

@@ -8,16 +8,16 @@
 
 #include "support/temp_folder.h"
 
-// Makes the log directory for the life of the object. Where drives have no letters its name is a
-// relative path: then the working directory is a private one meanwhile.
+// Makes the log directory, or takes it away, for the life of the object. Where drives have no
+// letters its name is a relative path: then the working directory is a private one meanwhile.
 class LogFolder {
  public:
-  LogFolder();
+  explicit LogFolder(bool present = true);
   ~LogFolder();
   LogFolder(const LogFolder&) = delete;
   LogFolder& operator=(const LogFolder&) = delete;
 
-  // Log files, oldest name first, and their bytes.
+  // Log files in the order in which they were begun, and their bytes.
   static std::vector<std::filesystem::path> Files();
   static std::vector<std::string> Logs();
 

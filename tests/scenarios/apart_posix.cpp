@@ -37,7 +37,7 @@ Run Read(std::FILE* in) {
 
 }  // namespace
 
-Run PlayApart(const Scenario& scenario) {
+Run InChild(const std::function<Run()>& play) {
   int ends[2];
   if (pipe(ends) != 0) return {{Entry::kResult, 0, "NO PIPE"}};
   std::fflush(nullptr);
@@ -45,7 +45,7 @@ Run PlayApart(const Scenario& scenario) {
   if (child == 0) {
     close(ends[0]);
     std::FILE* out = fdopen(ends[1], "w");
-    for (const Entry& entry : Play(scenario)) Write(entry, out);
+    for (const Entry& entry : play()) Write(entry, out);
     std::fclose(out);
     std::exit(0);
   }
@@ -57,6 +57,10 @@ Run PlayApart(const Scenario& scenario) {
   waitpid(child, &status, 0);
   if (status != 0) run.push_back({Entry::kResult, 0, "DIED    status " + std::to_string(status)});
   return run;
+}
+
+Run PlayApart(const Scenario& scenario) {
+  return InChild([&scenario] { return Play(scenario); });
 }
 
 }  // namespace scenarios

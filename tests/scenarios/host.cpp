@@ -4,6 +4,8 @@
 #include <random>
 #include <string>
 
+#include "platform/platform.h"
+
 namespace scenarios {
 namespace {
 
@@ -55,12 +57,11 @@ std::uint8_t* Page::Edit(std::uint32_t plane, std::uint32_t line) {
   return bytes_.data() + (std::size_t{plane} * lines_ + line) * lineBytes_;
 }
 
-Page Host::Print(const Job& job) {
-  Work work(job);
+Page Host::Print(const Job& job, const Page& drawn) {
+  Work work(job, drawn);
   const auto sayRefused = [&] {
     if (work.refused != 0) {
-      witness_.Say(std::to_string(work.refused) + " of " + std::to_string(work.calls) +
-                   " lines refused");
+      say_(std::to_string(work.refused) + " of " + std::to_string(work.calls) + " lines refused");
     }
     work.calls = work.refused = 0;
   };
@@ -69,6 +70,7 @@ Page Host::Print(const Job& job) {
     Take(step, work);
   }
   sayRefused();
+  linesTaken_ = work.linesTaken;
   return work.taken;
 }
 
@@ -84,9 +86,9 @@ void Host::Take(const HostStep& step, Work& work) {
       for (std::uint32_t i = 0; i < step.count; ++i) Write(step, work);
       return;
     case HostStep::kRest:
-      return witness_.SleepMs(step.count);
+      return qrn::ThePlatform().SleepMs(step.count);
     case HostStep::kEnd:
-      if ((work.job.lineFamily ? PP_Uninit() : EndRipData()) != 1) witness_.Say("end: not 1");
+      if ((work.job.lineFamily ? PP_Uninit() : EndRipData()) != 1) say_("end: not 1");
       return;
     case HostStep::kAsk:
       return Ask();
@@ -99,7 +101,7 @@ void Host::Start(Work& work) {
   work.linesGiven = work.linesTaken = 0;
   if (!work.job.lineFamily) slot_ = 0;
   const std::int32_t result = work.job.lineFamily ? PP_Init(desc) : StartPrint(desc, 0);
-  if (result != 1) witness_.Say("start: " + std::to_string(result));
+  if (result != 1) say_("start: " + std::to_string(result));
 }
 
 void Host::Ask() {
@@ -111,7 +113,7 @@ void Host::Ask() {
                      std::to_string(PP_GetErrorMsg(error)) + " '" + error + "', resolutions";
   for (const std::uint32_t index : {0u, 1u, 2u, 3u, 4u, 0x102u})
     text += " " + std::to_string(PP_GetResolutionX(index));
-  witness_.Say(text + " x " + std::to_string(PP_GetResolutionY(99)));
+  say_(text + " x " + std::to_string(PP_GetResolutionY(99)));
 }
 
 void Host::GiveLines(const HostStep& step, Work& work) {
@@ -125,7 +127,7 @@ void Host::GiveLines(const HostStep& step, Work& work) {
       }
     }
     ++work.linesGiven;
-    if (step.restMs != 0) witness_.SleepMs(step.restMs);
+    if (step.restMs != 0) qrn::ThePlatform().SleepMs(step.restMs);
   }
 }
 

@@ -4,10 +4,12 @@
 #define QRN_TESTS_SCENARIOS_HOST_H_
 
 #include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "scenarios/scenario.h"
-#include "scenarios/witness.h"
 #include "sim/compare.h"
 
 namespace scenarios {
@@ -31,17 +33,23 @@ class Page : public qrn::sim::RasterSource {
 
 class Host {
  public:
-  explicit Host(Witness& witness) : witness_(witness) {}
+  using Say = std::function<void(const std::string& what)>;
+  explicit Host(Say say) : say_(std::move(say)) {}
 
   // Takes all steps of the job; the page that a driver should have printed then.
-  Page Print(const Job& job);
+  Page Print(const Job& job) { return Print(job, Page::Drawn(job)); }
+  // With another page than the job's image.
+  Page Print(const Job& job, const Page& drawn);
+  // Lines of that page that were handed over whole, as far as a driver can tell.
+  std::uint32_t LinesTaken() const { return linesTaken_; }
 
  private:
   // The job in hand.
   struct Work {
-    explicit Work(const Job& of) : job(of), drawn(Page::Drawn(of)), taken(of) {}
+    Work(const Job& of, const Page& page) : job(of), drawn(page), taken(of) {}
     const Job& job;
-    Page drawn, taken;
+    const Page& drawn;
+    Page taken;
     std::uint32_t linesGiven = 0, linesTaken = 0;
     std::uint32_t calls = 0, refused = 0;  // since it was said last how many
   };
@@ -57,7 +65,8 @@ class Host {
   static void TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line,
                      const HostStep& step, Work& work);
 
-  Witness& witness_;
+  Say say_;
+  std::uint32_t linesTaken_ = 0;
   std::uint32_t slot_ = 0;  // of the next WriteRipData; only StartPrint sets it back
 };
 

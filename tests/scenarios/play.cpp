@@ -6,10 +6,7 @@
 #include <iterator>
 #include <map>
 
-#include "platform/platform.h"
-#include "scenarios/host.h"
-#include "scenarios/witness.h"
-#include "sim/virtual_printer.h"
+#include "scenarios/stage.h"
 
 namespace scenarios {
 namespace {
@@ -71,32 +68,22 @@ std::string TellLogs(Digest times) {
   return Count("; logs", files.size()) + Count(", bytes", bytes) + ", " + times.Text();
 }
 
-// Where a scenario is played.
-class Stage {
+class Teller {
  public:
-  explicit Stage(const Scenario& scenario)
-      : folder_(scenario.logFolder),
-        machine_(scenario.machine),
-        printer_(scenario.machine, scenario.quirks),
-        witness_(printer_, scenario.system),
-        host_(witness_) {
-    qrn::UsePlatform(&witness_);
-  }
-  ~Stage() { qrn::UsePlatform(nullptr); }
-  Stage(const Stage&) = delete;
-  Stage& operator=(const Stage&) = delete;
+  explicit Teller(const Scenario& scenario) : stage_(scenario), machine_(scenario.machine) {}
 
   void Print(const Job& job) {
-    const Page page = host_.Print(job);
+    const Page page = stage_.host.Print(job);
     TakeEvents();
-    const PrinterStats stats = printer_.Stats();
+    const PrinterStats stats = stage_.printer.Stats();
     for (const auto& [name, value] : RecordFields())
       run_.push_back({Entry::kRecord, 0, name + " " + value});
     if (stats.jobsCreated != before_.jobsCreated) {
       Tell(TellPrinted(stats, before_) +
-           TellPaper(Compare(page, printer_.CurrentPaper(), machine_, printer_.ResolutionX())));
+           TellPaper(Compare(page, stage_.printer.CurrentPaper(), machine_,
+                             stage_.printer.ResolutionX())));
     }
-    Tell(TellTraffic(witness_.TakeTraffic()));
+    Tell(TellTraffic(stage_.witness.TakeTraffic()));
     before_ = stats;
     ++jobs_;
   }
@@ -110,9 +97,9 @@ class Stage {
   Run Finish() {
     TakeEvents();
     run_.back().text += TellLogs(times_);
-    if (!printer_.Violation().empty()) Tell("VIOLATION " + printer_.Violation());
-    if (witness_.Time().LiveThreads() != 0) Tell("LEFT    a thread");
-    if (witness_.Time().OpenDevices() != 0) Tell("LEFT    an open device");
+    if (!stage_.printer.Violation().empty()) Tell("VIOLATION " + stage_.printer.Violation());
+    if (stage_.witness.Time().LiveThreads() != 0) Tell("LEFT    a thread");
+    if (stage_.witness.Time().OpenDevices() != 0) Tell("LEFT    an open device");
     if (testing::UnitTest::GetInstance()->Failed()) Tell("FAILED  as is said above");
     return std::move(run_);
   }
@@ -121,7 +108,7 @@ class Stage {
   void Tell(const std::string& text) { run_.push_back({Entry::kResult, 0, text}); }
 
   void TakeEvents() {
-    for (const Event& event : witness_.TakeEvents()) {
+    for (const Event& event : stage_.witness.TakeEvents()) {
       times_.Add(&event.ms, sizeof event.ms);
       if (event.kind == Event::kLogBegins) {
         run_.push_back({Entry::kLogBegins, event.ms, std::to_string(jobs_)});
@@ -132,11 +119,8 @@ class Stage {
     }
   }
 
-  LogFolder folder_;
-  qrn::sim::Machine machine_;
-  qrn::sim::VirtualPrinter printer_;
-  Witness witness_;
-  Host host_;
+  Stage stage_;
+  const qrn::sim::Machine& machine_;
   Run run_;
   Digest times_;
   PrinterStats before_;
@@ -146,13 +130,13 @@ class Stage {
 }  // namespace
 
 Run Play(const Scenario& scenario) {
-  Stage stage(scenario);
+  Teller teller(scenario);
   try {
-    for (const Job& job : scenario.jobs) stage.Print(job);
+    for (const Job& job : scenario.jobs) teller.Print(job);
   } catch (const qrn::sim::TimeLimitPassed& passed) {
-    return stage.BreakOff(passed.what());
+    return teller.BreakOff(passed.what());
   }
-  return stage.Finish();
+  return teller.Finish();
 }
 
 }  // namespace scenarios

@@ -4,6 +4,7 @@
 #define QRN_TESTS_SCENARIOS_PLAY_H_
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,9 @@ Run Play(const Scenario& scenario);
 // Plays it with a library that is just loaded: what outlives a job matters only where a scenario
 // has several. A run that ends its process says so.
 Run PlayApart(const Scenario& scenario);
+
+// What comes of it in a process of its own; one that ends early says so. Not on Windows.
+Run InChild(const std::function<Run()>& play);
 
 // Names and values of what stands in the record now, always the same names in the same order; none
 // where the library under test is a file of its own, which shows no record.

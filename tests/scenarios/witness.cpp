@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <tuple>
 
 #include "platform/bytes.h"
 #include "sim/protocol_check.h"
@@ -14,12 +13,6 @@
 namespace fs = std::filesystem;
 
 namespace scenarios {
-namespace {
-
-constexpr char kLogDirectory[] = "c:/p2debug";
-
-}  // namespace
-
 void Digest::Add(const void* bytes, std::size_t count) {
   const auto* from = static_cast<const std::uint8_t*>(bytes);
   for (std::size_t i = 0; i < count; ++i) value_ = (value_ ^ from[i]) * 0x100000001B3u;
@@ -29,34 +22,6 @@ std::string Digest::Text() const {
   char text[9];
   std::snprintf(text, sizeof text, "%08x", static_cast<unsigned>(value_ ^ (value_ >> 32)));
   return text;
-}
-
-LogFolder::LogFolder(bool present) : before_(fs::current_path()) {
-  fs::current_path(work_.Path());
-  fs::remove_all(kLogDirectory);
-  if (present) fs::create_directories(kLogDirectory);
-}
-
-LogFolder::~LogFolder() {
-  std::error_code ignored;
-  fs::remove_all(kLogDirectory, ignored);
-  fs::current_path(before_);
-}
-
-std::vector<fs::path> LogFolder::Files() {
-  std::vector<fs::path> paths;
-  std::error_code absent;
-  for (const auto& entry : fs::directory_iterator(kLogDirectory, absent))
-    paths.push_back(entry.path());
-  // The plain name of a minute comes before its numbered ones.
-  std::sort(paths.begin(), paths.end(), [](const fs::path& a, const fs::path& b) {
-    const auto key = [](const fs::path& path) {
-      const std::string stem = path.stem().string();
-      return std::make_tuple(stem.substr(0, stem.find('(')), stem.size(), stem);
-    };
-    return key(a) < key(b);
-  });
-  return paths;
 }
 
 Witness::Witness(qrn::UsbPort& port, const qrn::sim::SimOptions& options)
@@ -137,6 +102,8 @@ void Witness::Look() {
 }
 
 void Witness::ReadOn() {
+  std::error_code absent;
+  if (file_.empty() || fs::file_size(file_, absent) == read_) return;
   std::ifstream file(file_, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(read_));
   const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

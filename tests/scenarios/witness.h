@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "jobs/log_folder.h"
 #include "sim/sim_platform.h"
 #include "support/forwarding_platform.h"
-#include "support/temp_folder.h"
 
 namespace scenarios {
 
@@ -40,23 +40,6 @@ struct Traffic {
   std::uint32_t writes = 0;
   std::uint64_t bytes = 0;
   Digest digest;
-};
-
-// The log directory of the library. Where drives have no letters its name is a relative path: the
-// working directory is a private one for the life of the object.
-class LogFolder {
- public:
-  explicit LogFolder(bool present);
-  ~LogFolder();
-  LogFolder(const LogFolder&) = delete;
-  LogFolder& operator=(const LogFolder&) = delete;
-
-  // The logs in the order in which they were begun.
-  static std::vector<std::filesystem::path> Files();
-
- private:
-  TempFolder work_;
-  std::filesystem::path before_;
 };
 
 // A base, so that it is there before the one that hands calls on to it.

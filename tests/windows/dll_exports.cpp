@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "qrn_driver.h"
-#include "support/job_record.h"
 #include "windows/loaded_dll.h"
 #include "windows/system_calls.h"
 
@@ -36,8 +35,6 @@ void RenewDll() {
   g_dll.reset(new LoadedDll(LoadedDll::Fresh()));
   ReplaceSystemCalls(g_dll->Handle());
 }
-
-const qrn::Job* JobRecord() { return nullptr; }
 
 int32_t QRN_STDCALL InitPrinter(uint32_t ignored) { return Call(InitPrinter, __func__, ignored); }
 
