@@ -17,8 +17,6 @@ struct RasterFormat {
   unsigned padding = 0;  // bits in front of the colours of a chunked pixel
   cups_mode_t mode = CUPS_RASTER_WRITE;
   unsigned pages = 1;
-
-  bool Chunked() const { return order == CUPS_ORDER_CHUNKED; }
 };
 
 // The value of a colour at a place, the same however the raster is ordered.
@@ -31,8 +29,5 @@ std::vector<std::uint8_t> NoiseFor(const RasterFormat& format, std::uint64_t see
 // `change` may break the header before it is written.
 std::string WriteRaster(const RasterFormat& format, const std::vector<std::uint8_t>& noise,
                         const std::function<void(cups_page_header2_t*)>& change = {});
-
-// The same uncompressed stream as a machine of the other byte order writes it. One page.
-std::string Swapped(std::string stream);
 
 #endif  // QRN_TESTS_TOOLS_RASTER_WRITER_H_
