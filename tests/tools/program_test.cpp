@@ -77,6 +77,7 @@ TEST_F(Program, SaysWhatIsWrongBeforeItPrints) {
   EXPECT_EQ(0, exitCode);
   for (const auto& [settings, said] :
        {Wrong{"speed = 256", "speed must be a whole number from 1 to 255"},
+        {"speed = 0", "speed must be a whole number from 1 to 255"},
         {"heads = 'three'", "heads must be \"both\", \"pha\", \"phb\" or \"none\""},
         {"head_gap_x = [1,2]", "head_gap_x must be a number or four of them, for 1080"},
         {"ink_order_pha = [8,0,0,0,0,0,0,0]", "ink_order_pha must be a whole number from 0 to 7"},

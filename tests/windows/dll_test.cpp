@@ -208,23 +208,4 @@ TEST(Dll, IsLoadedAndUnloadedAHundredTimesAndLeavesNothing) {
   std::printf("heap: %zu bytes before, %zu after\n", bytes, HeapBytes());
 }
 
-TEST(Dll, NamesTheLogsOfAMinuteInTurnAndWritesTheirBytes) {
-  const LogFolder folder;
-  const LoadedDll dll;
-  ReplaceSystemCalls(dll.Handle());
-  for (int i = 0; i < 2; ++i) PrintBoth(dll, 0);
-  std::vector<std::string> names;
-  for (const auto& file : LogFolder::Files()) names.push_back(file.filename().string());
-  EXPECT_EQ((std::vector<std::string>{"Y20240228_2358.txt", "Y20240228_2358(1).txt",
-                                      "Y20240228_2358(2).txt", "Y20240228_2358(3).txt"}),
-            names);
-  for (const std::string& log : LogFolder::Logs()) {
-    EXPECT_TRUE(log.starts_with("Lanternfly\r\nV2.07 (18)\r\r\n2024.2.28 23:58:3")) << log;
-    for (std::size_t at = log.find('\n'); at != std::string::npos; at = log.find('\n', at + 1))
-      ASSERT_EQ('\r', log[at - 1]);
-    // "job end", in code page 936
-    EXPECT_NE(std::string::npos, log.find("Rx \xD7\xF7\xD2\xB5\xBD\xE1\xCA\xF8\r\n\r\n"));
-  }
-}
-
 }  // namespace

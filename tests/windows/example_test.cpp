@@ -21,17 +21,4 @@ TEST(MinimalHost, PrintsItsBars) {
   EXPECT_EQ(480u * 360 * 3, printer.Stats().inkLaid);  // each pixel in one plane, at level 3
 }
 
-TEST(MinimalHost, TellsOfAPrinterThatRefusesIt) {
-  const LogFolder folder;
-  qrn::sim::Quirk refusal;
-  std::string error;
-  ASSERT_TRUE(qrn::sim::ParseQuirk("refuse:on=connect,status=0x21", &refusal, &error)) << error;
-  qrn::sim::VirtualPrinter printer{qrn::sim::Machine{}, {refusal}};
-  qrn::sim::SessionOptions options;
-  options.virtualTime = true;
-  const qrn::sim::Session session(printer, options);
-  EXPECT_EQ(1, MinimalHost());
-  EXPECT_EQ(0u, printer.Stats().jobsCreated);
-}
-
 }  // namespace

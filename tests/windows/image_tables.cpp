@@ -1,6 +1,9 @@
 #include "windows/image_tables.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -37,11 +40,21 @@ std::vector<Import> ImportsOf(HMODULE dll) {
   return imports;
 }
 
-void Redirect(const Import& import, void* target) {
-  DWORD before = 0;
-  VirtualProtect(import.slot, sizeof *import.slot, PAGE_READWRITE, &before);
-  *import.slot = target;
-  VirtualProtect(import.slot, sizeof *import.slot, before, &before);
+void Redirect(HMODULE dll, const std::vector<Replacement>& replacements) {
+  const std::vector<Import> imports = ImportsOf(dll);
+  for (const Replacement& replacement : replacements) {
+    const auto import = std::find_if(imports.begin(), imports.end(), [&](const Import& candidate) {
+      return candidate.name == replacement.name;
+    });
+    if (import == imports.end()) {
+      std::fprintf(stderr, "the library does not import %s\n", replacement.name.c_str());
+      std::_Exit(3);
+    }
+    DWORD before = 0;
+    VirtualProtect(import->slot, sizeof *import->slot, PAGE_READWRITE, &before);
+    *import->slot = replacement.target;
+    VirtualProtect(import->slot, sizeof *import->slot, before, &before);
+  }
 }
 
 std::vector<std::string> ExportNamesOf(HMODULE dll) {

@@ -12,8 +12,18 @@ struct Import {
   void** slot;  // where the DLL finds the address that it calls
 };
 
+struct Replacement {
+  template <class Function>
+  Replacement(const char* call, Function* function)
+      : name(call), target(reinterpret_cast<void*>(function)) {}
+
+  std::string name;
+  void* target;
+};
+
 std::vector<Import> ImportsOf(HMODULE dll);
-void Redirect(const Import& import, void* target);
+// Leads these calls of the DLL elsewhere. Fails the process when it does not import all of them.
+void Redirect(HMODULE dll, const std::vector<Replacement>& replacements);
 
 // Names of what the DLL exports, in the order of the table.
 std::vector<std::string> ExportNamesOf(HMODULE dll);

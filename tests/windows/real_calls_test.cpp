@@ -166,24 +166,15 @@ TEST(ForcedEnds, AHundredInARow) {
 }
 
 // On the true clock the end takes 21 s.
-TEST(ForcedEndsInFullTime, PollRefused) {
+void EndByForceInFullTime(const Kind& kind) {
   const LogFolder folder;
   Host host(1);
-  EndByForce(host, PollRefused());
+  EndByForce(host, kind);
   EXPECT_EQ(1u, LogsWith(kForced)) << LogFolder::Logs()[0];
 }
-TEST(ForcedEndsInFullTime, Silence) {
-  const LogFolder folder;
-  Host host(1);
-  EndByForce(host, Silence());
-  EXPECT_EQ(1u, LogsWith(kForced));
-}
-TEST(ForcedEndsInFullTime, BoxLeftOpen) {
-  const LogFolder folder;
-  Host host(1);
-  EndByForce(host, BoxLeftOpen());
-  EXPECT_EQ(1u, LogsWith(kForced));
-}
+TEST(ForcedEndsInFullTime, PollRefused) { EndByForceInFullTime(PollRefused()); }
+TEST(ForcedEndsInFullTime, Silence) { EndByForceInFullTime(Silence()); }
+TEST(ForcedEndsInFullTime, BoxLeftOpen) { EndByForceInFullTime(BoxLeftOpen()); }
 
 // A thread cannot end while another holds the loader's lock, as a host does in its DllMain.
 TEST(LoaderLock, HeldByTheHostDoesNotHoldTheEndOfAJob) {

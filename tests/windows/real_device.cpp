@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -98,42 +96,20 @@ BOOL WINAPI EndThread(HANDLE thread, DWORD code) {
   return TerminateThread(thread, code);
 }
 
-template <class Function>
-void* Address(Function* function) {
-  return reinterpret_cast<void*>(function);
-}
-
 }  // namespace
 
 void LeadDeviceCallsHere(HMODULE dll, std::uint32_t speed) {
-  const struct {
-    const char* name;
-    void* target;
-  } replacements[] = {
-      {"SetupDiGetClassDevsA", Address(GetClassDevs)},
-      {"SetupDiEnumDeviceInterfaces", Address(EnumInterfaces)},
-      {"SetupDiGetDeviceInterfaceDetailA", Address(GetInterfaceDetail)},
-      {"SetupDiDestroyDeviceInfoList", Address(DestroyList)},
-      {"CreateFileA", Address(OpenDevice)},
-      {"DeviceIoControl", Address(ControlDevice)},
-      {"Sleep", Address(SleepFor)},
-      {"GetTickCount", Address(TickCount)},
-      {"TerminateThread", Address(EndThread)},
-  };
   g_hostThread = GetCurrentThreadId();
   g_speed = speed;
-  std::size_t found = 0;
-  for (const Import& import : ImportsOf(dll)) {
-    for (const auto& replacement : replacements) {
-      if (import.name != replacement.name) continue;
-      Redirect(import, replacement.target);
-      ++found;
-    }
-  }
-  if (found != std::size(replacements)) {
-    std::fprintf(stderr, "the library does not import what reaches a device\n");
-    std::_Exit(3);
-  }
+  Redirect(dll, {{"SetupDiGetClassDevsA", GetClassDevs},
+                 {"SetupDiEnumDeviceInterfaces", EnumInterfaces},
+                 {"SetupDiGetDeviceInterfaceDetailA", GetInterfaceDetail},
+                 {"SetupDiDestroyDeviceInfoList", DestroyList},
+                 {"CreateFileA", OpenDevice},
+                 {"DeviceIoControl", ControlDevice},
+                 {"Sleep", SleepFor},
+                 {"GetTickCount", TickCount},
+                 {"TerminateThread", EndThread}});
 }
 
 void PlugIn(qrn::UsbPort* port) { g_plugged = port; }

@@ -285,53 +285,27 @@ BOOL WINAPI FileExists(LPCSTR path) {
   return Enter([path] { return ThePlatform().PathExists(path); });
 }
 
-struct Replacement {
-  const char* name;
-  void* target;
-};
-
-template <class Function>
-void* Address(Function* function) {
-  return reinterpret_cast<void*>(function);
-}
-
-const Replacement kReplacements[] = {
-    {"SetupDiGetClassDevsA", Address(GetClassDevs)},
-    {"SetupDiEnumDeviceInterfaces", Address(EnumInterfaces)},
-    {"SetupDiGetDeviceInterfaceDetailA", Address(GetInterfaceDetail)},
-    {"SetupDiDestroyDeviceInfoList", Address(DestroyList)},
-    {"CreateFileA", Address(OpenDevice)},
-    {"DeviceIoControl", Address(ControlDevice)},
-    {"CloseHandle", Address(Close)},
-    {"GetLastError", Address(SystemError)},
-    {"CreateThread", Address(StartThread)},
-    {"SetThreadPriority", Address(RaisePriority)},
-    {"TerminateThread", Address(EndThread)},
-    {"WaitForSingleObject", Address(Wait)},
-    {"GetTickCount", Address(TickCount)},
-    {"Sleep", Address(SleepFor)},
-    {"GetLocalTime", Address(LocalTimeOf)},
-    {"GetSystemDefaultLCID", Address(DefaultLocale)},
-    {"MessageBoxA", Address(ShowBox)},
-    {"PathFileExistsA", Address(FileExists)},
-};
-
 }  // namespace
 
 void ReplaceSystemCalls(HMODULE dll) {
-  const std::vector<Import> imports = ImportsOf(dll);
-  for (const Replacement& replacement : kReplacements) {
-    bool found = false;
-    for (const Import& import : imports) {
-      if (import.name != replacement.name) continue;
-      Redirect(import, replacement.target);
-      found = true;
-    }
-    if (!found) {
-      std::fprintf(stderr, "the library does not import %s\n", replacement.name);
-      std::_Exit(3);
-    }
-  }
+  Redirect(dll, {{"SetupDiGetClassDevsA", GetClassDevs},
+                 {"SetupDiEnumDeviceInterfaces", EnumInterfaces},
+                 {"SetupDiGetDeviceInterfaceDetailA", GetInterfaceDetail},
+                 {"SetupDiDestroyDeviceInfoList", DestroyList},
+                 {"CreateFileA", OpenDevice},
+                 {"DeviceIoControl", ControlDevice},
+                 {"CloseHandle", Close},
+                 {"GetLastError", SystemError},
+                 {"CreateThread", StartThread},
+                 {"SetThreadPriority", RaisePriority},
+                 {"TerminateThread", EndThread},
+                 {"WaitForSingleObject", Wait},
+                 {"GetTickCount", TickCount},
+                 {"Sleep", SleepFor},
+                 {"GetLocalTime", LocalTimeOf},
+                 {"GetSystemDefaultLCID", DefaultLocale},
+                 {"MessageBoxA", ShowBox},
+                 {"PathFileExistsA", FileExists}});
 }
 
 std::string TakeWrongCall() {
