@@ -114,6 +114,14 @@ TEST_F(Params, IdentifyBoardsInTwoLayouts) {
   }
 }
 
+TEST_F(Params, WarnOfColorsWithARowOnEachHead) {
+  for (std::uint8_t row = 0; row < 16; ++row) block[9u + row] = row / 2;
+  block[9] = 7, block[24] = 0;
+  ASSERT_TRUE(Parse());
+  EXPECT_TRUE(HasLines(TakeLog(), {"Ink order: colors 0x81 have one row on each head",
+                                   "PHA:7-0, 1-1, 2-2, 3-3\r\nPHB:4-4, 5-5, 6-6, 7-0\r\n"}));
+}
+
 TEST_F(Params, OfAShortReplyChangeNothing) {
   ASSERT_TRUE(Parse());
   const PrinterParams kept = GetPrinterParams();

@@ -89,8 +89,8 @@ plain::JobDesc DrawImage(Draw& draw) {
   return desc;
 }
 
-// Blank, dense, a few dots, ink in one stretch, at the very end alone, or a single dot; often not as
-// long as it should be.
+// Blank, dense, a few dots, ink in one stretch, at the very end alone, or a single dot; often not
+// as long as it should be.
 Bytes DrawLine(Draw& draw, std::uint32_t stride) {
   Bytes line(draw.OneIn(4) ? draw.Below(stride + 8) : stride);
   const std::uint32_t kind = draw.Below(8);
