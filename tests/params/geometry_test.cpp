@@ -114,6 +114,23 @@ TEST_F(Params, IdentifyBoardsInTwoLayouts) {
   }
 }
 
+TEST_F(Params, LogSerialNumberAndMargin) {
+  PutU16(&block[6], 12345);
+  PutU32(&block[192], 60000);
+  PutU16(&block[116], 6);
+  ASSERT_TRUE(Parse());
+  // 60000 x 254 / 6000 - (6 x 1016 / 6000 + 195 + 60)
+  EXPECT_TRUE(HasLines(TakeLog(), {"编号:12345\r\n", "最大打印范围:2284 mm - 60000-24\r\n"}));
+}
+
+TEST_F(Params, WarnOfColorsWithARowOnEachHead) {
+  for (std::uint8_t row = 0; row < 16; ++row) block[9u + row] = row / 2;
+  block[9] = 7, block[24] = 0;
+  ASSERT_TRUE(Parse());
+  EXPECT_TRUE(HasLines(TakeLog(), {"Ink order: colors 0x81 have one row on each head",
+                                   "PHA:7-0, 1-1, 2-2, 3-3\r\nPHB:4-4, 5-5, 6-6, 7-0\r\n"}));
+}
+
 TEST_F(Params, OfAShortReplyChangeNothing) {
   ASSERT_TRUE(Parse());
   const PrinterParams kept = GetPrinterParams();

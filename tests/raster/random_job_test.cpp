@@ -102,8 +102,8 @@ Bytes DrawLine(Draw& draw, std::uint32_t stride) {
                        (kind == 5 && i + 1 == line.size());
     line[i] = inked ? byte : 0;
   }
-  if (kind >= 6)
-    line[draw.Below(static_cast<std::uint32_t>(line.size()))] = Low8(1u << draw.Below(8));
+  const std::uint32_t dot = draw.Below(static_cast<std::uint32_t>(line.size()));
+  if (kind >= 6) line[dot] = Low8(1u << draw.Below(8));
   return line;
 }
 
