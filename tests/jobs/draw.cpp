@@ -69,5 +69,5 @@ std::string Drawing::Choose(const std::string& choices) {
     if (std::sscanf(choice.c_str(), "%u*%n", &weight, &skipped) != 1 || skipped == 0) weight = 1;
     urn.insert(urn.end(), weight, choice.substr(static_cast<std::size_t>(skipped)));
   }
-  return Draw(urn[Next() % urn.size()]);
+  return Draw(urn[static_cast<std::size_t>(Next() % urn.size())]);
 }

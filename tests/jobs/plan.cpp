@@ -74,8 +74,8 @@ const Grammar kGrammar = {
     {"printer",
      "{3*|8*\nprinter <quirk>|5*\nprinter <quirk> <quirk>|2*\nprinter <quirk> <quirk> <quirk>|"
      "\nprinter silence:<moment> unplug:t={30000..120000},ms={1..40000}}"},
-    {"moment", "{at={1..20}|t={{0..2000}|{0..20000}}|2*<message>}"},
-    {"message", "msg={{1..4}|2*{1..60}}"},
+    {"moment", "{at={{1..4}|{1..20}}|t={{0..2000}|{0..20000}}|2*<message>}"},
+    {"message", "msg={2*{1..4}|2*{5..20}|{1..60}}"},
     {"quirk",
      "{refuse:on=connect,status={0|3|4|5|0x50|0x5f|0x21|1|{0..65535}},count={1..4}|"
      "buffer-full:<moment>,count={4*{1..30}|1000}|"
