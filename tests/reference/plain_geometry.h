@@ -8,7 +8,7 @@
 
 namespace qrn::plain {
 
-constexpr std::size_t kBlockBytes = 208, kUpdateAt = 8, kUpdateBytes = 70;
+constexpr std::uint32_t kBlockBytes = 208, kUpdateAt = 8, kUpdateBytes = 70;
 constexpr std::uint32_t kColors = 8, kSlots = 8, kJets = 180;  // jets: nozzles of a row
 
 struct JobDesc {
