@@ -3,7 +3,6 @@
 #ifndef QRN_TESTS_REFERENCE_PLAIN_GEOMETRY_H_
 #define QRN_TESTS_REFERENCE_PLAIN_GEOMETRY_H_
 
-#include <cstddef>
 #include <cstdint>
 
 namespace qrn::plain {
