@@ -19,7 +19,7 @@
 
 // A machine with two heads and nothing out of the ordinary; tests change what they are about.
 inline std::vector<std::uint8_t> GoodBlock() {
-  std::vector<std::uint8_t> block(qrn::kParamBlockBytes);
+  std::vector<std::uint8_t> block(qrn::plain::kBlockBytes);
   block[41] = block[42] = block[43] = block[44] = 32;  // no shift in reverse
   block[72] = 0xEC, block[77] = 0x09;                  // calibration 2540
   block[82] = 10;
@@ -51,7 +51,7 @@ class CoreJob : public JobFixture {
     job.nColors = static_cast<std::uint8_t>(desc.colors);
     job.nBitsPerPixel = desc.bitsPerPixel;
     platform.onSleep = [this] { TakeReady(); };
-    return qrn::ParsePrinterParams(job, block, qrn::kParamBlockBytes);
+    return qrn::ParsePrinterParams(job, block, qrn::plain::kBlockBytes);
   }
 
   void TakeReady() {

@@ -126,7 +126,7 @@ class RandomJobs : public CoreJob {
     while (accepted && draw.OneIn(4)) {
       block = DrawBlock(draw);
       geometry = plain::GeometryOf(block.data(), desc);
-      if (!ParsePrinterParams(job, block.data(), kParamBlockBytes)) break;
+      if (!ParsePrinterParams(job, block.data(), plain::kBlockBytes)) break;
     }
     EXPECT_EQ(geometry.error, job.nErrCode);
     EXPECT_EQ(geometry.accepted, geometry.error == 0 && job.PrintOutBuf != nullptr &&
@@ -173,7 +173,8 @@ class RandomJobs : public CoreJob {
 
   void UpdateBoth() {
     const Bytes other = DrawBlock(draw);
-    const auto bytes = draw.From(kParamUpdateBytes - (draw.OneIn(4) ? 1 : 0), kParamUpdateBytes);
+    const auto bytes =
+        draw.From(plain::kUpdateBytes - (draw.OneIn(4) ? 1 : 0), plain::kUpdateBytes);
     const Bytes section(&other[8], &other[8] + bytes);
     model->Update(section.data(), bytes);
     UpdateFwPara(job, section.data(), bytes);

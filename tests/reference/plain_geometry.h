@@ -3,12 +3,11 @@
 #ifndef QRN_TESTS_REFERENCE_PLAIN_GEOMETRY_H_
 #define QRN_TESTS_REFERENCE_PLAIN_GEOMETRY_H_
 
-#include <cstddef>
 #include <cstdint>
 
 namespace qrn::plain {
 
-constexpr std::size_t kBlockBytes = 208, kUpdateAt = 8, kUpdateBytes = 70;
+constexpr std::uint32_t kBlockBytes = 208, kUpdateAt = 8, kUpdateBytes = 70;
 constexpr std::uint32_t kColors = 8, kSlots = 8, kJets = 180;  // jets: nozzles of a row
 
 struct JobDesc {
