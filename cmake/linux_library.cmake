@@ -10,7 +10,8 @@ set_target_properties(qrn_driver PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION
 # Stays loaded once it is: a host that unloads it in the middle of a job would take the code from under its thread.
 target_link_options(qrn_driver PRIVATE -Wl,-z,nodelete)
 add_library(qrn_driver_static STATIC $<TARGET_OBJECTS:qrn_core>)
-target_link_libraries(qrn_driver_static PUBLIC Threads::Threads)
+# A host in C does not bring the C++ library along.
+target_link_libraries(qrn_driver_static PUBLIC Threads::Threads INTERFACE $<$<LINK_LANGUAGE:C>:stdc++>)
 set_target_properties(qrn_driver_static PROPERTIES EXPORT_NAME driver_static)
 foreach(library qrn_driver qrn_driver_static)
   set_target_properties(${library} PROPERTIES OUTPUT_NAME QRN_DriverT62804 LINKER_LANGUAGE CXX)
