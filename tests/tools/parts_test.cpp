@@ -85,8 +85,8 @@ TEST(Levels, DitherToTheInksShare) {
 TEST(Progress, FitsATerminalOfFortyColumns) {
   EXPECT_EQ("page 1: rendering, 12 s", ProgressText({1, 0, "rendering", 0, 0, 12}));
   EXPECT_EQ("page 2/5: printing 50 % [######.......]", ProgressText({2, 5, "printing", 9, 18, 0}));
-  for (const char* doing : {"rendering", "reconnecting at"}) {
-    for (const std::uint32_t page : {1u, 999u, 4294967294u})
+  for (const char* doing : {"rendering", "printing", "paused at", "reconnecting at"}) {
+    for (const std::uint32_t page : {1u, 999u, 99999u, 4294967294u})
       EXPECT_GE(39u, ProgressText({page, page, doing, 100, page % 2 * 100, 99999}).size());
   }
 }

@@ -154,6 +154,10 @@ TEST_F(Program, PrintsWhatCameOfAStreamThatBreaksOff) {
   Write("packed.ras", Raster(format) + "t");
   Run("packed.ras");
   ExpectExit(1, "packed.ras': after page 2: a page header is cut off or damaged\n");
+  format = Page(), format.order = CUPS_ORDER_PLANAR;  // the colours after the cut never came
+  Write("planar.ras", Raster(format).substr(0, whole.size() / 4));
+  Run("planar.ras");
+  ExpectExit(1, "planar.ras': the raster ends at line 0 of 240\n");
   Write("wrong.ps", "%!PS\nshowpage\nnosuchname\n");
   Run("wrong.ps");
   ExpectExit(1, "wrong.ps': after page 1: gs: Error: /undefined in nosuchname\n");
