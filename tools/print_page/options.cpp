@@ -12,13 +12,12 @@ constexpr const char* kDescription =
     "Prints a page on the virtual printer through the driver's exports and compares the paper with "
     "the page.\n"
     "Input: CUPS raster, PDF, PostScript, EPS, PNG, JPEG or TIFF; a file, a pipe, or - for "
-    "standard "
-    "input.\n"
+    "standard input.\n"
     "Several pages are several jobs.";
 
 constexpr const char* kFooter =
-    "Quirks: connect-refused:count=2,status=4   buffer-full:at=2,count=5   "
-    "spool-overflow:at=3,count=1\n"
+    "Quirks: refuse:on=connect,count=2,status=4   refuse:on=swath,at=3,status=7   "
+    "buffer-full:at=2,count=5\n"
     "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (docs/simulator.md)\n"
     "Exit code: 0 all pages printed and equal, 1 not, or something that cannot be read or written, "
     "2 wrong usage.";
