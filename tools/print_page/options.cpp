@@ -2,7 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
+#include <limits>
 #include <sstream>
 
 namespace qrn::tool {
@@ -12,13 +14,12 @@ constexpr const char* kDescription =
     "Prints a page on the virtual printer through the driver's exports and compares the paper with "
     "the page.\n"
     "Input: CUPS raster, PDF, PostScript, EPS, PNG, JPEG or TIFF; a file, a pipe, or - for "
-    "standard "
-    "input.\n"
+    "standard input.\n"
     "Several pages are several jobs.";
 
 constexpr const char* kFooter =
-    "Quirks: connect-refused:count=2,status=4   buffer-full:at=2,count=5   "
-    "spool-overflow:at=3,count=1\n"
+    "Quirks: refuse:on=connect,count=2,status=4   refuse:on=swath,at=3,status=7   "
+    "buffer-full:at=2,count=5\n"
     "        pause:at=3,ms=5000   cancel:at=4   unplug:at=9,ms=6000   (docs/simulator.md)\n"
     "Exit code: 0 all pages printed and equal, 1 not, or something that cannot be read or written, "
     "2 wrong usage.";
@@ -66,10 +67,19 @@ namespace {
 
 // What the command line says before it is looked at more closely.
 struct Given {
-  std::string api = "stream", slots = "0,1,2,3,4,5,6,7";
+  std::string api = "stream", slots = "0,1,2,3,4,5,6,7", seed = "1";
   std::vector<std::string> quirks;
   const CLI::Option* slotsOption = nullptr;
 };
+
+bool ParseSeed(const std::string& text, std::uint64_t* seed, std::string* error) {
+  const char* end = text.data() + text.size();
+  const auto parsed = std::from_chars(text.data(), end, *seed);
+  if (parsed.ec == std::errc() && parsed.ptr == end) return true;
+  *error = "--seed: '" + text + "' must be a whole number from 0 to " +
+           std::to_string(std::numeric_limits<std::uint64_t>::max());
+  return false;
+}
 
 std::string CheckPictureName(const std::string& name) {
   const std::string extension = std::filesystem::path(name).extension().string();
@@ -101,10 +111,12 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "pixels per inch of the picture; by default it is at most 1600 pixels wide")
       ->check(CLI::Range(1, 720));
   app->add_option("--log-dir", options->logFolder, "folder for the driver's job logs");
-  app->add_option("--seed", options->seed, "seed of the scheduling on virtual time")
-      ->check(CLI::NonNegativeNumber)
+  app->add_flag("--virtual-time", options->virtualTime,
+                "do not wait for the printer's real time; the driver's texts are then English, and "
+                "its log is of 2024-02-28");
+  app->add_option("--seed", given->seed, "seed of the scheduling on virtual time")
+      ->type_name("NUMBER")
       ->capture_default_str();
-  app->add_flag("--virtual-time", options->virtualTime, "do not wait for the printer's real time");
   app->add_flag("--verify,!--no-verify", options->verify,
                 "compare paper and page cell by cell (default)");
   app->add_option("--quirk", given->quirks, "make the printer misbehave; may be repeated")
@@ -114,6 +126,7 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
 void Complete(const Given& given, Options* options) {
   std::string error;
   if (!ParseSlots(given.slots, &options->slots, &error) ||
+      !ParseSeed(given.seed, &options->seed, &error) ||
       !ParseQuirks(given.quirks, &options->quirks, &error)) {
     throw CLI::ValidationError(error);
   }
