@@ -3,9 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -116,27 +114,6 @@ TEST_F(JobLog, HasBlanksWhereAThreadWasEndedInFrontOfItsWrite) {
   LogDropUnwritten(job);
   LogPrint("three");
   EXPECT_EQ("one\r\n       two\r\nthree\r\n", Bytes());
-}
-
-TEST_F(JobLog, LosesAndTearsNoLineOfTwoThreads) {
-  constexpr int kLines = 20'000;
-  const auto line = [](int thread, int i) {
-    return std::to_string(thread) + ":" + std::to_string(i) + std::string(i % 40, 'x');
-  };
-  const auto print = [&](int thread) {
-    for (int i = 0; i < kLines; ++i) LogPrint("%s", line(thread, i).c_str());
-  };
-  std::thread other(print, 1);
-  print(0);
-  other.join();
-  int next[2] = {};
-  std::istringstream lines(Bytes());
-  for (std::string text; std::getline(lines, text);) {
-    const int thread = text[0] == '1';
-    ASSERT_EQ(line(thread, next[thread]++) + "\r", text);
-  }
-  EXPECT_EQ(kLines, next[0]);
-  EXPECT_EQ(kLines, next[1]);
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ TEST_F(Program, SaysWhatIsWrongBeforeItPrints) {
            {"no.ras", "no.ras': No such file or directory\n"},
            {"- <text", "'-': is none of CUPS raster, PDF, PostScript, EPS, PNG, JPEG, TIFF\n"},
            {"blank.ps", "blank.ps': holds no page\n"},
-           {"large.ps", "large.ps': page 1: it is too large for memory\n"},
+           {"large.ps", "large.ps': page 1: it is 2469 mm wide, the machine prints 2285 mm\n"},
            {"fake.pdf", "fake.pdf': is damaged: gs: Error: "},
        })
     expect(1, wrong);

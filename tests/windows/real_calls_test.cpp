@@ -159,7 +159,7 @@ TEST(ForcedEnds, AHundredInARow) {
   Host host(kFast);
   for (int i = 0; i < 100 && !testing::Test::HasFailure(); ++i) {
     SCOPED_TRACE(i);
-    EndByForce(host, i == 50 ? BoxLeftOpen() : i % 4 == 0 ? Silence() : PollRefused());
+    EndByForce(host, i == 50 ? BoxLeftOpen() : i % 4 == 0 ? PollRefused() : Silence());
   }
   EXPECT_EQ(100u, LogsWith(kForced));
   EXPECT_EQ(100u, LogsWith("jobend: "));

@@ -1,5 +1,6 @@
 #include "print_page/grey_filter.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace qrn::tool {
@@ -17,13 +18,15 @@ bool IsGreyLineOrText(const TaggedPixel& pixel) {
 
 }  // namespace
 
-void GreyFilter::BeginPage(std::uint32_t width) { width_ = tags_.BeginPage(width) ? width : 0; }
+void GreyFilter::BeginPage(std::uint32_t width) {
+  width_ = width;
+  tags_.BeginPage(width);
+}
 
 void GreyFilter::Edit(std::uint8_t* line, std::size_t bytes) {
-  const TaggedPixel* pixels = width_ != 0 ? tags_.NextLine() : nullptr;
-  if (pixels == nullptr) return;
+  const std::span<const TaggedPixel> pixels = tags_.NextLine();
   const std::size_t plane = bytes / kInksOfMixture;
-  for (std::size_t x = 0; x < width_; ++x) {
+  for (std::size_t x = 0; x < std::min<std::size_t>(width_, pixels.size()); ++x) {
     if (!IsGreyLineOrText(pixels[x])) continue;
     // Inks that a document asks for by themselves are no such mixture, and stay.
     const auto& mixture = mixtures_[pixels[x].green];

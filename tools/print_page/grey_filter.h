@@ -17,6 +17,8 @@ class GreyFilter {
   explicit GreyFilter(ReadBytes tags) : tags_(std::move(tags)), mixtures_(GreyMixtures()) {}
 
   void BeginPage(std::uint32_t width);
+  // The second rendering lacks something: greys may have been left as mixtures.
+  bool HasFailed() const { return tags_.IsBroken(); }
   // The next line of the page: 8 bits of C of each pixel, then M, Y and K; `bytes` in all.
   void Edit(std::uint8_t* line, std::size_t bytes);
 

@@ -72,7 +72,7 @@ class Run {
 
   // False, with the reason told, when the input is not printed to its end.
   bool PrintPage(bool* more) {
-    BeginPage(Doing());
+    if (input_->Pages() == 0 || printed_ < input_->Pages()) BeginPage(Doing());
     std::string error;
     const ReadResult result = input_->NextPage(&page_, &error);
     if (result == ReadResult::kEnd) {

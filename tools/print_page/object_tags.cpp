@@ -36,22 +36,20 @@ bool ObjectTags::ReadHeader(std::uint32_t* width, std::uint32_t* lines) {
   return true;
 }
 
-bool ObjectTags::BeginPage(std::uint32_t width) {
-  while (NextLine() != nullptr) {
+void ObjectTags::BeginPage(std::uint32_t width) {
+  while (!NextLine().empty()) {
   }
   std::uint32_t tagged = 0;
-  if (!ReadHeader(&tagged, &linesLeft_) || tagged != width) {
-    linesLeft_ = 0;
-    return false;
-  }
-  line_.resize(width);
-  return true;
+  broken_ |= !ReadHeader(&tagged, &linesLeft_);
+  broken_ |= tagged + 1 < width || width + 1 < tagged;
+  line_.resize(broken_ ? 0 : tagged);
 }
 
-const TaggedPixel* ObjectTags::NextLine() {
-  if (linesLeft_ == 0) return nullptr;
+std::span<const TaggedPixel> ObjectTags::NextLine() {
+  if (linesLeft_ == 0 || broken_) return {};
   --linesLeft_;
-  return Fill(line_.data(), line_.size() * sizeof(TaggedPixel)) ? line_.data() : nullptr;
+  broken_ = !Fill(line_.data(), line_.size() * sizeof(TaggedPixel));
+  return broken_ ? std::span<const TaggedPixel>() : line_;
 }
 
 }  // namespace qrn::tool

@@ -4,6 +4,7 @@
 #define QRN_TOOLS_PRINT_PAGE_OBJECT_TAGS_H_
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,10 +22,13 @@ class ObjectTags {
  public:
   explicit ObjectTags(ReadBytes source) : source_(std::move(source)) {}
 
-  // Goes on to the next page. False when there is none of this width.
-  bool BeginPage(std::uint32_t width);
-  // The next line of the page; null after its last. Valid until the next call.
-  const TaggedPixel* NextLine();
+  // Goes on to the next page, which is to be of this width. Ghostscript's devices round the size of
+  // a page in different ways, so that a pixel or a line more or less is as good.
+  void BeginPage(std::uint32_t width);
+  // The next line of the page; empty after its last. Valid until the next call.
+  std::span<const TaggedPixel> NextLine();
+  // A page is missing, of another size, or cut short.
+  bool IsBroken() const { return broken_; }
 
  private:
   bool Fill(void* bytes, std::size_t count);
@@ -33,6 +37,7 @@ class ObjectTags {
   ReadBytes source_;
   std::uint32_t linesLeft_ = 0;
   std::vector<TaggedPixel> line_;
+  bool broken_ = false;
 };
 
 }  // namespace qrn::tool

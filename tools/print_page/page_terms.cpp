@@ -28,12 +28,9 @@ std::uint64_t FreeMemory() {
   return bytes;
 }
 
-// At the most: the planes of the page, and on the virtual paper up to a byte for each column of
-// three pixels, in both directions of the carriage.
-std::uint64_t MemoryNeed(const RasterPage& page) {
-  const std::uint64_t plane = std::uint64_t{page.LineBytes()} * page.lines;
-  return page.present.count() * (plane + plane * 8 / 3);
-}
+// What a page takes besides its planes: on the virtual paper up to a byte for each column of three
+// pixels, in both directions of the carriage.
+std::uint64_t MemoryNeed(std::uint64_t planeBytes) { return planeBytes + planeBytes * 8 / 3; }
 
 std::string Megabytes(std::uint64_t bytes) { return std::to_string(bytes / 1'000'000) + " MB"; }
 
@@ -47,11 +44,11 @@ std::string WidthProblem(const RasterPage& page, std::uint32_t resolution,
          std::to_string(mostMm) + " mm";
 }
 
-std::string MemoryProblem(const RasterPage& page) {
-  const std::uint64_t need = MemoryNeed(page), available = FreeMemory();
-  if (need <= available) return "";
-  return "it is too large for memory: it may need " + Megabytes(need) + ", " +
-         Megabytes(available) + " are free";
+// Planes only grow while a page is read, by the lines that have ink.
+std::string MemoryProblem(std::uint64_t planeBytes, std::uint64_t freeBytes) {
+  if (MemoryNeed(planeBytes) <= freeBytes) return "";
+  return "it is too large for memory: it needs more than the " + Megabytes(freeBytes) +
+         " that are free";
 }
 
 std::string SlotProblem(const RasterPage& page, const Options& options) {
@@ -64,11 +61,13 @@ std::string SlotProblem(const RasterPage& page, const Options& options) {
 
 PageTerms TermsOf(const Options& options, const sim::Machine& machine) {
   const auto refusal = [&options, &machine](const RasterPage& page) {
-    std::string problem = WidthProblem(page, options.resolution, machine);
-    if (problem.empty()) problem = MemoryProblem(page);
+    const std::string problem = WidthProblem(page, options.resolution, machine);
     return problem.empty() ? SlotProblem(page, options) : problem;
   };
-  return {options.resolution, refusal};
+  const auto lackOfRoom = [freeBytes = FreeMemory()](std::uint64_t planeBytes) {
+    return MemoryProblem(planeBytes, freeBytes);
+  };
+  return {options.resolution, refusal, lackOfRoom};
 }
 
 std::string InkProblem(const Options& options, const sim::Machine& machine,

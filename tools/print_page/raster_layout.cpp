@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::uint32_t kVerticalResolution = 360;
 constexpr std::uint32_t kWidthMax = 400'000, kLinesMax = 4'000'000;  // 4.7 m at 2160 dpi, 282 m
-constexpr std::uint64_t kPageBytesMax = 4ull << 30;                  // of packed planes
 constexpr std::uint32_t kLineBytesMax = 16u << 20;                   // of the stream
 
 constexpr std::array<std::uint8_t, 8> kInOrder = {0, 1, 2, 3, 4, 5, 6, 7};
@@ -79,10 +78,6 @@ std::string CheckHeader(const cups_page_header2_t& header, std::uint32_t resolut
   if (layout->order != CUPS_ORDER_CHUNKED && layout->order != CUPS_ORDER_BANDED &&
       layout->order != CUPS_ORDER_PLANAR) {
     return "colour order " + std::to_string(layout->order) + " is not read";
-  }
-  if (std::uint64_t{layout->planes} * layout->lines * (WidenedWidth(layout->width) / 4) >
-      kPageBytesMax) {
-    return "it is too large for memory";
   }
   const std::uint32_t xDpi = header.HWResolution[0], yDpi = header.HWResolution[1];
   if (xDpi != 0 && (xDpi != resolution || yDpi != kVerticalResolution)) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "print_page/line_packer.h"
@@ -12,6 +13,8 @@
 namespace qrn::tool {
 namespace {
 
+constexpr std::uint64_t kPageBytesMax = 4ull << 30;  // of packed planes
+constexpr std::uint32_t kLinesBetweenLooks = 256;
 // What libcups asks for when it fills its buffer ahead of need, at the least.
 constexpr std::size_t kReadAheadBytes = 65536;
 
@@ -24,12 +27,19 @@ void StoreLine(const std::vector<std::uint8_t>& packed, std::uint32_t y, std::ui
   std::copy(packed.begin(), packed.end(), plane->begin() + static_cast<std::ptrdiff_t>(at));
 }
 
+std::uint64_t PlaneBytes(const RasterPage& page) {
+  std::uint64_t bytes = 0;
+  for (const std::vector<std::uint8_t>& plane : page.planes) bytes += plane.size();
+  return bytes;
+}
+
 }  // namespace
 
 struct RasterReader::Impl {
   ReadBytes source;
   cups_raster_t* raster = nullptr;
   LineFilter filter;
+  std::string lackOfRoom;  // why the page in hand is not read to its end
 
   bool compressed = false;
   std::uint64_t bytesRead = 0;
@@ -47,10 +57,13 @@ struct RasterReader::Impl {
   }
 
   // The lines of one pass over the page: all colours, or one of them when planar. Lines that came.
-  std::uint32_t ReadLines(const RasterLayout& layout, std::uint32_t firstColor,
-                          std::uint32_t endColor, RasterPage* page) {
+  std::uint32_t ReadLines(const PageTerms& terms, const RasterLayout& layout,
+                          std::uint32_t firstColor, std::uint32_t endColor, RasterPage* page) {
     std::vector<std::uint8_t> line(layout.lineBytes), packed(page->LineBytes());
     for (std::uint32_t y = 0; y < layout.lines; ++y) {
+      if (terms.lackOfRoom && y % kLinesBetweenLooks == 0)
+        lackOfRoom = terms.lackOfRoom(PlaneBytes(*page));
+      if (!lackOfRoom.empty()) return y;
       if (cupsRasterReadPixels(raster, line.data(), layout.lineBytes) != layout.lineBytes) return y;
       if (filter.edit) filter.edit(line.data(), line.size());
       for (std::uint32_t color = firstColor; color < endColor; ++color) {
@@ -61,11 +74,11 @@ struct RasterReader::Impl {
     return layout.lines;
   }
 
-  std::uint32_t ReadPixels(const RasterLayout& layout, RasterPage* page) {
-    if (layout.order != CUPS_ORDER_PLANAR) return ReadLines(layout, 0, layout.planes, page);
+  std::uint32_t ReadPixels(const PageTerms& terms, const RasterLayout& layout, RasterPage* page) {
+    if (layout.order != CUPS_ORDER_PLANAR) return ReadLines(terms, layout, 0, layout.planes, page);
     std::uint32_t complete = layout.lines;
     for (std::uint32_t color = 0; color < layout.planes && complete == layout.lines; ++color) {
-      complete = ReadLines(layout, color, color + 1, page);
+      complete = ReadLines(terms, layout, color, color + 1, page);
       if (complete < layout.lines && color + 1 < layout.planes)
         complete = 0;  // the colours after it never came
     }
@@ -106,10 +119,16 @@ ReadResult RasterReader::NextPage(const PageTerms& terms, RasterPage* page, std:
   for (std::uint32_t color = 0; color < layout.planes; ++color)
     page->present.set(layout.inks[color]);
   if (terms.refusal) *error = terms.refusal(*page);
+  if (error->empty() &&
+      std::uint64_t{page->LineBytes()} * layout.lines * layout.planes > kPageBytesMax) {
+    *error = "its planes have more than 4 GiB";
+  }
   if (!error->empty()) return ReadResult::kRefused;
   page->planes.resize(layout.inks.size());
   if (impl_->filter.beginPage) impl_->filter.beginPage(page->width);
-  page->linesRead = impl_->ReadPixels(layout, page);
+  page->linesRead = impl_->ReadPixels(terms, layout, page);
+  *error = std::exchange(impl_->lackOfRoom, "");
+  if (!error->empty()) return ReadResult::kRefused;
   if (page->linesRead == layout.lines) return ReadResult::kPage;
   *error = "the raster ends at line " + std::to_string(page->linesRead) + " of " +
            std::to_string(layout.lines);

@@ -30,6 +30,9 @@ struct PageTerms {
   // Why a page is not wanted, told before its pixels are read: it has measures and no planes yet.
   // "" when it is wanted.
   std::function<std::string(const RasterPage& page)> refusal;
+  // Why planes of so many bytes, all colours together, are too many; "" when they are not. Asked as
+  // they grow.
+  std::function<std::string(std::uint64_t planeBytes)> lackOfRoom;
 };
 
 // Changes the lines of a stream before they are taken.

@@ -61,6 +61,7 @@ bool Rendering::ConvertPicture(const std::string& format, std::string* error) {
 
 bool Rendering::StartRun(std::string* error) {
   const PageRun& run = plan_.runs[nextRun_++];
+  filter_.reset();
   renderer_ = std::make_unique<ChildProcess>(folder_);
   if (!renderer_->Start(RenderCommand(document_, run, terms_.resolution), error)) return false;
   reader_ = std::make_unique<RasterReader>(OutputOf(renderer_.get()));
@@ -78,10 +79,18 @@ bool Rendering::StartFilter(const PageRun& run, std::string* error) {
   return true;
 }
 
+ReadResult Rendering::TaggingFailed(std::string* error) {
+  *error = tagger_->Wait(error)
+               ? "its greys cannot be told: the second rendering is not of its size"
+               : Plain(*error) + folder_.LittleRoom();
+  return ReadResult::kError;
+}
+
 ReadResult Rendering::NextPage(RasterPage* page, std::string* error) {
   for (;;) {
     const ReadResult result = reader_->NextPage(terms_, page, error);
-    if (result == ReadResult::kPage) return result;
+    if (result == ReadResult::kPage && (filter_ == nullptr || !filter_->HasFailed())) return result;
+    if (result == ReadResult::kPage) return TaggingFailed(error);
     if (result == ReadResult::kRefused) {
       renderer_.reset();  // the rest of the page may take long
       return result;
