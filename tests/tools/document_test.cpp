@@ -142,11 +142,13 @@ TEST_F(Documents, PrintsGreyWithBlackInkAlone) {
         "showpage /box { 36 36 scale 2 2 } def\n"
         "gsave box 8 [2 0 0 2 0 0] {<10808080>} image showpage grestore\n"
         "gsave box 1 [2 0 0 2 0 0] {<4080>} image showpage grestore\n"
-        "gsave box true [2 0 0 2 0 0] {<4080>} imagemask showpage grestore\n");
+        "gsave box true [2 0 0 2 0 0] {<4080>} imagemask showpage grestore\n"
+        "gsave box 8 [2 0 0 2 0 0] {<101010808080>} false 3 colorimage showpage grestore\n");
   Convert("plasma: -colorspace gray grey.png");
   Convert("grey.png -type truecolor grey.tif");
+  Convert("grey.png -type truecolor scan.pdf");
   Convert("plasma: -monochrome -compress group4 fax.tif");
-  for (const char* input : {"grey.ps", "grey.png", "grey.tif", "fax.tif"}) {
+  for (const char* input : {"grey.ps", "grey.png", "grey.tif", "scan.pdf", "fax.tif"}) {
     Run(input);
     ExpectExit(0, "comparison   0 of ");
     for (const auto& ink : InkOnPaper()) {

@@ -1,5 +1,6 @@
 #include "print_page/document_plan.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 
@@ -24,7 +25,14 @@ DocumentPlan PlanOf(const std::vector<GreyRule>& rules) {
 
 DocumentPlan WholeDocument(GreyRule rule) { return {0, {{1, 0, rule}}}; }
 
-DocumentPlan PlanOfPdf(const std::string& info) {
+DocumentPlan PlanOfPostScript(const std::vector<bool>& colourPictures) {
+  const bool grey =
+      !colourPictures.empty() &&
+      std::find(colourPictures.begin(), colourPictures.end(), true) == colourPictures.end();
+  return WholeDocument(grey ? GreyRule::kAll : GreyRule::kTextAndLines);
+}
+
+DocumentPlan PlanOfPdf(const std::string& info, const std::vector<bool>& colourPictures) {
   std::vector<GreyRule> rules;
   std::istringstream lines(info);
   for (std::string line; std::getline(lines, line);) {
@@ -33,7 +41,9 @@ DocumentPlan PlanOfPdf(const std::string& info) {
       rules.assign(number, GreyRule::kBlended);
     if (std::sscanf(line.c_str(), "Page %u MediaBox", &number) != 1) continue;
     if (number == 0 || number > rules.size()) continue;
-    if (line.find("transparency") == std::string::npos) rules[number - 1] = GreyRule::kTextAndLines;
+    if (line.find("transparency") != std::string::npos) continue;
+    const bool grey = number <= colourPictures.size() && !colourPictures[number - 1];
+    rules[number - 1] = grey ? GreyRule::kAll : GreyRule::kTextAndLines;
   }
   return rules.empty() ? WholeDocument(GreyRule::kBlended) : PlanOf(rules);
 }

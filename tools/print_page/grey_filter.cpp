@@ -6,14 +6,11 @@
 namespace qrn::tool {
 namespace {
 
-// Of 255: the renderer rounds grey that has a profile of its own, and its mixtures.
-constexpr int kGreyTolerance = 1, kMixtureTolerance = 3;
+constexpr int kMixtureTolerance = 3;  // of 255: the renderer rounds its mixtures
 
 bool IsGreyLineOrText(const TaggedPixel& pixel) {
   const bool wanted = (pixel.kind & (kTextObject | kLineObject)) != 0;
-  return wanted && (pixel.kind & kPictureObject) == 0 &&
-         std::abs(pixel.red - pixel.green) <= kGreyTolerance &&
-         std::abs(pixel.blue - pixel.green) <= kGreyTolerance;
+  return wanted && (pixel.kind & kPictureObject) == 0 && IsGrey(pixel);
 }
 
 }  // namespace

@@ -36,13 +36,18 @@ bool ObjectTags::ReadHeader(std::uint32_t* width, std::uint32_t* lines) {
   return true;
 }
 
-void ObjectTags::BeginPage(std::uint32_t width) {
+bool ObjectTags::NextPage() {
   while (!NextLine().empty()) {
   }
-  std::uint32_t tagged = 0;
-  broken_ |= !ReadHeader(&tagged, &linesLeft_);
-  broken_ |= tagged + 1 < width || width + 1 < tagged;
-  line_.resize(broken_ ? 0 : tagged);
+  std::uint32_t width = 0;
+  broken_ |= !ReadHeader(&width, &linesLeft_);
+  line_.resize(broken_ ? 0 : width);
+  return !broken_;
+}
+
+void ObjectTags::BeginPage(std::uint32_t width) {
+  if (!NextPage()) return;
+  broken_ = line_.size() + 1 < width || width + 1 < line_.size();
 }
 
 std::span<const TaggedPixel> ObjectTags::NextLine() {

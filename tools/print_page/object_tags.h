@@ -4,6 +4,7 @@
 #define QRN_TOOLS_PRINT_PAGE_OBJECT_TAGS_H_
 
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,10 +19,19 @@ struct TaggedPixel {
 
 constexpr std::uint8_t kTextObject = 1, kPictureObject = 2, kLineObject = 4;  // bits of the kind
 
+// The renderer rounds grey that has a profile of its own.
+inline bool IsGrey(const TaggedPixel& pixel) {
+  constexpr int kTolerance = 1;  // of 255
+  return std::abs(pixel.red - pixel.green) <= kTolerance &&
+         std::abs(pixel.blue - pixel.green) <= kTolerance;
+}
+
 class ObjectTags {
  public:
   explicit ObjectTags(ReadBytes source) : source_(std::move(source)) {}
 
+  // Goes on to the next page; false, and all is over, when there is none.
+  bool NextPage();
   // Goes on to the next page, which is to be of this width. Ghostscript's devices round the size of
   // a page in different ways, so that a pixel or a line more or less is as good.
   void BeginPage(std::uint32_t width);

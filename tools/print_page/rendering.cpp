@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "print_page/grey_profiles.h"
+#include "print_page/picture_look.h"
 
 namespace qrn::tool {
 namespace {
@@ -33,17 +34,25 @@ bool Rendering::Start(InputKind kind, const std::string& firstBytes, std::string
 bool Rendering::Plan(InputKind kind, const std::string& firstBytes, std::string* error) {
   if (kind == InputKind::kPdf) return PlanPdf(error);
   if (kind == InputKind::kPicture) return ConvertPicture(PictureFormatOf(firstBytes), error);
-  plan_ = WholeDocument(GreyRule::kTextAndLines);
+  plan_ = PlanOfPostScript(LookAtPictures());
   return true;
 }
 
 // What is wrong with a file shows when it is rendered, and better.
+std::vector<bool> Rendering::LookAtPictures() {
+  ChildProcess look(folder_);
+  std::string error;
+  if (!look.Start(TagCommand(document_, PageRun{}, kLookResolution), &error)) return {};
+  std::vector<bool> colour = PagesWithColourPictures(OutputOf(&look));
+  return look.Wait(&error) ? colour : std::vector<bool>();
+}
+
 bool Rendering::PlanPdf(std::string* error) {
   ChildProcess reader(folder_);
   if (!reader.Start(PdfInfoCommand(), error)) return false;
   (void)reader.Wait(error);
   const std::string info = reader.Said();
-  plan_ = PlanOfPdf(info);
+  plan_ = PlanOfPdf(info, LookAtPictures());
   if (plan_.pages != 0 || info.find(kPasswordMessage) == std::string::npos) return true;
   *error = "is protected by a password";
   return false;

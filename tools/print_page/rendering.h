@@ -34,6 +34,7 @@ class Rendering {
   bool ConvertPicture(const std::string& format, std::string* error);
   bool StartRun(std::string* error);
   bool StartFilter(const PageRun& run, std::string* error);
+  std::vector<bool> LookAtPictures();
   ReadResult TaggingFailed(std::string* error);
 
   const RenderFolder& folder_;
