@@ -7,7 +7,10 @@
 #include "bench/check.h"
 #include "bench/limits.h"
 #include "bench/measure.h"
+#include "job/heads.h"
 #include "params/printer_params.h"
+#include "raster/band.h"
+#include "raster/convert.h"
 #include "raster/line_intake.h"
 #include "raster/pass_rows.h"
 
@@ -23,9 +26,9 @@ constexpr std::uint32_t kPlainBands = 2;
 void TakeLines(Job& job, const Lines& lines, std::uint32_t firstLine) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
   for (std::uint32_t line = 0; line < job.swathH; ++line) {
-    for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    for (std::uint32_t plane = 0; plane < kColors; ++plane) {
       const std::uint8_t* const source = LineOf(lines, plane, firstLine + line);
-      if (line + 1 == job.swathH && plane + 1 == kPlanes)
+      if (line + 1 == job.swathH && plane + 1 == kColors)
         StoreRow(job, plane, std::uint32_t{job.historyRows} + line, source, bytes);
       else
         (void)AddLine(job, plane, bytes, source);  // every line is usable
@@ -49,7 +52,7 @@ void RunBandPasses(Job& job) {
 // passes would have taken: each phase of a row is still there when its pass comes.
 void FillHistory(Job& job, PlainRaster& plain, const Lines& lines) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     for (std::uint32_t row = 0; row < job.historyRows; ++row) {
       const std::uint8_t* const line = LineOf(lines, plane, row);
       StoreRow(job, plane, row, line, bytes);
@@ -68,7 +71,7 @@ Timing CheckBands(const std::string& where, Job& job, const Lines& lines) {
     TakeLines(job, lines, first);
     double seconds = SecondsOf([&] {
       for (std::uint32_t line = 0; line < job.swathH; ++line) {
-        for (std::uint32_t plane = 0; plane < kPlanes; ++plane)
+        for (std::uint32_t plane = 0; plane < kColors; ++plane)
           std::memcpy(plain.Row(plane, std::uint32_t{job.historyRows} + line),
                       LineOf(lines, plane, first + line), lines[0].size());
       }

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "bench/measure.h"
+#include "job/heads.h"
 #include "params/printer_params.h"
 #include "raster/job_memory.h"
 
@@ -33,7 +34,7 @@ BenchJob::BenchJob(const JobSpec& spec) : job_(GetJob()) {
   job_.nHeight = spec.height;
   job_.nLineBits = width * kBitsPerPixel;
   job_.nBitsPerPixel = kBitsPerPixel;
-  job_.nColors = kPlanes;
+  job_.nColors = kColors;
   const auto block = sim::ParameterBlock(machine);
   const auto bytes = static_cast<std::uint32_t>(block.size());
   if (!ParsePrinterParams(job_, block.data(), bytes) || job_.PrintOutBuf == nullptr)

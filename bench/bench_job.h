@@ -6,9 +6,10 @@
 #include <functional>
 #include <vector>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "platform/platform.h"
 #include "raster/band.h"
+#include "raster/convert.h"
 #include "sim/machine.h"
 
 namespace qrn::bench {

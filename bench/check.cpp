@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "job/heads.h"
+#include "params/param_block.h"
 #include "params/printer_params.h"
 #include "raster/pass_rows.h"
 #include "raster/pass_size.h"
@@ -33,7 +35,7 @@ void CheckPass(const std::string& where, const Job& job, const plain::PlainRaste
 
 void CheckRows(const std::string& where, const Job& job, plain::PlainRaster& plain) {
   std::vector<std::uint8_t> line(job.lineStride);
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     for (std::uint32_t row = 0; row < job.Mem.layout.rows; ++row) {
       LoadRow(job, plane, row, line.data());
       if (std::memcmp(line.data(), plain.Row(plane, row), line.size()) != 0)

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "reference/plain_raster.h"
 
 namespace qrn::bench {

@@ -9,6 +9,7 @@
 #include "bench/bench_job.h"
 #include "bench/check.h"
 #include "bench/measure.h"
+#include "job/heads.h"
 #include "link/frame.h"
 #include "link/transport.h"
 #include "raster/line_intake.h"
@@ -83,11 +84,11 @@ Timing TakeIn(benchmark::State& state, const std::string& name, const JobSpec& m
   Job& job = bench.Record();
   PlainRaster plain(GeometryOf(job));
   const std::uint32_t bytes = bench.LineBytes(), lineCount = job.swathH - 1u;
-  const auto image = RandomBytes(std::size_t{lineCount} * kPlanes * bytes, 1);
+  const auto image = RandomBytes(std::size_t{lineCount} * kColors * bytes, 1);
   const auto eachLine = [&](auto&& use) {
     const std::uint8_t* source = image.data();
     for (std::uint32_t line = 0; line < lineCount; ++line) {
-      for (std::uint32_t plane = 0; plane < kPlanes; ++plane, source += bytes)
+      for (std::uint32_t plane = 0; plane < kColors; ++plane, source += bytes)
         use(plane, line, source);
     }
   };

@@ -9,6 +9,8 @@
 #include "bench/limits.h"
 #include "bench/measure.h"
 #include "bench/sending.h"
+#include "job/heads.h"
+#include "params/param_block.h"
 #include "params/printer_params.h"
 #include "raster/line_intake.h"
 #include "raster/swath_queue.h"
@@ -41,7 +43,7 @@ JobRun RunCore(BenchJob& bench, const Lines& lines) {
   JobRun run;
   run.time.lines = SecondsOf([&] {
     for (std::uint32_t line = 0; line < job.nHeight; ++line) {
-      for (std::uint32_t plane = 0; plane < kPlanes; ++plane)
+      for (std::uint32_t plane = 0; plane < kColors; ++plane)
         (void)AddLine(job, plane, bytes, LineOf(lines, plane, line));  // every line is usable
     }
   });
@@ -65,7 +67,7 @@ double PlainSeconds(const Job& job, const Lines& lines) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
   return SecondsOf([&] {
     for (std::uint32_t line = 0; line < job.nHeight; ++line) {
-      for (std::uint32_t plane = 0; plane < kPlanes; ++plane)
+      for (std::uint32_t plane = 0; plane < kColors; ++plane)
         (void)plain.AddLine(plane, bytes, LineOf(lines, plane, line));  // every line is usable
     }
     plain.Flush();

@@ -16,11 +16,11 @@ double Copy(std::size_t bytes) { return static_cast<double>(bytes) / CopySpeed(b
 double LeastSeconds(const Job& job) {
   // One head takes one line of every nozzle's two.
   const std::size_t lines = job.dualHead == 1 ? 2 * kNozzles : kNozzles;
-  return Read(kPlanes * lines * (job.nLineBits / 8)) + Fill(job.passDataSize);
+  return Read(kColors * lines * (job.nLineBits / 8)) + Fill(job.passDataSize);
 }
 
 double SweepSeconds(const Job& job, const Sweeps& sweeps) {
-  const std::size_t moved = kPlanes * kShiftRows * job.lineStride;
+  const std::size_t moved = kColors * kShiftRows * job.lineStride;
   return sweeps.passes * Fill(job.printOutBufSize) +
          sweeps.printingPasses * Copy(job.passDataSize) +
          sweeps.bands * (Copy(moved) + Fill(moved));

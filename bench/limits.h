@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn::bench {
 

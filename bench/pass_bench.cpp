@@ -7,6 +7,8 @@
 #include "bench/check.h"
 #include "bench/limits.h"
 #include "bench/measure.h"
+#include "job/heads.h"
+#include "raster/convert.h"
 #include "raster/pass_rows.h"
 
 namespace qrn::bench {
@@ -16,7 +18,7 @@ using plain::PlainRaster;
 
 void FillRows(Job& job, const Lines& lines, std::uint32_t rows) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     for (std::uint32_t row = 0; row < rows; ++row)
       StoreRow(job, plane, row, LineOf(lines, plane, row), bytes);
   }
@@ -25,7 +27,7 @@ void FillRows(Job& job, const Lines& lines, std::uint32_t rows) {
 // Whether the pass prints nothing, in the plainest way.
 bool IsBlankByteByByte(const Job& job, PlainRaster& plain) {
   const std::size_t bytes = std::size_t{job.checkRows} * job.lineStride;
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     const std::uint8_t* const first = plain.Row(plane, job.passRow);
     if (!std::all_of(first, first + bytes, [](auto byte) { return byte == 0; })) return false;
   }
@@ -38,7 +40,7 @@ Timing CheckPasses(const std::string& where, Job& job, const Lines& lines, std::
   PlainRaster plain(GeometryOf(job));
   const std::uint32_t rows = job.Mem.layout.rows;
   FillRows(job, lines, rows);
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     for (std::uint32_t row = 0; row < rows; ++row)
       std::memcpy(plain.Row(plane, row), LineOf(lines, plane, row), lines[0].size());
   }

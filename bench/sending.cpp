@@ -3,11 +3,12 @@
 #include <cstddef>
 #include <cstring>
 
+#include "base/bytes.h"
 #include "bench/measure.h"
 #include "link/frame.h"
 #include "link/transport.h"
-#include "platform/bytes.h"
 #include "protocol/command.h"
+#include "protocol/swath_header.h"
 #include "raster/swath_builder.h"
 #include "raster/swath_queue.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "bench/bench_job.h"
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn::bench {
 

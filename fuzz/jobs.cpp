@@ -13,10 +13,11 @@
 #include <string>
 #include <vector>
 
+#include "base/bytes.h"
 #include "fuzz/fuzz_input.h"
-#include "host/job.h"
+#include "job/job.h"
+#include "params/param_block.h"
 #include "params/printer_params.h"
-#include "platform/bytes.h"
 #include "platform/platform.h"
 #include "qrn_driver.h"
 #include "sim/sim_platform.h"

@@ -13,8 +13,10 @@
 #include <numeric>
 #include <vector>
 
+#include "base/bytes.h"
 #include "fuzz/fuzz_input.h"
-#include "host/job.h"
+#include "job/job.h"
+#include "link/exchange.h"
 #include "link/frame.h"
 #include "link/transmit.h"
 #include "link/transport.h"
@@ -22,9 +24,9 @@
 #include "params/param_block.h"
 #include "params/printer_params.h"
 #include "params/resolution.h"
-#include "platform/bytes.h"
 #include "protocol/command.h"
 #include "protocol/reply.h"
+#include "protocol/reply_format.h"
 #include "raster/job_memory.h"
 #include "sim/wire.h"
 #include "support/fake_platform.h"

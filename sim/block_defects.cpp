@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "sim/machine.h"
 
 namespace qrn::sim {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "sim/block_defects.h"
 #include "sim/protocol_check.h"
 

@@ -1,6 +1,6 @@
 #include "sim/job_state.h"
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 
 namespace qrn::sim {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "sim/job_state.h"
 #include "sim/protocol_check.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 
 namespace qrn::sim {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "sim/protocol_check.h"
 #include "sim/wire.h"
 

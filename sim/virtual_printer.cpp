@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <mutex>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "sim/firmware.h"
 #include "sim/protocol_check.h"
 #include "sim/quirk_moments.h"

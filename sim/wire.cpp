@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 
 namespace qrn::sim {
 namespace {

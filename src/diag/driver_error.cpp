@@ -1,17 +1,15 @@
 #include "diag/driver_error.h"
 
+#include "base/bytes.h"
+#include "base/shared.h"
 #include "diag/error_texts.h"
 #include "diag/job_log.h"
-#include "host/job.h"
-#include "host/stop_request.h"
-#include "platform/bytes.h"
+#include "job/job.h"
+#include "job/stop_request.h"
 #include "platform/platform.h"
-#include "platform/shared.h"
 
 namespace qrn {
 namespace {
-
-static_assert(kErrorLinkGivenUp == kErrorLinkLost);
 
 constexpr std::uint32_t kPrimaryLanguageChinese = 4;
 

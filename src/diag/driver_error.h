@@ -6,21 +6,9 @@
 
 #include <cstdint>
 
-namespace qrn {
+#include "job/error_codes.h"
 
-// The codes that the library records; the text tables hold all 36.
-enum DriverError : std::uint32_t {
-  kErrorBadParameters = 3,  // parameter block not recognised
-  kErrorTooWide = 4,        // image wider than the printer
-  kErrorHostCancel = 9,     // recorded only: the host went on without ending its job
-  kErrorNoMemory = 13,      // a job buffer could not be obtained
-  kErrorLinkGivenUp = 17,   // reconnection given up; never overwritten in a job
-  kErrorPrinterGone = 26,   // swath ready, transmit thread ended
-  kErrorFeedValue = 29,     // paper-feed calibration refused
-  kErrorNoDevice = 31,      // device cannot be opened
-  kErrorBadMode = 32,       // image or print mode refused
-  kErrorInkOrder = 35,      // ink order refused
-};
+namespace qrn {
 
 // Records the code (its low 8 bits, unless 17 is recorded already) and shows its text.
 void RaiseError(std::uint32_t code);

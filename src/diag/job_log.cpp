@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/shared.h"
 #include "diag/code_page.h"
 #include "platform/platform.h"
-#include "platform/shared.h"
 
 namespace qrn {
 namespace {

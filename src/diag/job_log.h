@@ -5,7 +5,7 @@
 #ifndef QRN_DIAG_JOB_LOG_H_
 #define QRN_DIAG_JOB_LOG_H_
 
-#include "host/job.h"
+#include "job/job.h"
 
 #if defined(__GNUC__)
 #define QRN_PRINTF_CHECKED(text, values) __attribute__((format(printf, text, values)))

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
+#include "base/shared.h"
 #include "diag/job_log.h"
-#include "host/job.h"
-#include "platform/shared.h"
+#include "job/job.h"
 
 namespace qrn {
 namespace {

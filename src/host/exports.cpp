@@ -1,14 +1,14 @@
 // The twelve exports: argument checks and the order of calls into the job engine, nothing else.
 #include <cstring>
 
+#include "base/bytes.h"
 #include "diag/job_log.h"
 #include "host/entry.h"
-#include "host/job.h"
 #include "host/job_lifecycle.h"
-#include "host/stop_request.h"
+#include "job/job.h"
+#include "job/stop_request.h"
 #include "link/usb_device.h"
 #include "params/resolution.h"
-#include "platform/bytes.h"
 #include "qrn_driver.h"
 #include "raster/line_intake.h"
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
@@ -12,9 +12,6 @@ namespace qrn {
 [[nodiscard]] bool JobStart(Job& job);
 // Sends what is queued, ends the job and releases everything. Safe after a failed start.
 void JobEnd(Job& job);
-// Posts a command and waits, without limit, until it is settled or the link is gone; 1 when the
-// printer accepted it.
-int CmdExecute(std::uint32_t code, Job& job);
 // Ends a job whose end call the host skipped, so that its transmit thread is gone before the record
 // is cleared or the library unloaded; `what` the host did in its place goes into the log. Does
 // nothing when no job is open.

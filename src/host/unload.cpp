@@ -1,8 +1,8 @@
 // What the DLL does when it is unloaded: the transmit thread executes code that is about to go.
 #include <cstdint>
 
-#include "host/job.h"
 #include "host/job_lifecycle.h"
+#include "job/job.h"
 #include "qrn_driver.h"
 
 // Called by the system at loading and unloading and at the start and end of threads, while it holds

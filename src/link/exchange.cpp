@@ -1,20 +1,20 @@
-// One message and its reply: resends, the wait for the printer's room in front of a swath, and link
-// loss.
+#include "link/exchange.h"
+
 #include <algorithm>
 
+#include "base/bytes.h"
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
-#include "host/stop_request.h"
+#include "job/stop_request.h"
+#include "job/swath.h"
 #include "link/frame.h"
 #include "link/reconnect.h"
-#include "link/transmit.h"
 #include "link/transport.h"
-#include "platform/bytes.h"
 #include "platform/platform.h"
 #include "protocol/command.h"
 #include "protocol/printer_state.h"
 #include "protocol/reply.h"
-#include "raster/swath.h"
+#include "protocol/reply_format.h"
 
 namespace qrn {
 namespace {
@@ -112,24 +112,10 @@ Attempt TryOnce(Job& job, const Message& message, int resends, int reconnections
   return TakeReply(job, message, startMs);
 }
 
-// The printer's state and its room as a buffer query reports them. True when there is nothing to
-// wait for any more.
-bool TakeBufferState(Job& job, std::uint32_t replyBytes, std::uint32_t dataBytes) {
-  switch (DecodeReply(g_reply, replyBytes).sub) {
-    case kJobCancelled:
-      SetPrinterState(job, 1, 1);
-      return true;
-    case kJobPaused:
-      SetPrinterState(job, 1, 0);
-      TakeParamUpdate(g_reply, replyBytes);
-      break;
-    case kJobResumed:
-    case kJobRunning:
-      SetPrinterState(job, 0, 0);
-      break;
-    default:
-      break;
-  }
+// True when the printer has room for this much swath data, or has cancelled.
+bool TakeBufferReply(Job& job, std::uint32_t replyBytes, std::uint32_t dataBytes) {
+  TakeQueriedState(job, g_reply, replyBytes);
+  if (DecodeReply(g_reply, replyBytes).sub == kJobCancelled) return true;
   const std::uint32_t room = ReplyWord(g_reply, replyBytes, kReplyPayloadAt) |
                              std::uint32_t{ReplyWord(g_reply, replyBytes, kReplyPayloadAt + 2)}
                                  << 16;
@@ -177,7 +163,7 @@ void TxWaitFwBuffer(Job& job, std::uint32_t dataBytes) {
     do {  // what holds no code answers nothing
       if (!ReceiveReply(job, &replyBytes)) return;
     } while (replyBytes < sizeof(ReplyRec::code));
-    if (TakeBufferState(job, replyBytes, dataBytes)) return;
+    if (TakeBufferReply(job, replyBytes, dataBytes)) return;
     ThePlatform().SleepMs(kBufferPollMs);
     if (ThePlatform().TickMs() - spanStart > kBufferWaitLogMs) {
       spanStart = ThePlatform().TickMs();

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 
 namespace qrn {
 namespace {

@@ -1,17 +1,16 @@
 #include "link/link_control.h"
 
+#include "base/shared.h"
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
 #include "link/transmit.h"
 #include "link/usb_device.h"
 #include "platform/platform.h"
-#include "platform/shared.h"
 
 namespace qrn {
 namespace {
 
 constexpr std::uint32_t kStopGraceMs = 1000;
-constexpr std::uint32_t kStopPollMs = 100;
 constexpr int kStopPollsMax = 202;
 
 // What the link tells of itself: two numbers and a flag, for the log.
@@ -40,7 +39,7 @@ void CloseLink(Job& job) {
 // Polls until the thread has ended; false when it does not.
 bool WaitForEnd(Job& job) {
   for (int poll = 0; poll < kStopPollsMax; ++poll) {
-    ThePlatform().SleepMs(kStopPollMs);
+    ThePlatform().SleepMs(kPollMs);
     if (LoadShared(job.bTxEnd) == 1) return true;
   }
   return false;

@@ -2,7 +2,7 @@
 #ifndef QRN_LINK_LINK_CONTROL_H_
 #define QRN_LINK_LINK_CONTROL_H_
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 

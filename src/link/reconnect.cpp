@@ -1,11 +1,11 @@
 #include "link/reconnect.h"
 
+#include "base/bytes.h"
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
 #include "link/frame.h"
 #include "link/transport.h"
 #include "link/usb_device.h"
-#include "platform/bytes.h"
 #include "platform/platform.h"
 #include "protocol/command.h"
 

@@ -2,7 +2,7 @@
 #ifndef QRN_LINK_RECONNECT_H_
 #define QRN_LINK_RECONNECT_H_
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 

@@ -1,19 +1,19 @@
 #include "link/transmit.h"
 
+#include "base/bytes.h"
+#include "base/shared.h"
 #include "diag/job_log.h"
-#include "host/stop_request.h"
-#include "platform/bytes.h"
+#include "job/stop_request.h"
+#include "link/exchange.h"
 #include "platform/platform.h"
-#include "platform/shared.h"
 #include "protocol/command.h"
-#include "protocol/printer_state.h"
-#include "raster/swath_builder.h"
+#include "protocol/spit_plan.h"
+#include "protocol/swath_header.h"
 #include "raster/swath_queue.h"
 
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kIdleMs = 100;
 constexpr std::uint32_t kFailedCommandMs = 1000;
 
 // Why the thread ended, for the log.
@@ -27,7 +27,7 @@ void RunTurn(Job& job) {
     return;
   }
   if (TxTakeSwath(job) == 0) {
-    ThePlatform().SleepMs(kIdleMs);
+    ThePlatform().SleepMs(kPollMs);
     return;
   }
   if (TxSendSwath(job) == 0) StoreShared(job.bTxRun, 0);
@@ -36,7 +36,7 @@ void RunTurn(Job& job) {
 // One turn of a job that is stopping: commands still go out, swaths do not.
 void StopTurn(Job& job) {
   if (CmdSchedule(job) && TxSendCommand(job) == 0) StoreShared(job.bTxRun, 0);
-  ThePlatform().SleepMs(kIdleMs);
+  ThePlatform().SleepMs(kPollMs);
 }
 
 TaskEnd RunTurns(Job& job) {

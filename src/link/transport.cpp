@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/bytes.h"
 #include "diag/job_log.h"
 #include "link/frame.h"
-#include "platform/bytes.h"
 
 namespace qrn {
 namespace {

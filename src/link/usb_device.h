@@ -4,7 +4,7 @@
 #ifndef QRN_LINK_USB_DEVICE_H_
 #define QRN_LINK_USB_DEVICE_H_
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 

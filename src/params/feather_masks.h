@@ -4,15 +4,13 @@
 #ifndef QRN_PARAMS_FEATHER_MASKS_H_
 #define QRN_PARAMS_FEATHER_MASKS_H_
 
-#include <cstddef>
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
 constexpr std::uint32_t kFeatherMasks = 90;  // from almost full to almost empty
-constexpr std::size_t kFeatherMaskBytes = 256;
 
 // Cells that mask k keeps, of 1024.
 extern const std::uint16_t kFeatherKept[kFeatherMasks];

@@ -5,21 +5,19 @@
 #include <iterator>
 
 #include "diag/job_log.h"
-#include "params/one_head.h"
+#include "raster/one_head.h"
 
 namespace qrn {
 namespace {
 
 constexpr std::uint32_t kHeadsInUse = 2;
-constexpr std::uint32_t kHeads = 4;
 
 // Each colour on two neighbouring rows of one head: PHA, then PHB.
-constexpr std::uint8_t kDefaultInkOrder[kHeadsInUse * kPlanes] = {3, 3, 0, 0, 4, 4, 7, 7,
-                                                                  1, 1, 5, 5, 2, 2, 6, 6};
-static_assert(sizeof(Job::inkOrder) == kHeads * kPlanes);
+constexpr std::uint8_t kDefaultInkOrder[kHeadsInUse * kNozzleRows] = {3, 3, 0, 0, 4, 4, 7, 7,
+                                                                      1, 1, 5, 5, 2, 2, 6, 6};
 
 // Rows of this head that carry the colour.
-int RowsOfColor(const std::uint8_t (&head)[kPlanes], std::uint8_t color) {
+int RowsOfColor(const std::uint8_t (&head)[kNozzleRows], std::uint8_t color) {
   return static_cast<int>(std::count(std::begin(head), std::end(head), color));
 }
 
@@ -27,7 +25,7 @@ int RowsOfColor(const std::uint8_t (&head)[kPlanes], std::uint8_t color) {
 // right.
 void WarnOfSplitColors(const Job& job) {
   unsigned splitColors = 0;
-  for (std::uint8_t color = 0; color < kPlanes; ++color) {
+  for (std::uint8_t color = 0; color < kColors; ++color) {
     if (RowsOfColor(job.inkOrder[0], color) == 1) splitColors |= 1u << color;
   }
   if (splitColors != 0)
@@ -49,11 +47,11 @@ bool SetInkOrder(Job& job, const std::uint8_t* order) {
   }
   const auto& pha = job.inkOrder[0];
   const auto& phb = job.inkOrder[1];
-  if ((job.headMask & 0x10) != 0) {
+  if ((job.headMask & kHeadPha) != 0) {
     LogPrint("PHA:%d-%d, %d-%d, %d-%d, %d-%d", pha[0], pha[1], pha[2], pha[3], pha[4], pha[5],
              pha[6], pha[7]);
   }
-  if ((job.headMask & 0x20) != 0) {
+  if ((job.headMask & kHeadPhb) != 0) {
     LogPrint("PHB:%d-%d, %d-%d, %d-%d, %d-%d", phb[0], phb[1], phb[2], phb[3], phb[4], phb[5],
              phb[6], phb[7]);
   }
@@ -66,15 +64,11 @@ bool CheckInkOrderDual(Job& job) {
     std::memcpy(job.inkOrder, kDefaultInkOrder, sizeof kDefaultInkOrder);
     return true;
   }
-  for (std::uint8_t color = 0; color < kPlanes; ++color) {
+  for (std::uint8_t color = 0; color < kColors; ++color) {
     if (RowsOfColor(job.inkOrder[0], color) + RowsOfColor(job.inkOrder[1], color) != 2)
       return false;
   }
   return true;
-}
-
-std::uint8_t GetInkColor(const Job& job, std::uint32_t head, std::uint32_t row) {
-  return job.inkOrder[std::min(head, kHeads - 1)][row];
 }
 
 }  // namespace qrn

@@ -1,11 +1,11 @@
 // Which ink each nozzle row carries: taken from the printer, checked when both heads print.
-// Transmit thread at connect; read by the converters afterwards.
+// Transmit thread at connect; the conversion reads it afterwards.
 #ifndef QRN_PARAMS_INK_ORDER_H_
 #define QRN_PARAMS_INK_ORDER_H_
 
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
@@ -14,8 +14,6 @@ namespace qrn {
 [[nodiscard]] bool SetInkOrder(Job& job, const std::uint8_t* order);
 // The check for two heads; puts the default order in place of one that is all zero.
 [[nodiscard]] bool CheckInkOrderDual(Job& job);
-// Colour plane of a nozzle row (0..7); a head of 4 or more counts as 3.
-std::uint8_t GetInkColor(const Job& job, std::uint32_t head, std::uint32_t row);
 
 }  // namespace qrn
 

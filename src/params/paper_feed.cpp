@@ -1,14 +1,16 @@
-// The paper feed: motor steps a line and a swath, from the calibration value.
+#include "params/paper_feed.h"
+
 #include <cmath>
 
+#include "base/bytes.h"
+#include "base/shared.h"
 #include "diag/job_log.h"
 #include "params/param_block.h"
-#include "params/printer_params.h"
-#include "platform/bytes.h"
-#include "platform/shared.h"
 
 namespace qrn {
 namespace {
+
+constexpr std::uint8_t kCalibSelectMax = 4;
 
 // Just under 254, tenths of a millimetre in an inch.
 constexpr double kTenthMmPerInch = 253.99999187200024;
@@ -46,12 +48,19 @@ std::uint16_t ExactSteps(std::uint16_t lines, std::uint32_t stepBase, std::uint3
 
 }  // namespace
 
+std::uint16_t SelectedCalibration() {
+  const PrinterParams& params = GetPrinterParams();
+  const std::uint8_t select = params.bytes[kParamCalibSelectAt];
+  if (select > kCalibSelectMax) return 0;
+  return Low16(params.bytes[kParamCalibLowAt + select] + 256u * params.bytes[kParamCalibHighAt]);
+}
+
 bool CalcSwathSteps(Job& job) {
   if (job.nResY == 0 || job.stepCalib == 0) {
     LogPrint("步进计量输入值异常:%d-%d", job.nResY, job.stepCalib);
     return false;
   }
-  const std::uint32_t stepBase = U32(GetPrinterParams().bytes + kParamStepBaseAt);
+  const std::uint32_t stepBase = GetPrinterParams().Long(kParamStepBaseAt);
   const std::uint32_t divisor = static_cast<std::uint32_t>(job.stepCalib) * job.nResY;
   job.stepsPerLine = static_cast<double>(stepBase) / divisor * kTenthMmPerInch;
   StoreShared(job.swathSteps, ExactSteps(job.passStep, stepBase, divisor));

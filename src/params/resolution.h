@@ -1,10 +1,12 @@
-// The horizontal resolutions that the carriage can print. Both threads; constant data.
+// The horizontal resolutions that the carriage can print, and their passes. Both threads.
 #ifndef QRN_PARAMS_RESOLUTION_H_
 #define QRN_PARAMS_RESOLUTION_H_
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+
+#include "job/job.h"
 
 namespace qrn {
 
@@ -15,6 +17,10 @@ constexpr std::uint32_t kResolutionY = 360;                                     
 std::uint16_t ResolutionByIndex(std::uint32_t index);
 // Index of the resolution in the low 16 bits of the argument; 0 when it is not in the table.
 std::uint8_t ResolutionIndex(std::uint32_t resolution);
+
+// Sets resIdx, passCount (3, 4, 6 or 8), resParamA, resParamB and resCode for nResX; false when nResX
+// cannot be printed. Transmit thread.
+[[nodiscard]] bool CheckResolutionX(Job& job);
 
 }  // namespace qrn
 

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "base/bytes.h"
+#include "base/shared.h"
 #include "diag/job_log.h"
-#include "platform/bytes.h"
 #include "platform/platform.h"
-#include "platform/shared.h"
 #include "protocol/job_info.h"
 
 namespace qrn {

@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 

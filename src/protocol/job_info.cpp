@@ -1,8 +1,8 @@
 #include "protocol/job_info.h"
 
+#include "base/bytes.h"
 #include "diag/job_log.h"
-#include "host/job.h"
-#include "platform/bytes.h"
+#include "job/job.h"
 #include "platform/platform.h"
 
 namespace qrn {

@@ -1,32 +1,24 @@
 #include "protocol/printer_state.h"
 
+#include "base/shared.h"
 #include "diag/job_log.h"
 #include "params/printer_params.h"
-#include "platform/bytes.h"
-#include "platform/shared.h"
+#include "platform/platform.h"
+#include "protocol/reply_format.h"
 
 namespace qrn {
 namespace {
 
-constexpr std::uint8_t kSpitPha = 1;
-constexpr std::uint8_t kSpitPhb = 2;
-constexpr std::uint8_t kSpitFlashOpt = 0x10;
+constexpr std::uint32_t kPauseMs = 2000;
 
-// Whose turn it is, odd = PHB. Outlives jobs, so that a new job goes on with the other head.
-// Transmit thread.
-std::uint8_t nSpitToggle = 0;
-
-// The request names only the head whose turn it is.
-std::uint8_t NextSpitMode(const Job& job) {
-  if (job.twoHeadCarriage != 1) return kSpitPha;
-  std::uint8_t mode = 0;
-  if (job.dualHead == 1) {
-    ++nSpitToggle;
-    mode = (nSpitToggle & 1u) != 0 ? kSpitPhb : kSpitPha;
-  } else {
-    mode = job.singleHead == 1 ? kSpitPhb : kSpitPha;
-  }
-  return job.flashOpt == 1 ? Low8(mode + kSpitFlashOpt) : mode;
+void TakePause(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
+  SetPrinterState(job, 1, 0);
+  LogPrint("Rx JOBS_Pause, size:%d, %X-%X-%X\n", static_cast<int>(bytes),
+           static_cast<unsigned>(ReplyWord(reply, bytes, kReplyPauseWordAAt)),
+           static_cast<unsigned>(ReplyWord(reply, bytes, kReplyPauseWordBAt)),
+           static_cast<unsigned>(ReplyWord(reply, bytes, kReplyUpdateAt)));
+  TakeParamUpdate(job, reply, bytes);
+  ThePlatform().SleepMs(kPauseMs);
 }
 
 }  // namespace
@@ -41,18 +33,51 @@ void SetPrinterState(Job& job, std::uint8_t pause, std::uint8_t cancel) {
   LogPrint("CMM%d: Pause-%d, Cancel-%d\r\n", 1, pause, cancel);
 }
 
-void SpitPlan(Job& job, Swath& swath) {
-  swath.header.spitMode = 0;
-  // Only a pass towards the flash station can flash, and only one that prints counts.
-  if (swath.dataSize == 0 || job.flashEvery == 0 || swath.header.endPos > swath.header.startPos)
-    return;
-  ++job.nSpitCount;
-  if (job.nSpitCount < job.flashEvery) return;
-  swath.header.spitAmount = Low16(static_cast<std::uint32_t>(job.flashParam) * 6000u / 254u);
-  swath.header.spitMode = NextSpitMode(job);
-  job.nSpitCount = 0;
-  LogPrint("启动闪喷spit:%d-%d, mode:0x%X", swath.header.spitAmount, job.flashEvery,
-           static_cast<unsigned>(swath.header.spitMode));
+void TakeRepliedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
+  switch (DecodeReply(reply, bytes).sub) {
+    case kJobGone:
+      if (LoadShared(job.bPrnCancel) == 0) {
+        LogPrint("Rx op取消作业\r\n");
+        SetPrinterState(job, 0, 1);
+      }
+      break;
+    case kJobCancelled:
+      SetPrinterState(job, 0, 1);
+      LogPrint("Rx JOBS_CANCEL(%d)\n", LoadShared(job.bPrnCancel));
+      break;
+    case kJobPaused:
+      TakePause(job, reply, bytes);
+      break;
+    case kJobResumed:
+    case kJobRunning:
+      SetPrinterState(job, 0, 0);
+      break;
+    default:
+      break;
+  }
+}
+
+void TakeQueriedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
+  switch (DecodeReply(reply, bytes).sub) {
+    case kJobCancelled:
+      SetPrinterState(job, 1, 1);
+      break;
+    case kJobPaused:
+      SetPrinterState(job, 1, 0);
+      TakeParamUpdate(job, reply, bytes);
+      break;
+    case kJobResumed:
+    case kJobRunning:
+      SetPrinterState(job, 0, 0);
+      break;
+    default:
+      break;
+  }
+}
+
+void TakeParamUpdate(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
+  if (ReplyWord(reply, bytes, kReplyPauseWordBAt) != kParamUpdateMark) return;
+  UpdateFwPara(job, reply + kReplyUpdateAt, bytes - kReplyUpdateAt);
 }
 
 }  // namespace qrn

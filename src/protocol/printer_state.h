@@ -1,20 +1,28 @@
-// Pause and cancel as the printer reports them, and the flash-jetting requests that ride on swaths.
+// What the printer says of the job's state: pause, cancel, and the parameters that it sends along.
 // Transmit thread.
 #ifndef QRN_PROTOCOL_PRINTER_STATE_H_
 #define QRN_PROTOCOL_PRINTER_STATE_H_
 
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
 // Records a reported state; a repeated one changes nothing and is not logged.
 void SetPrinterState(Job& job, std::uint8_t pause, std::uint8_t cancel);
 
-// Fills spitMode and spitAmount of a swath that is about to be sent. Heads take turns on a two-head
-// carriage, and go on doing so across jobs.
-void SpitPlan(Job& job, Swath& swath);
+// The two readings of a reply's JobState. They take kJobCancelled, kJobResumed and kJobRunning
+// alike, but
+//                  reply to a swath or pause poll    reply to a buffer query
+//   kJobGone       cancels                           says nothing
+//   kJobCancelled  logs it                           no line of its own
+//   kJobPaused     logs it, rests for 2 s            neither: the wait for room has its own period
+void TakeRepliedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
+void TakeQueriedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
+
+// Hands a firmware parameter update on when a pause reply announces one.
+void TakeParamUpdate(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
 
 }  // namespace qrn
 

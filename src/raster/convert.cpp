@@ -1,10 +1,13 @@
 #include "raster/convert.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 
-#include "params/ink_order.h"
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "raster/column_modes.h"
+#include "raster/pass_rows.h"
+#include "raster/pass_size.h"
 #include "raster/row_converters.h"
 
 namespace qrn {
@@ -48,6 +51,15 @@ void ConvertSingle(Job& job, ConvertParams& params) {
            SingleFirstRow(job, job.passIndex, job.passDir));
 }
 
+// Zeros in front of what a worker has written and behind it, as far as the swath carries.
+void ClearMargins(Job& job, const ConvertParams& params) {
+  const std::size_t end = SwathDataSize(job);
+  const std::size_t first = std::min(params.firstByte, end);
+  const std::size_t last = std::min(params.endByte, end);
+  std::memset(job.PrintOutBuf, 0, first);
+  std::memset(job.PrintOutBuf + last, 0, end - last);
+}
+
 // Bit and column of one row of a colour.
 void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, bool rowA) {
   (rowA ? job.rowBitA : job.rowBitB) = Low8(1u << slot);
@@ -55,6 +67,34 @@ void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, bool rowA) {
 }
 
 }  // namespace
+
+void ConvertPass(Job& job) {
+  if (job.swathCount >= job.nSwathLimit) {
+    job.passEmpty = 1;
+    return;
+  }
+  job.passIndex = Low8(job.passNo % job.passCount);
+  job.passRow = Low16(static_cast<std::uint32_t>(job.passStep) * job.passIndex);
+  job.passEmpty = IsPassBlank(job) ? 1 : 0;
+  if (job.passEmpty == 1) return;
+
+  ConvertParams params{};
+  for (std::uint8_t color = 0; color < job.nColors; ++color) {
+    job.curColor = color;
+    ConvertColor(job, params);
+  }
+  RunWorker(job, params);
+  SetPassSize(job);
+  ClearMargins(job, params);
+}
+
+bool IsPassBlank(Job& job) {
+  if (AreRowsBlank(job, job.passRow, job.checkRows)) return true;
+  job.passLeftByte = 0;
+  job.passBits = job.nLineBits;
+  job.passRightByte = job.nLineBits / 8;
+  return false;
+}
 
 void ConvertColor(Job& job, ConvertParams& params) {
   job.dualHead == 1 ? ConvertDual(job, params) : ConvertSingle(job, params);
@@ -68,28 +108,28 @@ void RunWorker(Job& job, ConvertParams& params) {
 }
 
 std::uint32_t LocateRowsDual(Job& job) {
-  constexpr std::uint32_t kRows = 2 * kPlanes;  // of both heads, PHA first
+  constexpr std::uint32_t kRows = 2 * kNozzleRows;  // of both heads, PHA first
   std::uint32_t rowA = 0, rowB = 0, found = 0;
   for (std::uint32_t row = 0; row < kRows && found < 2; ++row) {
-    if (job.inkOrder[row / kPlanes][row % kPlanes] != job.curColor) continue;
+    if (job.inkOrder[row / kNozzleRows][row % kNozzleRows] != job.curColor) continue;
     rowB = rowA;
     rowA = row;
     ++found;
   }
-  const std::uint32_t head = rowA / kPlanes;
+  const std::uint32_t head = rowA / kNozzleRows;
 
   // The head that comes second in the direction of travel fires a head distance later.
   const bool second = (job.passDir == 0) == (head == 1);
   const std::uint32_t gap = second ? job.headGapX : 0;
-  SetRow(job, rowA % kPlanes, gap, true);
-  SetRow(job, rowB % kPlanes, gap, false);
+  SetRow(job, rowA % kNozzleRows, gap, true);
+  SetRow(job, rowB % kNozzleRows, gap, false);
   return head;
 }
 
 void LocateRowsSingle(std::uint32_t head, Job& job) {
   job.rowBitA = job.rowBitB = 0;
   job.rowColA = job.rowColB = 0;
-  for (std::uint32_t slot = 0, found = 0; slot < kPlanes && found < 2; ++slot) {
+  for (std::uint32_t slot = 0, found = 0; slot < kNozzleRows && found < 2; ++slot) {
     if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, found++ == 0);
   }
 }

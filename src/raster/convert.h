@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
@@ -17,7 +17,7 @@ struct PassRow {
   std::uint16_t column;    // output column offset
   std::uint32_t firstRow;  // row of nozzle 0's line; two rows on for each nozzle
 };
-constexpr std::uint32_t kPassRows = 2 * kPlanes;
+constexpr std::uint32_t kPassRows = 2 * kNozzleRows;
 
 // What a worker converts, and where it has written.
 struct ConvertParams {
@@ -29,6 +29,11 @@ struct ConvertParams {
   std::uint16_t nozzleCount;       // nozzles in front of the feathered ones; set by the worker
   std::size_t firstByte, endByte;  // of PrintOutBuf, that have been written
 };
+
+// Converts the current pass into PrintOutBuf, or marks it empty, and sets its size fields.
+void ConvertPass(Job& job);
+// True when the rows of the pass hold no pixel; otherwise the byte range of the pass is set.
+[[nodiscard]] bool IsPassBlank(Job& job);
 
 // The share of curColor in the conversion of the current pass: finds its nozzle rows and enters
 // them. Their dots are placed by RunWorker, with those of all other colours: eight nozzle rows

@@ -1,7 +1,6 @@
 #include "raster/feather_runs.h"
 
-#include "params/feather_masks.h"
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "raster/column_modes.h"
 
 namespace qrn {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "raster/kernels.h"
 
 namespace qrn {

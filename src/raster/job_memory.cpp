@@ -2,13 +2,13 @@
 
 #include <new>
 
+#include "base/bytes.h"
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
-#include "platform/bytes.h"
-#include "platform/shared.h"
 #include "raster/feather_runs.h"
 #include "raster/pass_rows.h"
 #include "raster/pass_size.h"
+#include "raster/swath_queue.h"
 
 namespace qrn {
 namespace {
@@ -42,7 +42,7 @@ void ReleaseOutBuffers(Job& job) {
 // The log keeps the size that the lines as such have; ends of runs and marks come on top.
 bool ObtainPassBuffers(Job& job, std::uint64_t linesBytes) {
   const std::uint64_t bytes = PassBufferBytes(job.Mem.layout);
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     if (!Obtain(&job.Mem.pPassBuffer[plane], bytes)) {
       LogPrint("mem: malloc pJob->Mem.pPassBuffer fail %d-%d!", static_cast<int>(plane),
                static_cast<int>(Low32(linesBytes)));
@@ -82,17 +82,6 @@ bool ObtainOutBuffers(Job& job, std::uint64_t bytes) {
   return true;
 }
 
-void ResetQueue(Job& job) {
-  for (Swath& slot : job.swathQueue) {
-    slot.header = SwathHeader{};
-    slot.header.speed = Low16(job.carriageSpeed * 600u);
-    StoreShared(slot.state, kSwathFree);
-  }
-  StoreShared(job.queueRd, 0);
-  StoreShared(job.queueWr, 0);
-  StoreShared(job.queueUsed, 0);
-}
-
 }  // namespace
 
 void AllocJobMem(Job& job) {
@@ -104,7 +93,7 @@ void AllocJobMem(Job& job) {
   if (job.printOutBufSize != printOutBytes) ReleaseOutBuffers(job);
   bool obtained = ObtainPassBuffers(job, linesBytes) && ObtainFeatherRuns(job);
   if (obtained) {
-    LogPrint("mem: malloc %d, %d-%d", static_cast<int>(kPlanes),
+    LogPrint("mem: malloc %d, %d-%d", static_cast<int>(kColors),
              static_cast<int>(Low32(linesBytes)), static_cast<int>(Low32(printOutBytes)));
     obtained = ObtainOutBuffers(job, printOutBytes);
   }

@@ -2,7 +2,7 @@
 #ifndef QRN_RASTER_JOB_MEMORY_H_
 #define QRN_RASTER_JOB_MEMORY_H_
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 

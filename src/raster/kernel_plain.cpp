@@ -1,9 +1,9 @@
 // The kernel for any processor: bit by bit, as the picture in kernels.h says.
 #include <cstring>
 
+#include "job/print_out.h"
+#include "job/row_layout.h"
 #include "raster/kernels.h"
-#include "raster/print_out.h"
-#include "raster/row_layout.h"
 
 namespace qrn {
 namespace {

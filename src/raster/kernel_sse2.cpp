@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "raster/print_out.h"
+#include "job/print_out.h"
 
 namespace qrn {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "diag/job_log.h"
-#include "host/stop_request.h"
+#include "job/stop_request.h"
 #include "raster/band.h"
 #include "raster/pass_rows.h"
 
@@ -15,7 +15,7 @@ constexpr int kFlushCyclesDual = 5;  // the lines of PHA still have PHB's way be
 
 // A job that never got its buffers has nowhere to put a line.
 bool IsLineUsable(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
-  if (color < job.nColors && color < kPlanes && line != nullptr)
+  if (color < job.nColors && color < kColors && line != nullptr)
     return job.Mem.pPassBuffer[color] != nullptr;
   if (job.bBadLineLogged == 0) {
     job.bBadLineLogged = 1;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "raster/column_modes.h"
 #include "raster/kernels.h"
 
@@ -159,7 +159,7 @@ void MarkRun(const RowLayout& layout, const std::uint8_t* run, std::uint8_t* mar
 }
 
 bool AreRowsBlank(const Job& job, std::uint32_t first, std::uint32_t count) {
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     const auto blank = [](const std::uint8_t* marks, std::size_t bytes) {
       return !HasInk(marks, bytes);
     };
@@ -169,7 +169,7 @@ bool AreRowsBlank(const Job& job, std::uint32_t first, std::uint32_t count) {
 }
 
 void ClearRows(Job& job, std::uint32_t first, std::uint32_t count) {
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
     (void)ForMarks(job, plane, first, count, [](std::uint8_t* marks, std::size_t bytes) {
       std::memset(marks, 0, bytes);
       return true;

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
+#include "job/print_out.h"
 #include "raster/column_modes.h"
-#include "raster/print_out.h"
 
 namespace qrn {
 namespace {
@@ -31,7 +31,8 @@ std::uint64_t SingleSwathBytes(const Job& job) {
 // rounding. In 64 bits nothing can wrap: all factors together have fewer than 60.
 std::uint64_t PrintOutBytes(const Job& job) {
   const std::uint64_t dots640Mm = job.nResX * 6400u / 254u;
-  const std::uint64_t bytes = (dots640Mm + 8 * std::uint64_t{job.lineStride}) * 360 / job.passCount;
+  const std::uint64_t bytes =
+      (dots640Mm + 8 * std::uint64_t{job.lineStride}) * (kColumnBytes / kPixelBits) / job.passCount;
   return job.dualHead == 1 ? bytes : std::max(bytes, SingleSwathBytes(job));
 }
 

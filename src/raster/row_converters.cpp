@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
+#include "job/print_out.h"
 #include "raster/column_modes.h"
-#include "raster/print_out.h"
 #include "raster/tile_walk.h"
 
 namespace qrn {

@@ -5,7 +5,7 @@
 #ifndef QRN_RASTER_ROW_CONVERTERS_H_
 #define QRN_RASTER_ROW_CONVERTERS_H_
 
-#include "host/job.h"
+#include "job/job.h"
 #include "raster/convert.h"
 
 namespace qrn {

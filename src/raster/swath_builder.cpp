@@ -1,13 +1,12 @@
 #include "raster/swath_builder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
+#include "base/bytes.h"
+#include "base/shared.h"
 #include "diag/job_log.h"
-#include "host/stop_request.h"
-#include "platform/bytes.h"
-#include "platform/shared.h"
+#include "job/stop_request.h"
 #include "raster/pass_size.h"
 #include "raster/swath_queue.h"
 
@@ -108,21 +107,6 @@ void AdvanceFeedLine(Job& job, Swath& swath) {
   job.feedLine =
       Low32(std::min<std::uint64_t>(std::uint64_t{job.feedLine} + job.passStep, job.nHeight));
   swath.header.feedLine = job.feedLine;
-}
-
-void EncodeSwathHeader(const SwathHeader& header, std::uint8_t* bytes) {
-  std::memset(bytes, 0, kSwathHeaderBytes);
-  bytes[offsetof(SwathHeader, dir)] = header.dir;
-  bytes[offsetof(SwathHeader, dir2)] = header.dir2;
-  bytes[offsetof(SwathHeader, spitMode)] = header.spitMode;
-  PutU16(bytes + offsetof(SwathHeader, speed), header.speed);
-  PutU16(bytes + offsetof(SwathHeader, startPos), header.startPos);
-  PutU16(bytes + offsetof(SwathHeader, endPos), header.endPos);
-  PutU16(bytes + offsetof(SwathHeader, spitAmount), header.spitAmount);
-  PutU16(bytes + offsetof(SwathHeader, stepLines), header.stepLines);
-  PutU32(bytes + offsetof(SwathHeader, swathNo), header.swathNo);
-  PutU32(bytes + offsetof(SwathHeader, feedSteps), header.feedSteps);
-  PutU32(bytes + offsetof(SwathHeader, feedLine), header.feedLine);
 }
 
 }  // namespace qrn

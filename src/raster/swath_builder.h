@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
@@ -18,8 +18,6 @@ void CreateSwath(Job& job, Swath& swath);
 void EmptySteps(Job& job, std::uint64_t steps);
 // Moves feedLine on by one pass, at most to nHeight, and notes it in the swath.
 void AdvanceFeedLine(Job& job, Swath& swath);
-// The header as it travels, into 36 bytes.
-void EncodeSwathHeader(const SwathHeader& header, std::uint8_t* bytes);
 
 }  // namespace qrn
 

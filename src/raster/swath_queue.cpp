@@ -1,22 +1,32 @@
 #include "raster/swath_queue.h"
 
+#include "base/bytes.h"
+#include "base/shared.h"
 #include "diag/driver_error.h"
 #include "diag/job_log.h"
-#include "host/stop_request.h"
-#include "platform/bytes.h"
+#include "job/stop_request.h"
 #include "platform/platform.h"
-#include "platform/shared.h"
 
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kPollMs = 100;
 constexpr std::uint32_t kWaitLogAttempts = 50;
 constexpr std::uint8_t kStartLevel = 3;  // slots in use before the first is taken
 
 std::uint8_t NextSlot(std::uint8_t slot) { return Low8((slot + 1u) % kSwathSlots); }
 
 }  // namespace
+
+void ResetQueue(Job& job) {
+  for (Swath& slot : job.swathQueue) {
+    slot.header = SwathHeader{};
+    slot.header.speed = Low16(job.carriageSpeed * 600u);
+    StoreShared(slot.state, kSwathFree);
+  }
+  StoreShared(job.queueRd, 0);
+  StoreShared(job.queueWr, 0);
+  StoreShared(job.queueUsed, 0);
+}
 
 Swath* QueueGetFree(Job& job) {
   const std::uint8_t slot = LoadShared(job.queueWr);

@@ -5,10 +5,12 @@
 
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
+// All slots free, their headers empty but for the speed. Transmit thread, within the connect.
+void ResetQueue(Job& job);
 // Host's thread. Takes the next slot for filling; null when it is not free.
 [[nodiscard]] Swath* QueueGetFree(Job& job);
 // Host's thread. Waits for a free slot and counts the swath; null when the job is stopping.

@@ -4,11 +4,11 @@
 #include <cstring>
 #include <iterator>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
+#include "job/print_out.h"
 #include "raster/feather_runs.h"
 #include "raster/kernels.h"
 #include "raster/pass_rows.h"
-#include "raster/print_out.h"
 
 namespace qrn {
 namespace {

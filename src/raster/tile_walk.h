@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "raster/convert.h"
 
 namespace qrn {

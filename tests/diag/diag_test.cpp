@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/shared.h"
 #include "diag/code_page.h"
 #include "diag/driver_error.h"
 #include "diag/error_texts.h"
 #include "diag/job_log.h"
-#include "platform/shared.h"
 #include "support/job_fixture.h"
 #include "support/log_text.h"
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "jobs/library_memory.h"
 #include "jobs/plan.h"
 #include "scenarios/play.h"

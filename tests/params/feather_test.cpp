@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "job/job.h"
 #include "params/feather_masks.h"
 
 namespace qrn {

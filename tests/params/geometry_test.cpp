@@ -4,8 +4,10 @@
 #include <random>
 #include <utility>
 
+#include "base/bytes.h"
+#include "params/paper_feed.h"
+#include "params/param_block.h"
 #include "params/resolution.h"
-#include "platform/bytes.h"
 #include "raster/core_job.h"
 #include "support/test_seed.h"
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "raster/convert.h"
 #include "raster/core_job.h"
 #include "reference/plain_raster.h"
 

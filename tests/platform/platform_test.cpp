@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "platform/fake_port.h"
 #include "platform/posix/posix_platform.h"
 #include "sim/sim_platform.h"

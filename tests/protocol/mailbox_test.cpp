@@ -3,6 +3,7 @@
 
 #include "host/job_lifecycle.h"
 #include "protocol/command.h"
+#include "protocol/execute.h"
 #include "support/job_fixture.h"
 
 namespace qrn {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "params/printer_params.h"
+#include "protocol/swath_header.h"
 #include "raster/job_memory.h"
 #include "raster/kernels.h"
 #include "raster/line_intake.h"

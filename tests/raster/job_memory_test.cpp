@@ -5,6 +5,7 @@
 #include <new>
 #include <vector>
 
+#include "job/job.h"
 #include "params/feather_masks.h"
 #include "raster/band.h"
 #include "raster/core_job.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "raster/core_job.h"
 #include "reference/plain_job.h"
 #include "support/test_seed.h"

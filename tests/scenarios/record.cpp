@@ -3,7 +3,7 @@
 #include <iterator>
 #include <type_traits>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "scenarios/play.h"
 
 namespace scenarios {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "sim/protocol_check.h"
 #include "sim/wire.h"
 #include "support/log_text.h"

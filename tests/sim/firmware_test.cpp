@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "support/quirk_text.h"
 #include "support/wire_bytes.h"
 

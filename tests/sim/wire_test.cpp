@@ -6,7 +6,7 @@
 #include <functional>
 #include <numeric>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 #include "support/wire_bytes.h"
 
 namespace qrn::sim {

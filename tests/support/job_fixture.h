@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "host/job.h"
+#include "job/job.h"
 #include "support/fake_platform.h"
 #include "support/temp_folder.h"
 

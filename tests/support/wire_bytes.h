@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/bytes.h"
+#include "base/bytes.h"
 
 namespace qrn::sim {
 

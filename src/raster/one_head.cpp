@@ -1,17 +1,14 @@
-#include "params/one_head.h"
+#include "raster/one_head.h"
 
 #include <algorithm>
 
 #include "diag/job_log.h"
-#include "params/ink_order.h"
-#include "raster/band.h"
 #include "raster/column_modes.h"
 #include "raster/convert.h"
 
 namespace qrn {
 namespace {
 
-constexpr std::uint8_t kNoHead = 4;  // of singleHead
 constexpr std::uint32_t kPhases = kSingleColumnPixels;
 
 std::uint32_t DirectionOf(const Job& job, std::uint32_t passIndex) {
@@ -32,7 +29,7 @@ Met MetByPhase(const Job& job, std::uint32_t phase, std::uint32_t line) {
       const bool feathered = down / 2 >= kNozzles - job.featherRows;
       best = std::max(best, feathered ? Met::kInPart : Met::kWhole);
     }
-    if (row < job.swathH || row - job.swathH >= kShiftRows) return best;
+    if (row < job.swathH || row - job.swathH >= kBothHeadsRows) return best;
   }
 }
 
@@ -87,14 +84,14 @@ void WarnOfUnprintedLines(const Job& job) {
 
 void WarnOfUnprintedColors(const Job& job) {
   unsigned missing = 0;
-  for (std::uint8_t color = 0; color < kPlanes; ++color) {
+  for (std::uint8_t color = 0; color < kColors; ++color) {
     bool found = false;
-    for (std::uint32_t row = 0; row < kPlanes; ++row)
+    for (std::uint32_t row = 0; row < kNozzleRows; ++row)
       found |= GetInkColor(job, job.singleHead, row) == color;
     if (!found) missing |= 1u << color;
   }
   if (missing != 0) LogPrint("One head: colors 0x%02X have no nozzle row", missing);
-  if (job.singleHead == kNoHead) {
+  if (job.singleHead == kSingleUnknown) {
     LogPrint(
         "Neither PHA nor PHB is in use (0x%02X): the last two nozzles of every row print wrong",
         static_cast<unsigned>(job.headMask));

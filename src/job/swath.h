@@ -1,7 +1,7 @@
 // One slot of the swath queue: the data and the header of one carriage pass with the paper feed
 // that follows it. Plain data; raster/swath_queue.h acts on it.
-#ifndef QRN_RASTER_SWATH_H_
-#define QRN_RASTER_SWATH_H_
+#ifndef QRN_JOB_SWATH_H_
+#define QRN_JOB_SWATH_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -53,4 +53,4 @@ constexpr std::uint32_t kSwathUnitBytes = 320;  // swath data come in multiples 
 
 }  // namespace qrn
 
-#endif  // QRN_RASTER_SWATH_H_
+#endif  // QRN_JOB_SWATH_H_

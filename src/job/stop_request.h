@@ -1,13 +1,12 @@
 // The two tests on which every loop of a job ends. Either thread.
-#ifndef QRN_HOST_STOP_REQUEST_H_
-#define QRN_HOST_STOP_REQUEST_H_
+#ifndef QRN_JOB_STOP_REQUEST_H_
+#define QRN_JOB_STOP_REQUEST_H_
 
-#include "host/job.h"
-#include "platform/shared.h"
+#include "base/shared.h"
+#include "job/error_codes.h"
+#include "job/job.h"
 
 namespace qrn {
-
-constexpr std::uint8_t kErrorLinkLost = 17;  // the DriverError that ends every wait
 
 // The job takes no further lines and swaths: the printer cancelled, an error is recorded, or the
 // transmit thread ended.
@@ -19,9 +18,9 @@ inline bool IsStopRequested(Job& job) {
 // There is no printer to talk to any more: it cancelled, or the link was given up. Command waits
 // end when both hold.
 inline bool IsAbortRequested(Job& job) {
-  return LoadShared(job.bPrnCancel) == 1 || LoadShared(job.nErrCode) == kErrorLinkLost;
+  return LoadShared(job.bPrnCancel) == 1 || LoadShared(job.nErrCode) == kErrorLinkGivenUp;
 }
 
 }  // namespace qrn
 
-#endif  // QRN_HOST_STOP_REQUEST_H_
+#endif  // QRN_JOB_STOP_REQUEST_H_

@@ -1,26 +1,29 @@
 // The one record of the job in progress: plain data in static storage, cleared at every job start
 // and kept until the next. Its operations live with the owners of its fields. Fields marked
-// "shared" are read and written by both threads through platform/shared.h; docs/threads.md says who
-// writes them. All others belong to one thread at a time: the transmit thread during the connect
-// exchange, the host's thread afterwards.
-#ifndef QRN_HOST_JOB_H_
-#define QRN_HOST_JOB_H_
+// "shared" are accessed by both threads, through base/shared.h alone; docs/threads.md tells more.
+// All others belong to one thread at a time: the transmit thread during the connect exchange, the
+// host's thread afterwards.
+#ifndef QRN_JOB_JOB_H_
+#define QRN_JOB_JOB_H_
 
 #include <cstddef>
 #include <cstdint>
 
+#include "job/heads.h"
+#include "job/row_layout.h"
+#include "job/swath.h"
 #include "platform/platform.h"
-#include "raster/print_out.h"
-#include "raster/row_layout.h"
-#include "raster/swath.h"
 
 namespace qrn {
 
-constexpr std::uint32_t kPlanes = 8;         // colour planes of a job, nozzle rows of a head
-constexpr std::uint32_t kCommandBytes = 64;  // a command packet
+constexpr std::uint32_t kCommandBytes = 64;       // a command packet
+constexpr std::uint32_t kFeatherMaskBytes = 256;  // 1024 cells of two bits
+
+// The period in which a thread that waits for the other one looks again.
+constexpr std::uint32_t kPollMs = 100;
 
 struct JobMem {
-  std::uint8_t* pPassBuffer[kPlanes];  // rings of 4 x nResY rows; raster/pass_rows.h
+  std::uint8_t* pPassBuffer[kColors];  // rings of 4 x nResY rows; raster/pass_rows.h
   std::uint32_t passBufBytes;          // bytes of each; 0 = none obtained
   std::uint8_t* pFeatherRuns;          // sorted feather masks; raster/feather_runs.h
   RowLayout layout;                    // of the rows
@@ -30,20 +33,20 @@ struct JobMem {
 // A line of the log between taking its place in the file and standing there.
 enum LogLineState : std::uint8_t { kLogLineNone = 0, kLogLineClaimed = 1, kLogLinePlaced = 2 };
 struct LogLine {
-  std::uint8_t state;          // shared; LogLineState
-  std::uint32_t place, bytes;  // shared; once placed
+  std::uint8_t state;          // shared: both write and read. LogLineState
+  std::uint32_t place, bytes;  // shared: both write and read. Valid once placed
 };
 
 struct Job {
   // Command mailbox. cmdPkt is sent as it stands.
   std::uint8_t cmdPkt[kCommandBytes];
-  std::uint8_t nCmdState;  // shared; CommandState
+  std::uint8_t nCmdState;  // shared: both write and read. CommandState
 
   // Printer configuration, from the connect reply.
   std::uint8_t bidirectional;  // 1 = passes alternate their direction
   std::uint8_t fixedDir;       // direction of every pass otherwise
-  std::uint8_t singleHead;     // 0 PHA, 1 PHB, 4 when that cannot be told (or both print)
-  std::uint8_t headMask;       // 0x10 PHA, 0x20 PHB
+  std::uint8_t singleHead;     // SingleHead; unknown when both print, or neither
+  std::uint8_t headMask;       // kHeadPha, kHeadPhb
   std::uint8_t carriageHeads;  // 1 = carriage for two heads
   std::uint8_t flashOpt;
   std::uint8_t waveNo;
@@ -51,32 +54,43 @@ struct Job {
   std::uint8_t headGapY;    // vertical offset of PHB against PHA, lines
   std::uint8_t mainBoardId, carriageBoardId;
   std::uint16_t carriageBoardSn, mainBoardVer, carriageBoardVer;
-  std::uint16_t headGapX;              // PHB behind PHA, pass columns
+  std::uint16_t headGapX;              // PHB after PHA, pass columns
   std::uint16_t rowGapMin, rowGapMax;  // gaps between neighbouring nozzle rows, pass columns
   std::uint16_t carriageOpts;
-  std::uint16_t biDirOfs;   // shared; shift of direction 1, 1/150 inch, 32 = none
+  // shared: transmit thread writes, host reads. Shift of direction 1, 1/150 inch, 32 = none
+  std::uint16_t biDirOfs;
   std::uint16_t stepCalib;  // paper-feed calibration value
   std::uint16_t flashParam;
 
-  // Run state, each shared.
-  std::uint8_t bJobEndRx;     // the printer has answered the job end
-  std::uint8_t bTxRun;        // the transmit thread is to run
-  std::uint8_t bTxEnd;        // the transmit thread has ended, or never started
-  std::uint8_t nErrCode;      // recorded DriverError
-  std::uint8_t queueStarted;  // the transmit thread may take swaths
+  // Run state.
+  // shared: transmit thread writes, both read. The printer has answered the job end
+  std::uint8_t bJobEndRx;
+  // shared: both write and read. The transmit thread is to run
+  std::uint8_t bTxRun;
+  // shared: both write and read. The transmit thread has ended, or never started
+  std::uint8_t bTxEnd;
+  // shared: both write and read. Recorded DriverError
+  std::uint8_t nErrCode;
+  // shared: both write, transmit thread reads. The transmit thread may take swaths
+  std::uint8_t queueStarted;
+  // shared: transmit thread writes, both read
   std::uint8_t bPrnPause, bPrnCancel;
+  // shared: transmit thread writes and reads
   std::uint8_t bPauseSeen, bCancelLatch;
 
   std::uint8_t nTxCmd;    // code of the packet on the wire; transmit thread
-  std::uint8_t curColor;  // colour plane being converted
+  std::uint8_t curColor;  // colour being converted
 
   DeviceHandle hDevice;
   ThreadHandle hTxThread;
 
   // Swath queue.
-  std::uint8_t queueRd;    // slot taken next by the transmit thread; shared, for the log
-  std::uint8_t queueWr;    // slot taken next by the host's thread; shared, for the log
-  std::uint8_t queueUsed;  // shared; changed by single atomic steps only
+  // shared: transmit thread writes, host reads (for the log). Slot that is sent next
+  std::uint8_t queueRd;
+  // shared: host writes, transmit thread reads (for the log). Slot that is filled next
+  std::uint8_t queueWr;
+  // shared: both write, in single atomic steps, and read
+  std::uint8_t queueUsed;
   Swath swathQueue[kSwathSlots];
 
   JobMem Mem;
@@ -90,12 +104,12 @@ struct Job {
 
   std::uint8_t swathStarted;  // a printing swath has been made
   std::uint8_t bLogOn;
-  // Shared; length of the log as its lines have it, changed by single atomic steps.
+  // shared: both write, in single atomic steps, and read. Length of the log as its lines have it
   std::uint32_t logBytes;
   LogLine logLines[2];  // under way, one a thread
 
-  std::uint8_t inkOrder[4]
-                       [kPlanes];  // colour plane of each nozzle row: PHA, PHB, two further heads
+  // Colour of each nozzle row: PHA, PHB, two further heads.
+  std::uint8_t inkOrder[4][kNozzleRows];
 
   // Print mode.
   std::uint8_t resIdx;      // index of nResX in kResolutionX
@@ -114,12 +128,11 @@ struct Job {
   std::uint8_t passCount;    // passes per band
   std::uint8_t nColors;
   std::uint8_t carriageSpeed;
-  std::uint8_t rowBitA,
-      rowBitB;  // bit of the nozzle row for the first and the second line of a pair
+  std::uint8_t rowBitA, rowBitB;  // bit of the nozzle row for a pair's first and second line
 
   // 16-bit geometry.
-  std::uint16_t
-      rowOffset[kPlanes];  // horizontal offset of the nozzle rows, pass columns; row 0 the largest
+  // Horizontal offset of the nozzle rows, pass columns; row 0 has the largest.
+  std::uint16_t rowOffset[kNozzleRows];
   std::uint16_t historyRows;  // pass-buffer row at which a new band starts
   std::uint16_t bandLine;     // lines of the current band taken in
   std::uint16_t maxPrintMm;
@@ -130,7 +143,8 @@ struct Job {
   std::uint16_t passStep;    // lines fed between passes
   std::uint16_t passRow;     // first pass-buffer row of the pass being converted
   std::uint16_t passRowPad;  // half of the row stagger, dots
-  std::uint16_t swathSteps;  // shared; motor steps fed after a swath
+  // shared: transmit thread writes, host reads. Motor steps fed after a swath
+  std::uint16_t swathSteps;
   std::uint16_t rowColA, rowColB;
 
   // 32-bit counters and sizes.
@@ -150,7 +164,7 @@ struct Job {
   double stepsPerLine;  // motor steps per raster line
 
   // Converter state.
-  const std::uint8_t* pFeatherMask;  // featherRows masks of 256 bytes
+  const std::uint8_t* pFeatherMask;  // featherRows masks of kFeatherMaskBytes
   std::uint8_t* PrintOutBuf;         // printOutBufSize bytes; trades places with a slot's buffer
 
   // Set by line intake once a job, so that a host's mistake is logged once.
@@ -159,9 +173,14 @@ struct Job {
 };
 static_assert(offsetof(Job, cmdPkt) == 0, "the packet is the very start of the record");
 
+// The colour of a nozzle row, 0 to 7; a head of 4 or more counts as 3.
+inline std::uint8_t GetInkColor(const Job& job, std::uint32_t head, std::uint32_t row) {
+  return job.inkOrder[head < 4 ? head : 3][row];
+}
+
 // The one instance.
 Job& GetJob();
 
 }  // namespace qrn
 
-#endif  // QRN_HOST_JOB_H_
+#endif  // QRN_JOB_JOB_H_

@@ -1,9 +1,9 @@
 // What a job with one head in use cannot print, told in the job log at job start. docs/one-head.md
 // explains each case. Transmit thread, within the connect processing.
-#ifndef QRN_PARAMS_ONE_HEAD_H_
-#define QRN_PARAMS_ONE_HEAD_H_
+#ifndef QRN_RASTER_ONE_HEAD_H_
+#define QRN_RASTER_ONE_HEAD_H_
 
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 
@@ -15,4 +15,4 @@ void WarnOfUnprintedColors(const Job& job);
 
 }  // namespace qrn
 
-#endif  // QRN_PARAMS_ONE_HEAD_H_
+#endif  // QRN_RASTER_ONE_HEAD_H_

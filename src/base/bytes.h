@@ -1,7 +1,7 @@
 // Little-endian access to bytes that travel, independent of the machine's byte order and alignment,
 // and the named cuts of wider values. The caller has checked the length.
-#ifndef QRN_PLATFORM_BYTES_H_
-#define QRN_PLATFORM_BYTES_H_
+#ifndef QRN_BASE_BYTES_H_
+#define QRN_BASE_BYTES_H_
 
 #include <cstdint>
 
@@ -45,4 +45,4 @@ constexpr std::uint16_t TruncateLow16(double value) {
 
 }  // namespace qrn
 
-#endif  // QRN_PLATFORM_BYTES_H_
+#endif  // QRN_BASE_BYTES_H_

@@ -6,18 +6,18 @@
 //   byte:    bit s = nozzle row s of that head
 //
 // Drop level 2 or 3 sets the bit in plane 0, level 1 or 3 in plane 1.
-#ifndef QRN_RASTER_PRINT_OUT_H_
-#define QRN_RASTER_PRINT_OUT_H_
+#ifndef QRN_JOB_PRINT_OUT_H_
+#define QRN_JOB_PRINT_OUT_H_
 
 #include <cstdint>
 
+#include "job/heads.h"
+
 namespace qrn {
 
-constexpr std::uint32_t kNozzles = 180;             // nozzles of a row
-constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // that a head covers
 constexpr std::uint32_t kPlaneBytes = 2 * kNozzles;
 constexpr std::uint32_t kColumnBytes = 2 * kPlaneBytes;
 
 }  // namespace qrn
 
-#endif  // QRN_RASTER_PRINT_OUT_H_
+#endif  // QRN_JOB_PRINT_OUT_H_

@@ -11,8 +11,8 @@
 // Every run is cut into parts of 256 bytes. One mark byte for each part, and one for the rest, says
 // whether it has ink. The marks decide: a run without any, and a rest without, are blank whatever
 // their bytes are. So a row is cleared, and a printed run is taken out, by its marks alone.
-#ifndef QRN_RASTER_ROW_LAYOUT_H_
-#define QRN_RASTER_ROW_LAYOUT_H_
+#ifndef QRN_JOB_ROW_LAYOUT_H_
+#define QRN_JOB_ROW_LAYOUT_H_
 
 #include <cstdint>
 
@@ -36,4 +36,4 @@ struct RowLayout {
 
 }  // namespace qrn
 
-#endif  // QRN_RASTER_ROW_LAYOUT_H_
+#endif  // QRN_JOB_ROW_LAYOUT_H_

@@ -1,7 +1,7 @@
 // Access to plain fields that the host's thread and the transmit thread share. Data first, then the
 // flag that publishes it: a store releases what was written before, a load acquires it.
-#ifndef QRN_PLATFORM_SHARED_H_
-#define QRN_PLATFORM_SHARED_H_
+#ifndef QRN_BASE_SHARED_H_
+#define QRN_BASE_SHARED_H_
 
 #include <atomic>
 #include <type_traits>
@@ -36,4 +36,4 @@ bool ExchangeShared(T& field, std::type_identity_t<T> expected, std::type_identi
 
 }  // namespace qrn
 
-#endif  // QRN_PLATFORM_SHARED_H_
+#endif  // QRN_BASE_SHARED_H_

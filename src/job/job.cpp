@@ -1,4 +1,4 @@
-#include "host/job.h"
+#include "job/job.h"
 
 namespace qrn {
 

@@ -1,0 +1,16 @@
+// What the parameter block says of the machine: heads, carriage, boards, alignment. Transmit thread,
+// within the connect processing.
+#ifndef QRN_PARAMS_MACHINE_H_
+#define QRN_PARAMS_MACHINE_H_
+
+#include "job/job.h"
+
+namespace qrn {
+
+// Takes and logs everything that must stand before the image can be judged; false when the
+// resolution cannot be printed.
+[[nodiscard]] bool TakeMachine(Job& job);
+
+}  // namespace qrn
+
+#endif  // QRN_PARAMS_MACHINE_H_
