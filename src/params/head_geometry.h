@@ -7,7 +7,7 @@
 
 namespace qrn {
 
-// Sets marginDots, headGapX, rowGapMin, rowGapMax and rowOffset. Needs the heads, the base passCount
+// Sets marginDots, headGapX, rowGapMin, rowGapMax and rowOffset. Needs heads, base passCount
 // and resIdx.
 void CalcHeadGeometry(Job& job);
 

@@ -1,5 +1,5 @@
-// What the parameter block says of the machine: heads, carriage, boards, alignment. Transmit thread,
-// within the connect processing.
+// What the parameter block says of the machine: heads, carriage, boards, alignment. Transmit
+// thread, within the connect processing.
 #ifndef QRN_PARAMS_MACHINE_H_
 #define QRN_PARAMS_MACHINE_H_
 

@@ -1,5 +1,6 @@
 // The printer's parameter block: as last received, and where it holds what the library reads.
-// Multi-byte values are little-endian. Transmit thread, at connect and when a pause reply updates it.
+// Multi-byte values are little-endian. Transmit thread, at connect and when a pause reply updates
+// it.
 #ifndef QRN_PARAMS_PARAM_BLOCK_H_
 #define QRN_PARAMS_PARAM_BLOCK_H_
 

@@ -1,6 +1,6 @@
-// The connect, top to bottom: the parameter block is checked, and turned into the machine, the job's
-// geometry and its memory, each in a file of its own, in the order of ParsePrinterParams. Transmit
-// thread, while the host's thread waits for the connect to be answered.
+// The connect, top to bottom: the parameter block is checked, and turned into the machine, the
+// job's geometry and its memory, each in a file of its own, in the order of ParsePrinterParams.
+// Transmit thread, while the host's thread waits for the connect to be answered.
 #ifndef QRN_PARAMS_PRINTER_PARAMS_H_
 #define QRN_PARAMS_PRINTER_PARAMS_H_
 

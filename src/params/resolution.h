@@ -18,8 +18,8 @@ std::uint16_t ResolutionByIndex(std::uint32_t index);
 // Index of the resolution in the low 16 bits of the argument; 0 when it is not in the table.
 std::uint8_t ResolutionIndex(std::uint32_t resolution);
 
-// Sets resIdx, passCount (3, 4, 6 or 8), resParamA, resParamB and resCode for nResX; false when nResX
-// cannot be printed. Transmit thread.
+// Sets resIdx, passCount (3, 4, 6 or 8), resParamA, resParamB and resCode for nResX; false when
+// nResX cannot be printed. Transmit thread.
 [[nodiscard]] bool CheckResolutionX(Job& job);
 
 }  // namespace qrn
