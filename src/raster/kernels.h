@@ -3,7 +3,7 @@
 //
 //   line, as the host gives it    pixels 0 1 2 3 | 4 5 6 7 | ...   the first in the highest bits
 //        |
-//        | sort, as the line comes in (raster/row_layout.h)
+//        | sort, as the line comes in (job/row_layout.h)
 //        v
 //   run of a phase                columns 3 2 1 0 | 7 6 5 4 | ...  the first in the lowest bits
 //        |
