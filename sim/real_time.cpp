@@ -1,5 +1,8 @@
-#include "platform/posix/posix_platform.h"
 #include "sim/real_time.h"
+
+#include <utility>
+
+#include "platform/port_platform.h"
 
 namespace qrn::sim {
 namespace {
@@ -12,12 +15,11 @@ void OnBox(void*, const char* text, const char*) {
 
 }  // namespace
 
-Platform& RealTimePlatform() { return ThePosixPlatform(); }
+Platform& RealTimePlatform() { return PortPlatform(); }
 
 void PlugIntoRealTime(UsbPort* port, BoxHandler onBox) {
   g_onBox = std::move(onBox);
-  ThePosixPlatform().Plug(port);
-  ThePosixPlatform().HandleBoxes(port != nullptr ? OnBox : nullptr, nullptr);
+  PlugPort(port, port != nullptr ? OnBox : nullptr, nullptr);
 }
 
 }  // namespace qrn::sim

@@ -1,23 +1,24 @@
+#include "platform/port_platform.h"
+
 #include <windows.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/usb_transfer.h"
 #include "platform/win32/win32_platform.h"
-#include "sim/real_time.h"
 
-namespace qrn::sim {
+namespace qrn {
 namespace {
 
 constexpr UsbList kTheList = 1;
 constexpr std::uint32_t kTransferNapMs = 5;  // a waiting transfer looks again at least this often
 
-class PortPlatform final : public Win32Platform {
+class Win32PortPlatform final : public Win32Platform {
  public:
-  void Plug(UsbPort* port, BoxHandler onBox) {
+  void Plug(UsbPort* port, PortBoxHandler onBox, void* context) {
     port_ = port;
-    onBox_ = std::move(onBox);
+    onBox_ = onBox;
+    context_ = context;
   }
 
   UsbList UsbListOpen() override {
@@ -52,9 +53,10 @@ class PortPlatform final : public Win32Platform {
     });
   }
 
-  void ShowBox(const char* text, const char*) override {
+  void ShowBox(const char* text, const char* caption) override {
     LeaveIfAsked();
-    if (onBox_) onBox_(text);
+    if (onBox_ == nullptr) return Win32Platform::ShowBox(text, caption);
+    onBox_(context_, text, caption);
     LeaveIfAsked();
   }
 
@@ -69,20 +71,21 @@ class PortPlatform final : public Win32Platform {
   };
 
   UsbPort* port_ = nullptr;
-  BoxHandler onBox_;
+  PortBoxHandler onBox_ = nullptr;
+  void* context_ = nullptr;
 };
 
-PortPlatform& ThePortPlatform() {
-  static PortPlatform platform;
+Win32PortPlatform& ThePortPlatform() {
+  static Win32PortPlatform platform;
   return platform;
 }
 
 }  // namespace
 
-Platform& RealTimePlatform() { return ThePortPlatform(); }
+Platform& PortPlatform() { return ThePortPlatform(); }
 
-void PlugIntoRealTime(UsbPort* port, BoxHandler onBox) {
-  ThePortPlatform().Plug(port, std::move(onBox));
+void PlugPort(UsbPort* port, PortBoxHandler onBox, void* context) {
+  ThePortPlatform().Plug(port, onBox, context);
 }
 
-}  // namespace qrn::sim
+}  // namespace qrn
