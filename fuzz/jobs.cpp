@@ -20,7 +20,7 @@
 #include "params/printer_params.h"
 #include "platform/platform.h"
 #include "qrn_driver.h"
-#include "sim/sim_platform.h"
+#include "sim/time/sim_platform.h"
 #include "sim/virtual_printer.h"
 
 using namespace qrn;

@@ -1,8 +1,8 @@
 #include "sim/session.h"
 
 #include "platform/platform.h"
-#include "sim/real_time.h"
-#include "sim/sim_platform.h"
+#include "sim/time/real_time.h"
+#include "sim/time/sim_platform.h"
 
 namespace qrn::sim {
 

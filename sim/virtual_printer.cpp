@@ -4,12 +4,12 @@
 #include <mutex>
 
 #include "base/bytes.h"
-#include "sim/firmware.h"
-#include "sim/protocol_check.h"
-#include "sim/quirk_moments.h"
-#include "sim/reply_pipe.h"
-#include "sim/usb_bus.h"
-#include "sim/wire.h"
+#include "sim/firmware/firmware.h"
+#include "sim/firmware/protocol_check.h"
+#include "sim/quirks/quirk_moments.h"
+#include "sim/usb/reply_pipe.h"
+#include "sim/usb/usb_bus.h"
+#include "sim/usb/wire.h"
 
 namespace qrn::sim {
 namespace {

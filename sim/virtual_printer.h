@@ -10,8 +10,8 @@
 
 #include "platform/usb_port.h"
 #include "sim/machine.h"
-#include "sim/paper.h"
-#include "sim/quirks.h"
+#include "sim/paper/paper.h"
+#include "sim/quirks/quirks.h"
 
 namespace qrn::sim {
 

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "jobs/holdings.h"
-#include "sim/real_time.h"
+#include "sim/time/real_time.h"
 
 namespace {
 

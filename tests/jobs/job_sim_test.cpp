@@ -13,7 +13,7 @@
 #include "jobs/plan.h"
 #include "scenarios/play.h"
 #include "scenarios/stage.h"
-#include "sim/compare.h"
+#include "sim/proof/compare.h"
 
 namespace {
 

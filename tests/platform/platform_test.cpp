@@ -12,7 +12,7 @@
 #include "base/bytes.h"
 #include "platform/fake_port.h"
 #include "platform/posix/posix_platform.h"
-#include "sim/sim_platform.h"
+#include "sim/time/sim_platform.h"
 
 namespace qrn {
 namespace {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "scenarios/scenario.h"
-#include "sim/compare.h"
+#include "sim/proof/compare.h"
 
 namespace scenarios {
 

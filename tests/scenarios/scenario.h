@@ -11,8 +11,8 @@
 
 #include "qrn_driver.h"
 #include "sim/machine.h"
-#include "sim/quirks.h"
-#include "sim/sim_platform.h"
+#include "sim/quirks/quirks.h"
+#include "sim/time/sim_platform.h"
 
 namespace scenarios {
 

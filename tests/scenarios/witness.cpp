@@ -6,8 +6,8 @@
 #include <iterator>
 
 #include "base/bytes.h"
-#include "sim/protocol_check.h"
-#include "sim/wire.h"
+#include "sim/firmware/protocol_check.h"
+#include "sim/usb/wire.h"
 #include "support/log_text.h"
 
 namespace fs = std::filesystem;

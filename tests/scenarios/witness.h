@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "jobs/log_folder.h"
-#include "sim/sim_platform.h"
+#include "sim/time/sim_platform.h"
 #include "support/forwarding_platform.h"
 
 namespace scenarios {

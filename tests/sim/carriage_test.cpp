@@ -1,5 +1,5 @@
 // Single dots, placed by hand.
-#include "sim/carriage.h"
+#include "sim/paper/carriage.h"
 
 #include <gtest/gtest.h>
 

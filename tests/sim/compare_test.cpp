@@ -1,5 +1,5 @@
 // The comparison sees one wrong cell wherever it is, whatever an operator would calibrate.
-#include "sim/compare.h"
+#include "sim/proof/compare.h"
 
 #include <gtest/gtest.h>
 

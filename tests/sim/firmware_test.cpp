@@ -1,5 +1,5 @@
 // What the firmware holds against a host: packets, their order, and a spool that is overrun.
-#include "sim/firmware.h"
+#include "sim/firmware/firmware.h"
 
 #include <gtest/gtest.h>
 

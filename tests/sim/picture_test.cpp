@@ -1,5 +1,5 @@
 // Pictures of the paper: their size, where the ink lies in them, how inks mix.
-#include "sim/picture.h"
+#include "sim/paper/picture.h"
 
 #include <gtest/gtest.h>
 #include <png.h>

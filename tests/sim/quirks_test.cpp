@@ -1,5 +1,5 @@
 // Quirks that are none: a text that is taken all the same would leave a fault out unnoticed.
-#include "sim/quirks.h"
+#include "sim/quirks/quirks.h"
 
 #include <gtest/gtest.h>
 

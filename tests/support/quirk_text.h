@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/quirks.h"
+#include "sim/quirks/quirks.h"
 
 // One quirk a text, as print-page takes them; the test fails on one that is none.
 inline qrn::sim::QuirkScript Script(const std::vector<const char*>& texts) {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "sim/compare.h"
+#include "sim/proof/compare.h"
 
 namespace qrn::tool {
 

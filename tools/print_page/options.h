@@ -7,7 +7,7 @@
 #include <string>
 
 #include "print_page/page.h"
-#include "sim/quirks.h"
+#include "sim/quirks/quirks.h"
 
 namespace qrn::tool {
 

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "sim/compare.h"
+#include "sim/proof/compare.h"
 
 namespace qrn::tool {
 

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "print_page/page.h"
-#include "sim/reach.h"
+#include "sim/proof/reach.h"
 
 namespace qrn::tool {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "sim/paper.h"
-#include "sim/picture.h"
+#include "sim/paper/paper.h"
+#include "sim/paper/picture.h"
 
 namespace qrn::tool {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "sim/compare.h"
+#include "sim/proof/compare.h"
 #include "sim/virtual_printer.h"
 
 namespace qrn::tool {

@@ -1,0 +1,41 @@
+// The state of the job at the printer as its replies tell it: running, paused and resumed, or
+// cancelled by the operator. Pauses and cancels come from quirks, in the reply that each names.
+#ifndef QRN_SIM_FIRMWARE_JOB_STATE_H_
+#define QRN_SIM_FIRMWARE_JOB_STATE_H_
+
+#include <cstdint>
+#include <vector>
+
+#include "sim/machine.h"
+#include "sim/quirks/quirk_moments.h"
+
+namespace qrn::sim {
+
+constexpr std::uint16_t kStateGone = 0, kStateCancelled = 2, kStatePaused = 3, kStateResumed = 4,
+                        kStateRunning = 5;
+
+class JobState {
+ public:
+  explicit JobState(QuirkMoments& moments) : moments_(&moments) {}
+
+  void Begin() { cancelled_ = gone_ = paused_ = false; }
+  // A reply that tells the state is on its way: what is due in it happens. True when that is a
+  // cancel.
+  bool Watch(std::uint32_t nowMs);
+  bool IsPaused() const { return paused_; }
+  // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
+  std::uint16_t Tell(std::uint32_t nowMs);
+  // What a pause reply carries from its byte 12 on: a mark and the parameter update; empty when the
+  // pause brings none.
+  std::vector<std::uint8_t> UpdateSection(const Machine& machine) const;
+
+ private:
+  QuirkMoments* moments_;
+  bool cancelled_ = false, gone_ = false, paused_ = false;
+  std::uint32_t pausedUntilMs_ = 0;
+  Update update_ = Update::kNone;
+};
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_FIRMWARE_JOB_STATE_H_

@@ -1,0 +1,48 @@
+// What a machine cannot print of a page, whatever a driver sends: a machine with one head in use
+// prints with one nozzle row an ink, every other line of a pass, and not all lines come under a
+// nozzle that prints whole. docs/one-head.md derives each case.
+#ifndef QRN_SIM_PROOF_REACH_H_
+#define QRN_SIM_PROOF_REACH_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "sim/machine.h"
+
+namespace qrn::sim {
+
+// Planes that the machine has a nozzle row for, bit p for plane p. With two heads in use these are
+// all, or the driver refuses the machine.
+unsigned PrintedPlanes(const Machine& machine);
+
+struct LineReach {
+  bool none = false;        // not at all
+  bool above = false;       // laid on the line above
+  unsigned partPhases = 0;  // bit q: of phase q only what feathered nozzles let through
+};
+
+class Reach {
+ public:
+  // Requires: one of the four resolutions.
+  Reach(const Machine& machine, std::uint32_t resolution);
+
+  static constexpr std::uint32_t kPhases = 3;  // pixel u of a line is printed in phase u mod 3
+
+  // Of an image line, from 0, and plane 0..7.
+  LineReach OfLine(int plane, std::uint32_t line) const;
+  // The cases that apply to this machine, for a person; "" when everything can be printed.
+  const std::string& Reason() const { return reason_; }
+
+ private:
+  void FindMissingPlanes();
+  void FindLines(const Machine& machine, std::uint32_t base);
+
+  unsigned planes_ = 0;          // PrintedPlanes of the machine
+  std::vector<LineReach> band_;  // repeats down the page; empty: everything is whole
+  std::string reason_;
+};
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_PROOF_REACH_H_

@@ -1,0 +1,78 @@
+#include "sim/quirks/quirk_moments.h"
+
+#include <algorithm>
+
+namespace qrn::sim {
+
+void QuirkMoments::PassTime(std::uint32_t nowMs) {
+  if (!begun_) beganMs_ = nowMs;
+  begun_ = true;
+  nowMs_ = nowMs;
+}
+
+void QuirkMoments::BeginPacket(Message message, std::uint32_t swath) {
+  written_.message = message;
+  if (swath != 0 || message == Message::kCreate) written_.swath = swath;
+}
+
+void QuirkMoments::BeginWrite(std::size_t bytes, bool isData) {
+  ++writes_;
+  bytes_ += bytes;
+  writesData_ = isData;
+}
+
+void QuirkMoments::BeginRead() {
+  if (!reading_) ++reads_;
+  reading_ = true;
+}
+
+// What is written may come to nothing; what is answered has come whole.
+const QuirkMoments::InHand& QuirkMoments::Concerned(const Quirk& quirk) const {
+  return WhereActs(quirk.kind) == Acts::kOnWrite ? written_ : answered_;
+}
+
+bool QuirkMoments::Reached(const Quirk& quirk) const {
+  switch (quirk.moment) {
+    case Quirk::Moment::kStart:
+      return true;
+    case Quirk::Moment::kSwath:
+      return Concerned(quirk).swath >= quirk.at;
+    case Quirk::Moment::kMessage:
+      // A write belongs to the message that it is to complete, anything else to the last whole one.
+      return messages_ + (WhereActs(quirk.kind) == Acts::kOnWrite ? 1 : 0) >= quirk.at;
+    case Quirk::Moment::kWrite:
+      return writes_ >= quirk.at;
+    case Quirk::Moment::kRead:
+      return reads_ >= quirk.at;
+    case Quirk::Moment::kByte:
+      return bytes_ >= quirk.at;
+    case Quirk::Moment::kTime:
+      return nowMs_ - beganMs_ >= quirk.at;
+  }
+  return false;
+}
+
+bool QuirkMoments::Fits(const Quirk& quirk) const {
+  if (quirk.on != Message::kAny && quirk.on != Concerned(quirk).message) return false;
+  return quirk.where == Where::kAny || (quirk.where == Where::kData) == writesData_;
+}
+
+const Quirk* QuirkMoments::Use(Quirk::Kind kind) {
+  for (Quirk& quirk : script_) {
+    if (quirk.kind != kind || quirk.count == 0 || !Reached(quirk) || !Fits(quirk)) continue;
+    --quirk.count;
+    return &quirk;
+  }
+  return nullptr;
+}
+
+std::uint32_t QuirkMoments::NoLongerThan(std::uint32_t untilMs) const {
+  std::uint32_t waitMs = untilMs - nowMs_;
+  for (const Quirk& quirk : script_) {
+    if (quirk.moment == Quirk::Moment::kTime && quirk.count > 0 && !Reached(quirk))
+      waitMs = std::min(waitMs, quirk.at - (nowMs_ - beganMs_));
+  }
+  return nowMs_ + waitMs;
+}
+
+}  // namespace qrn::sim

@@ -1,0 +1,61 @@
+// Counts what goes by at the printer's border and finds the quirks whose moment has come. Each is
+// used up on its own, so any number of them act at once.
+#ifndef QRN_SIM_QUIRKS_QUIRK_MOMENTS_H_
+#define QRN_SIM_QUIRKS_QUIRK_MOMENTS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "sim/quirks/quirks.h"
+
+namespace qrn::sim {
+
+class QuirkMoments {
+ public:
+  explicit QuirkMoments(QuirkScript script) : script_(std::move(script)) {}
+
+  // The clock stands at `nowMs`; the first call begins the session.
+  void PassTime(std::uint32_t nowMs);
+  // The host writes a command packet of this message, or data, which belong to the message before.
+  // `swath`: the one that the message is of; 0 = none.
+  void BeginPacket(Message message, std::uint32_t swath);
+  void BeginWrite(std::size_t bytes, bool isData);
+  // A read is asked for again until it has ended: counted once.
+  void BeginRead();
+  void EndRead() { reading_ = false; }
+  void CountMessage() { ++messages_; }
+  // The printer begins to answer a message.
+  void BeginAnswer(Message message) { answered_.message = message; }
+  // The swath that the printer is asked about or given; 0 = none yet.
+  void SetSwath(std::uint32_t number) { answered_.swath = number; }
+
+  std::uint32_t Messages() const { return messages_; }
+
+  // Uses the first quirk of the kind that is due and not used up once; null if there is none.
+  const Quirk* Use(Quirk::Kind kind);
+
+  // `untilMs`, or the moment of a quirk that comes before it: nobody waits past one.
+  std::uint32_t NoLongerThan(std::uint32_t untilMs) const;
+
+ private:
+  // The message that is in hand, and the swath that it is of.
+  struct InHand {
+    Message message = Message::kAny;
+    std::uint32_t swath = 0;
+  };
+
+  bool Reached(const Quirk& quirk) const;
+  bool Fits(const Quirk& quirk) const;
+  const InHand& Concerned(const Quirk& quirk) const;
+
+  QuirkScript script_;
+  bool begun_ = false, reading_ = false, writesData_ = false;
+  std::uint32_t beganMs_ = 0, nowMs_ = 0;
+  InHand written_, answered_;  // by the host, by the printer
+  std::uint32_t messages_ = 0, writes_ = 0, reads_ = 0;
+  std::uint64_t bytes_ = 0;
+};
+
+}  // namespace qrn::sim
+
+#endif  // QRN_SIM_QUIRKS_QUIRK_MOMENTS_H_

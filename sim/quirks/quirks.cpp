@@ -1,0 +1,308 @@
+#include "sim/quirks/quirks.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <type_traits>
+
+namespace qrn::sim {
+namespace {
+
+using Kind = Quirk::Kind;
+using Moment = Quirk::Moment;
+using Words = std::vector<std::string>;
+
+// ---- The table: what each kind heeds, and where the printer acts on it ----
+
+struct KindRule {
+  const char* name;
+  Kind kind;
+  Acts acts;
+  // Names of fields. "!" after one: it must be given; "=31": what it is where it is not given;
+  // ":a/b": one of these words, the first of them where it is not given.
+  const char* fields;
+};
+
+constexpr KindRule kKinds[] = {
+    {"list-fails", Kind::kListFails, Acts::kOnBus, "moment count"},
+    {"open-fails", Kind::kOpenFails, Acts::kOnBus, "moment count error=5"},
+    {"unplug", Kind::kUnplug, Acts::kOnBus, "moment on ms back held-ms"},
+    {"second-printer", Kind::kSecondPrinter, Acts::kOnBus, "first held"},
+    {"path", Kind::kPath, Acts::kOnBus, "case long"},
+    {"write-fails", Kind::kWriteFails, Acts::kOnWrite, "moment on count error=31 where"},
+    {"read-fails", Kind::kReadFails, Acts::kOnRead, "moment on count error=31"},
+    {"refuse", Kind::kRefuse, Acts::kInFirmware,
+     "moment on!:connect/create/swath/end/cancel/poll/query count status"},
+    {"block", Kind::kBlock, Acts::kInFirmware, "moment count defect!"},
+    {"buffer-full", Kind::kBufferFull, Acts::kInFirmware, "moment count"},
+    {"pause", Kind::kPause, Acts::kInFirmware, "moment on:swath/query/poll ms! update"},
+    {"cancel", Kind::kCancel, Acts::kInFirmware, "moment on:swath/query/poll gone"},
+    {"say", Kind::kSay, Acts::kOnReply, "moment on count words! first"},
+    {"other-code", Kind::kOtherCode, Acts::kOnReply, "moment on count"},
+    {"garbage", Kind::kGarbage, Acts::kOnReply, "moment on count form!"},
+    {"late", Kind::kLate, Acts::kOnReply, "moment on count ms!"},
+    {"silence", Kind::kSilence, Acts::kOnReply, "moment on ms"},
+};
+
+constexpr bool InOrder() {
+  for (std::size_t i = 0; i < std::size(kKinds); ++i) {
+    if (static_cast<std::size_t>(kKinds[i].kind) != i) return false;
+  }
+  return true;
+}
+static_assert(InOrder(), "a kind is the place of its rule");
+
+// ---- Fields: each means the same, and takes the same values, in every kind ----
+
+constexpr std::uint32_t kPacketWordsMax = 47, kWordsMax = 4000;
+
+struct Field {
+  const char* name;
+  std::uint32_t min, max;                           // of a number
+  Words words;                                      // else the value is the place of one of these
+  void (*set)(Quirk& quirk, std::uint32_t number);  // null: what is to be said
+};
+
+template <auto kField>
+void Set(Quirk& quirk, std::uint32_t number) {
+  quirk.*kField = static_cast<std::remove_reference_t<decltype(quirk.*kField)>>(number);
+}
+
+template <Moment kMoment>
+void SetMoment(Quirk& quirk, std::uint32_t number) {
+  quirk.moment = kMoment;
+  quirk.at = number;
+}
+
+const std::vector<Field>& Fields() {
+  static const std::vector<Field> fields = {
+      // The moments; "moment" in the table stands for all of them.
+      {"at", 1, UINT32_MAX, {}, SetMoment<Moment::kSwath>},
+      {"msg", 1, UINT32_MAX, {}, SetMoment<Moment::kMessage>},
+      {"write", 1, UINT32_MAX, {}, SetMoment<Moment::kWrite>},
+      {"read", 1, UINT32_MAX, {}, SetMoment<Moment::kRead>},
+      {"byte", 1, UINT32_MAX, {}, SetMoment<Moment::kByte>},
+      {"t", 0, kQuirkMsMax, {}, SetMoment<Moment::kTime>},
+      // Numbers.
+      {"count", 1, kQuirkCountMax, {}, Set<&Quirk::count>},
+      {"ms", 1, kQuirkMsMax, {}, Set<&Quirk::ms>},
+      {"held-ms", 1, kQuirkMsMax, {}, Set<&Quirk::heldMs>},
+      {"status", 0, 0xFFFF, {}, Set<&Quirk::status>},
+      {"error", 1, 0xFFFF, {}, Set<&Quirk::error>},
+      {"first", 0, 1, {}, Set<&Quirk::first>},
+      {"held", 0, 1, {}, Set<&Quirk::held>},
+      {"gone", 0, 1, {}, Set<&Quirk::gone>},
+      {"long", 0, 1, {}, Set<&Quirk::longPath>},
+      // Words, in the order of their types.
+      {"on",
+       0,
+       0,
+       {"any", "connect", "create", "swath", "end", "cancel", "poll", "query", "test"},
+       Set<&Quirk::on>},
+      {"update", 0, 0, {"none", "same", "db", "calib", "short"}, Set<&Quirk::update>},
+      {"form",
+       0,
+       0,
+       {"kind", "random", "words", "short", "empty", "split", "overlong", "restart"},
+       Set<&Quirk::form>},
+      {"where", 0, 0, {"any", "packet", "data"}, Set<&Quirk::where>},
+      {"back", 0, 0, {"same", "other", "held"}, Set<&Quirk::back>},
+      {"case", 0, 0, {"upper", "lower", "mixed"}, Set<&Quirk::spelling>},
+      {"defect",
+       0,
+       0,
+       {"signature", "short", "head", "resolution", "width", "selector", "calib", "ink", "feather"},
+       Set<&Quirk::defect>},
+      {"words", 0, 0, {}, nullptr},
+  };
+  return fields;
+}
+
+constexpr std::size_t kMoments = 6;
+
+bool IsMoment(const Field& field) { return &field < Fields().data() + kMoments; }
+
+// ---- Parsing ----
+
+Words Split(const std::string& text, char separator) {
+  Words parts;
+  std::istringstream stream(text + separator);
+  for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
+  return parts;
+}
+
+std::string Join(const Words& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+  return text;
+}
+
+// Decimal, or hexadecimal after "0x".
+bool ParseNumber(const std::string& text, std::uint64_t* number) {
+  const bool hexadecimal = text.compare(0, 2, "0x") == 0;
+  const char* end = text.data() + text.size();
+  const auto parsed =
+      std::from_chars(text.data() + (hexadecimal ? 2 : 0), end, *number, hexadecimal ? 16 : 10);
+  return parsed.ec == std::errc() && parsed.ptr == end;
+}
+
+bool ParseWord(const std::string& text, std::uint16_t* word, std::uint64_t max = 0xFFFF) {
+  std::uint64_t number = 0;
+  if (!ParseNumber(text, &number) || number > max) return false;
+  *word = static_cast<std::uint16_t>(number);
+  return true;
+}
+
+// Words between dots; "8*0" is eight zeros.
+bool ParseSaidWords(const std::string& text, std::vector<std::uint16_t>* words) {
+  if (text.empty()) return true;
+  for (const std::string& part : Split(text, '.')) {
+    const std::size_t star = part.find('*');
+    std::uint16_t times = 1, word = 0;
+    if (star != std::string::npos && !ParseWord(part.substr(0, star), &times, kWordsMax))
+      return false;
+    if (!ParseWord(star == std::string::npos ? part : part.substr(star + 1), &word)) return false;
+    words->insert(words->end(), times, word);
+    if (words->size() > kWordsMax) return false;
+  }
+  return true;
+}
+
+// "WORDS", or "KIND:WORDS", or "KIND[ANNOUNCED]:WORDS" for one packet of this kind.
+bool ParseSaidPacket(const std::string& text, SaidPacket* packet) {
+  const std::size_t colon = text.find(':');
+  if (colon == std::string::npos) return ParseSaidWords(text, &packet->words);
+  if (!ParseSaidWords(text.substr(colon + 1), &packet->words)) return false;
+  if (packet->words.size() > kPacketWordsMax) return false;
+  const std::size_t bracket = std::min(text.find('['), colon);
+  const std::string kind = text.substr(0, bracket);
+  const Words kinds = {"first", "last", "middle", "only"};
+  constexpr std::uint16_t kKindWords[] = {0xF001, 0xF002, 0xF004, 0xF008};
+  const auto known = std::find(kinds.begin(), kinds.end(), kind);
+  if (known != kinds.end()) packet->kind = kKindWords[known - kinds.begin()];
+  if (known == kinds.end() && !ParseWord(kind, &packet->kind)) return false;
+  packet->announced = static_cast<std::uint16_t>(packet->words.size());
+  if (bracket == colon) return true;
+  return text[colon - 1] == ']' &&
+         ParseWord(text.substr(bracket + 1, colon - bracket - 2), &packet->announced);
+}
+
+std::string TakeSaid(const std::string& text, Quirk* quirk) {
+  for (const std::string& part : Split(text, '/')) {
+    if (!ParseSaidPacket(part, &quirk->words.emplace_back()))
+      return "'" + part + "' is no packet of words";
+  }
+  return "";
+}
+
+// What a kind says of one of its fields.
+struct Use {
+  const Field* field = nullptr;
+  bool needed = false;
+  std::string initial;  // "": the quirk's own
+  Words words;          // those that may be given, where they are not all
+};
+
+std::vector<Use> UsesOf(const KindRule& rule) {
+  std::vector<Use> uses;
+  for (const std::string& text : Split(rule.fields, ' ')) {
+    const std::string name = text.substr(0, text.find_first_of("!=:"));
+    for (const Field& field : Fields()) {
+      if (name == "moment" ? !IsMoment(field) : name != field.name) continue;
+      Use use;
+      use.field = &field;
+      use.needed = text.find('!') != std::string::npos;
+      if (const std::size_t at = text.find('='); at != std::string::npos)
+        use.initial = text.substr(at + 1);
+      if (const std::size_t at = text.find(':'); at != std::string::npos) {
+        use.words = Split(text.substr(at + 1), '/');
+        use.initial = use.words[0];
+      }
+      uses.push_back(use);
+    }
+  }
+  return uses;
+}
+
+// Why the text is no value of the field, or "".
+std::string TakeValue(const Use& use, const std::string& text, Quirk* quirk) {
+  const Field& field = *use.field;
+  const std::string name = field.name;
+  if (field.set == nullptr) return TakeSaid(text, quirk);
+  if (!field.words.empty()) {
+    const Words& allowed = use.words.empty() ? field.words : use.words;
+    if (std::find(allowed.begin(), allowed.end(), text) == allowed.end())
+      return name + " must be one of " + Join(allowed);
+    const auto word = std::find(field.words.begin(), field.words.end(), text);
+    field.set(*quirk, static_cast<std::uint32_t>(word - field.words.begin()));
+    return "";
+  }
+  std::uint64_t number = 0;
+  if (!ParseNumber(text, &number) || number < field.min || number > field.max) {
+    return name + " must be a number from " + std::to_string(field.min) + " to " +
+           std::to_string(field.max);
+  }
+  field.set(*quirk, static_cast<std::uint32_t>(number));
+  return "";
+}
+
+// Takes one "name=value"; why it is not one of the kind's, or "".
+std::string TakeField(const std::vector<Use>& uses, const std::string& text, Quirk* quirk,
+                      std::set<std::string>* named) {
+  const std::size_t equals = std::min(text.find('='), text.size());
+  const std::string name = text.substr(0, equals);
+  const auto use = std::find_if(uses.begin(), uses.end(),
+                                [&name](const Use& known) { return name == known.field->name; });
+  if (use == uses.end() || equals == text.size()) {
+    Words names;
+    for (const Use& known : uses) names.push_back(known.field->name + std::string("="));
+    return "'" + text + "' is not one of " + Join(names);
+  }
+  const std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
+  if (!why.empty()) return why;
+  if (!named->insert(name).second) return name + " stands there twice";
+  if (IsMoment(*use->field) && !named->insert("a moment").second)
+    return name + " is a second moment";
+  return "";
+}
+
+std::string Parse(const std::string& text, Quirk* quirk) {
+  const std::size_t colon = text.find(':');
+  const std::string name = text.substr(0, colon);
+  const auto* const rule =
+      std::find_if(std::begin(kKinds), std::end(kKinds),
+                   [&name](const KindRule& known) { return name == known.name; });
+  if (rule == std::end(kKinds)) return "no such kind";
+  *quirk = Quirk{};
+  quirk->kind = rule->kind;
+  const std::vector<Use> uses = UsesOf(*rule);
+  for (const Use& use : uses) {
+    if (!use.initial.empty()) (void)TakeValue(use, use.initial, quirk);
+  }
+  std::set<std::string> named;
+  if (colon != std::string::npos) {
+    for (const std::string& field : Split(text.substr(colon + 1), ',')) {
+      const std::string why = TakeField(uses, field, quirk, &named);
+      if (!why.empty()) return why;
+    }
+  }
+  for (const Use& use : uses) {
+    if (use.needed && named.count(use.field->name) == 0)
+      return "needs " + std::string(use.field->name) + "=";
+  }
+  return "";
+}
+
+}  // namespace
+
+bool ParseQuirk(const std::string& text, Quirk* quirk, std::string* error) {
+  const std::string why = Parse(text, quirk);
+  if (!why.empty()) *error = "quirk '" + text + "': " + why;
+  return why.empty();
+}
+
+Acts WhereActs(Quirk::Kind kind) { return kKinds[static_cast<std::size_t>(kind)].acts; }
+
+}  // namespace qrn::sim
