@@ -7,6 +7,7 @@
 #include "job/heads.h"
 #include "params/printer_params.h"
 #include "raster/job_memory.h"
+#include "sim/firmware/parameter_block.h"
 
 namespace qrn::bench {
 namespace {

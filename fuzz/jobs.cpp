@@ -20,6 +20,7 @@
 #include "params/printer_params.h"
 #include "platform/platform.h"
 #include "qrn_driver.h"
+#include "sim/firmware/parameter_block.h"
 #include "sim/time/sim_platform.h"
 #include "sim/virtual_printer.h"
 

@@ -53,11 +53,6 @@ constexpr std::uint32_t kStepsPerLine = 20;
 // its carriage less the margins and what the carriage itself needs.
 std::uint32_t PrintableMm(const Machine& machine);
 
-constexpr std::size_t kParameterBlockBytes = 208;
-constexpr std::size_t kCorrectionsAt = 41;  // the first of 13 of the horizontal geometry
-// The block that the printer answers a connect with.
-std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine);
-
 }  // namespace qrn::sim
 
 #endif  // QRN_SIM_MACHINE_H_

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/bytes.h"
-#include "sim/firmware/block_defects.h"
+#include "sim/firmware/parameter_block.h"
 #include "sim/firmware/protocol_check.h"
 
 namespace qrn::sim {
@@ -154,7 +154,7 @@ Reply Firmware::Connect() {
   const auto whole = ParameterBlock(machine_);
   std::vector<std::uint8_t> block(whole.begin(), whole.end());
   if (const Quirk* defect = moments_->Use(Quirk::Kind::kBlock)) {
-    SpoilBlock(defect->defect, &block);
+    CorruptBlock(defect->defect, &block);
     trouble_ = "the printer's parameter block has a defect";
   }
   reply.insert(reply.end(), block.begin(), block.end());
@@ -163,7 +163,7 @@ Reply Firmware::Connect() {
 
 Reply Firmware::CreateJob(const Packet& packet) {
   jobCreate_ = packet;
-  resolution_ = U16(&packet[16]);
+  resolution_ = U16(&packet[kCreateResolutionAt]);
   paper_.Clear();
   lastSwathNo_ = 0;
   lastSwath_.clear();
@@ -175,9 +175,11 @@ Reply Firmware::CreateJob(const Packet& packet) {
   } else {
     carriage_ = std::make_unique<Carriage>(machine_, resolution_);
     const std::uint32_t passes = BasePassCountOf(resolution_);
-    if (packet[8] != (machine_.heads == Heads::kBoth ? passes : 2 * passes))
-      Fail("job of " + std::to_string(packet[8]) + " passes");
-    if (U16(&packet[14]) != (machine_.twoHeadCarriage ? 1800 : 1200)) Fail("job's carriage");
+    if (packet[kCreatePassesAt] != (machine_.heads == Heads::kBoth ? passes : 2 * passes))
+      Fail("job of " + std::to_string(packet[kCreatePassesAt]) + " passes");
+    if (U16(&packet[kCreateCarriageAt]) !=
+        (machine_.twoHeadCarriage ? kTwoHeadCarriage : kOneHeadCarriage))
+      Fail("job's carriage");
   }
   return MakeReply(kJobCreate, true, kStateRunning, 0);
 }

@@ -1,6 +1,7 @@
 #include "sim/firmware/job_state.h"
 
 #include "base/bytes.h"
+#include "sim/firmware/parameter_block.h"
 
 namespace qrn::sim {
 namespace {

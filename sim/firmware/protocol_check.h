@@ -20,9 +20,19 @@ enum Command : std::uint32_t {
 };
 
 constexpr std::size_t kCommandBytes = 64;
-constexpr std::size_t kDataSizeAt = 8, kHeaderAt = 28;  // of a swath packet
-constexpr std::size_t kDirAt = kHeaderAt + 2, kStartPosAt = kHeaderAt + 8,
-                      kSwathNoAt = kHeaderAt + 20, kFeedStepsAt = kHeaderAt + 28;
+constexpr std::size_t kBodyAt = 4, kBodyEnd = 36;
+
+// Places in the packet of a swath; a buffer query has the size, too.
+constexpr std::size_t kDataSizeAt = 8, kDataSizeEnd = 12, kHeaderAt = 28;
+constexpr std::size_t kDirAt = kHeaderAt + 2, kSecondDirAt = kHeaderAt + 4,
+                      kStartPosAt = kHeaderAt + 8, kSwathNoAt = kHeaderAt + 20,
+                      kFeedStepsAt = kHeaderAt + 28;
+
+// Places in the packet of a job create.
+constexpr std::size_t kCreateMarkAt = 6, kCreatePassesAt = 8, kCreateConstant25At = 10,
+                      kCreateConstant1At = 11, kCreateCarriageAt = 14, kCreateResolutionAt = 16,
+                      kCreateSignatureAt = 34;
+constexpr std::uint16_t kTwoHeadCarriage = 1800, kOneHeadCarriage = 1200;
 
 // Why this packet breaks the rules of its code; "" when it does not. Looks at the packet alone.
 std::string CheckCommandPacket(const std::vector<std::uint8_t>& packet);

@@ -16,7 +16,7 @@ constexpr std::uint16_t kCmm = 0x0BAA, kData = 0x85B5;
 constexpr std::size_t kHeaderBytes = 32, kPacketBytes = 128, kSlotBytes = 8192, kTailBytes = 32,
                       kGroupSlots = 7;
 constexpr std::uint32_t kPacketWords = 47, kSlotWords = 4064;
-constexpr std::size_t kPacketCheckAt = 126, kHeaderCheckAt = 30;
+constexpr std::size_t kPacketCheckAt = 126, kCheckedWords = kFrameCheckAt / 2;
 
 std::uint16_t Sum(const std::uint8_t* bytes, std::size_t words) {
   std::uint16_t sum = 0;
@@ -67,16 +67,17 @@ bool WireReceiver::ReadFrame(const std::uint8_t* bytes, std::size_t place, Frame
           Format("constant word %u of the header at byte %u", static_cast<unsigned>(i), at));
     }
   }
-  if (Sum(bytes, 15) != U16(bytes + kHeaderCheckAt)) {
-    return Fail(Format("header check %04X at byte %u", U16(bytes + kHeaderCheckAt), at));
+  if (Sum(bytes, kCheckedWords) != U16(bytes + kFrameCheckAt)) {
+    return Fail(Format("header check %04X at byte %u", U16(bytes + kFrameCheckAt), at));
   }
-  *frame = {U16(bytes + 14),
-            U16(bytes + 16),
-            U16(bytes + 18),
-            U16(bytes + 20),
-            U16(bytes + 22),
-            U16(bytes + 24),
-            (std::uint32_t{U16(bytes + 26)} << 16) | U16(bytes + 28)};
+  *frame = {
+      U16(bytes + kFrameTypeAt),
+      U16(bytes + kFrameKindAt),
+      U16(bytes + kFrameSequenceAt),
+      U16(bytes + kFrameIndexAt),
+      U16(bytes + kFrameWordsAt),
+      U16(bytes + kFrameChunksAt),
+      (std::uint32_t{U16(bytes + kFrameLengthHighAt)} << 16) | U16(bytes + kFrameLengthLowAt)};
   return true;
 }
 
@@ -193,7 +194,7 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
 }
 
 bool IsCommandWrite(const std::uint8_t* data, std::size_t bytes) {
-  return bytes >= kHeaderBytes && U16(data + 14) == kCmm;
+  return bytes >= kHeaderBytes && U16(data + kFrameTypeAt) == kCmm;
 }
 
 std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::uint8_t>& reply,
@@ -205,15 +206,15 @@ std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::
     const std::uint32_t chunk = std::min(words - index * packetWords, packetWords);
     std::vector<std::uint8_t> packet(kPacketBytes);
     for (std::size_t i = 0; i < kMarks.size(); ++i) PutU16(&packet[2 * i], kMarks[i]);
-    PutU16(&packet[14], kCmm);
-    PutU16(&packet[16], KindOf(index, count));
-    PutU16(&packet[18], sequence_);
-    PutU16(&packet[20], Low16(index));
-    PutU16(&packet[22], Low16(chunk));
-    PutU16(&packet[24], Low16(count));
-    PutU16(&packet[26], Low16(words >> 16));
-    PutU16(&packet[28], Low16(words));
-    PutU16(&packet[kHeaderCheckAt], Sum(packet.data(), 15));
+    PutU16(&packet[kFrameTypeAt], kCmm);
+    PutU16(&packet[kFrameKindAt], KindOf(index, count));
+    PutU16(&packet[kFrameSequenceAt], sequence_);
+    PutU16(&packet[kFrameIndexAt], Low16(index));
+    PutU16(&packet[kFrameWordsAt], Low16(chunk));
+    PutU16(&packet[kFrameChunksAt], Low16(count));
+    PutU16(&packet[kFrameLengthHighAt], Low16(words >> 16));
+    PutU16(&packet[kFrameLengthLowAt], Low16(words));
+    PutU16(&packet[kFrameCheckAt], Sum(packet.data(), kCheckedWords));
     std::copy_n(reply.begin() + 2 * index * packetWords, 2 * chunk, packet.begin() + kHeaderBytes);
     PutU16(&packet[kPacketCheckAt], Sum(packet.data(), kPacketCheckAt / 2));
     packets.push_back(std::move(packet));

@@ -56,7 +56,11 @@ class WireReceiver {
 constexpr std::uint32_t kReplyPacketWords = 47;
 // The kind of a frame: its place in the message.
 constexpr std::uint16_t kFirst = 0xF001, kLast = 0xF002, kMiddle = 0xF004, kOnly = 0xF008;
-constexpr std::size_t kFrameKindAt = 16, kFrameWordsAt = 22, kFramePayloadAt = 32;
+// Places in a frame, u16 each up to the payload.
+constexpr std::size_t kFrameTypeAt = 14, kFrameKindAt = 16, kFrameSequenceAt = 18,
+                      kFrameIndexAt = 20, kFrameWordsAt = 22, kFrameChunksAt = 24,
+                      kFrameLengthHighAt = 26, kFrameLengthLowAt = 28, kFrameCheckAt = 30,
+                      kFramePayloadAt = 32;
 
 // True when this bulk write carries a command packet, false when it carries swath data.
 bool IsCommandWrite(const std::uint8_t* data, std::size_t bytes);

@@ -8,6 +8,7 @@
 #include "print_page/drop_levels.h"
 #include "print_page/raster_reader.h"
 #include "print_page/settings.h"
+#include "sim/firmware/parameter_block.h"
 #include "support/temp_folder.h"
 #include "support/test_seed.h"
 #include "tools/raster_writer.h"
