@@ -5,7 +5,6 @@
 #include "diag/error_texts.h"
 #include "diag/job_log.h"
 #include "job/job.h"
-#include "job/stop_request.h"
 #include "platform/platform.h"
 
 namespace qrn {

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "job/error_codes.h"
+#include "job/error_codes.h"  // IWYU pragma: export
 
 namespace qrn {
 

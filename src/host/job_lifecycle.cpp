@@ -1,9 +1,9 @@
 #include "host/job_lifecycle.h"
 
 #include "base/shared.h"
-#include "diag/driver_error.h"
 #include "diag/job_log.h"
 #include "host/entry.h"
+#include "job/error_codes.h"
 #include "link/link_control.h"
 #include "platform/platform.h"
 #include "protocol/command.h"

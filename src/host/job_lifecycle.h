@@ -2,8 +2,6 @@
 #ifndef QRN_HOST_JOB_LIFECYCLE_H_
 #define QRN_HOST_JOB_LIFECYCLE_H_
 
-#include <cstdint>
-
 #include "job/job.h"
 
 namespace qrn {

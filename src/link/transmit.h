@@ -3,8 +3,6 @@
 #ifndef QRN_LINK_TRANSMIT_H_
 #define QRN_LINK_TRANSMIT_H_
 
-#include <cstdint>
-
 #include "job/job.h"
 
 namespace qrn {

@@ -3,7 +3,6 @@
 #define QRN_PARAMS_RESOLUTION_H_
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 #include "job/job.h"

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/bytes.h"
 #include "base/shared.h"
 #include "diag/job_log.h"
 #include "params/printer_params.h"
