@@ -9,7 +9,7 @@
 #include "print_page/drop_levels.h"
 #include "print_page/raster_reader.h"
 #include "print_page/settings.h"
-#include "support/temp_folder.h"
+#include "print_page/temporary_folder.h"
 #include "support/test_seed.h"
 #include "tools/raster_writer.h"
 
@@ -89,20 +89,18 @@ TEST(Progress, FitsATerminalOfFortyColumns) {
 }
 
 // The documented example is what a machine is without settings: here each of them is another.
-TEST(Settings, AreTaken) {
+TEST(Settings, AreTakenFromAFile) {
   sim::Machine machine;
   std::string error;
   ASSERT_TRUE(LoadSettings(QRN_SAMPLES_DIR "/printer.toml", &machine, &error)) << error;
   EXPECT_EQ(ParameterBlock(sim::Machine{}), ParameterBlock(machine));
-  const TempFolder folder;
-  const std::string path = (folder.Path() / "printer.toml").string();
-  std::ofstream(path) << "heads = 'phb'\nhead_gap_x = [1, 2, 3, 4]\nhead_gap_y = 7\n"
-                         "bidirectional = false\nink_order_phb = [1,1,2,2,3,3,4,4]\n";
-  ASSERT_TRUE(LoadSettings(path, &machine, &error)) << error;
+  const TemporaryFolder folder;
+  std::ofstream(folder.Path("a.toml")) << "heads = 'phb'\nhead_gap_x = [1, 2, 3, 4]\n"
+                                          "head_gap_y = 7\nbidirectional = false\n";
+  ASSERT_TRUE(LoadSettings(folder.Path("a.toml"), &machine, &error)) << error;
   EXPECT_EQ(sim::Heads::kPhb, machine.heads);
-  EXPECT_EQ(4, machine.headGapX[3]);
-  EXPECT_EQ(7, machine.headGapY[0]);
-  EXPECT_EQ(3, machine.inkOrder[1][5]);
+  EXPECT_EQ((std::array<std::uint8_t, 4>{1, 2, 3, 4}), machine.headGapX);
+  EXPECT_EQ(7, machine.headGapY[3]);
   EXPECT_FALSE(machine.bidirectional);
 }
 
