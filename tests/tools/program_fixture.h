@@ -35,6 +35,9 @@ class Program : public testing::Test {
     format.width = 96, format.lines = 240, format.pages = pages;
     return format;
   }
+  static RasterFormat BlackPage(unsigned width, unsigned lines) {
+    return {CUPS_CSPACE_K, 1, 2, CUPS_ORDER_CHUNKED, width, lines};
+  }
   void WritePage(const std::string& name = "page.ras", const RasterFormat& format = Page()) const {
     Write(name, WriteRaster(format, TestSeed()));
   }
