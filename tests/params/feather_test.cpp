@@ -15,13 +15,11 @@ constexpr int kCells = 1024;
 std::vector<bool> Cells(std::uint32_t k) {
   std::uint8_t mask[kFeatherMaskBytes];
   FillFeatherMask(k, mask);
-  std::vector<bool> cells;
-  for (const std::uint8_t byte : mask) {
-    for (int shift = 6; shift >= 0; shift -= 2) {
-      const int cell = (byte >> shift) & 3;
-      EXPECT_TRUE(cell == 0 || cell == 3);
-      cells.push_back(cell == 3);
-    }
+  std::vector<bool> cells(kCells);
+  for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+    const int bits = (mask[cell / 4] >> (6 - 2 * (cell % 4))) & 3;
+    EXPECT_TRUE(bits == 0 || bits == 3);
+    cells[cell] = bits == 3;
   }
   return cells;
 }

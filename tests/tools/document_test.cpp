@@ -9,7 +9,6 @@ namespace {
 
 class Documents : public Program {
  protected:
-  Documents() { EXPECT_EQ(0, Shell("cp '" QRN_INPUTS "'/* .")); }
   // Makes a picture with GraphicsMagick.
   void Convert(const std::string& arguments) const {
     ASSERT_EQ(0, Shell("gm convert -size 60x60 " + arguments));

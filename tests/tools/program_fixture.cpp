@@ -23,9 +23,9 @@ std::size_t Count(const std::string& text, const std::string& part) {
 }
 
 Program::Program() {
-  EXPECT_EQ(0,
-            Shell("mkdir tmp bin; echo 'exec \"$program\" \"$@\" --virtual-time' >bin/print-page; "
-                  "chmod +x bin/print-page"));
+  EXPECT_EQ(0, Shell("mkdir tmp bin; cp '" QRN_INPUTS "'/* .; "
+                     "echo 'exec \"$program\" \"$@\" --virtual-time' >bin/print-page; "
+                     "chmod +x bin/print-page"));
 }
 
 int Program::Shell(const std::string& command) const {

@@ -1,4 +1,4 @@
-// print-page as a shell runs it, on virtual time and in a private folder.
+// print-page as a shell runs it, on virtual time and in a private folder with the files of inputs/.
 #ifndef QRN_TESTS_TOOLS_PROGRAM_FIXTURE_H_
 #define QRN_TESTS_TOOLS_PROGRAM_FIXTURE_H_
 

@@ -31,10 +31,6 @@ TEST_F(Program, DoesWhatItsCommandLinesAsk) {
   RasterFormat white = BlackPage(96, 240);
   white.blank = true;
   WritePage("white.ras", white);
-  Write("one.toml", "heads = 'pha'\nink_order_pha = [3,3,1,1,2,2,4,4]\n");
-  Write("blank.ps", "%!PS\n1 1 add pop\n");
-  Write("large.ps", "%!PS\n<< /PageSize [7000 2000] >> setpagedevice 9 9 moveto showpage\n");
-  Write("fake.pdf", "%PDF-1.7\nbut nothing after it\n");
   ASSERT_EQ(0, Shell("mkdir folder.png; head -c 1000 page.ras >head.ras; "
                      "gm convert -size 60x60 plasma: jpg:- | head -c 900 >half.jpg; "
                      "gs -q -dBATCH -dNOPAUSE -sDEVICE=pdfwrite -sOwnerPassword=o "
@@ -112,7 +108,6 @@ TEST_F(Program, PrintsWhatCameOfAStreamThatBreaksOff) {
   format = Page(), format.order = CUPS_ORDER_PLANAR;  // the colours after the cut never came
   Write("planar.ras", WriteRaster(format, TestSeed()).substr(0, whole.size() / 4));
   Expect(1, "print-page planar.ras", "planar.ras': the raster ends at line 0 of 240\n");
-  Write("wrong.ps", "%!PS\nshowpage\nnosuchname\n");
   Expect(1, "print-page wrong.ps",
          "wrong.ps': after page 1: gs: Error: /undefined in nosuchname\n");
 }
@@ -135,7 +130,7 @@ TEST_F(Program, LeavesNothingBehindWhenASignalEndsIt) {
   Run("print-page page.ras | true");  // which reads nothing
   for (const std::string signal : {"INT", "QUIT", "TERM"}) {
     Run("env --default-signal=INT,QUIT \"$program\" page.ras --quirk pause:ms=60000 & "
-        "while [ -z \"$(ls tmp)\" ]; do sleep 0.005; done; "
+        "while kill -0 $! && [ -z \"$(ls tmp)\" ]; do sleep 0.005; done; "
         "kill -" +
         signal + " $!; wait $!; [ $(kill -l $?) = " + signal + " ]");
     EXPECT_EQ(0, exitCode) << signal << err;
