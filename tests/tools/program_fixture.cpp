@@ -23,9 +23,9 @@ std::size_t Count(const std::string& text, const std::string& part) {
 }
 
 Program::Program() {
-  EXPECT_EQ(0, Shell("mkdir tmp bin; cp '" QRN_INPUTS "'/* .; "
-                     "echo 'exec \"$program\" \"$@\" --virtual-time' >bin/print-page; "
-                     "chmod +x bin/print-page"));
+  Write("print-page", "#!/bin/sh\nexec \"$program\" \"$@\" --virtual-time\n");
+  EXPECT_EQ(
+      0, Shell("cp '" QRN_INPUTS "'/* .; mkdir tmp bin; chmod +x print-page; mv print-page bin"));
 }
 
 int Program::Shell(const std::string& command) const {
