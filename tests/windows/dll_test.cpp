@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "jobs/holdings.h"
-#include "jobs/log_folder.h"
 #include "qrn_driver.h"
 #include "sim/session.h"
+#include "support/log_folder.h"
 #include "windows/image_tables.h"
 #include "windows/loaded_dll.h"
 #include "windows/system_calls.h"

@@ -1,8 +1,8 @@
 // The minimal host, with the DLL and a virtual printer.
 #include <gtest/gtest.h>
 
-#include "jobs/log_folder.h"
 #include "sim/session.h"
+#include "support/log_folder.h"
 
 // main of examples/minimal_host.c.
 extern "C" int MinimalHost(void);

@@ -14,9 +14,9 @@
 #include <utility>
 #include <vector>
 
-#include "jobs/log_folder.h"
 #include "qrn_driver.h"
 #include "sim/virtual_printer.h"
+#include "support/log_folder.h"
 #include "windows/loaded_dll.h"
 #include "windows/real_device.h"
 
