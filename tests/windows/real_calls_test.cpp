@@ -8,9 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -112,14 +110,11 @@ bool WaitFor(const std::function<bool()>& ready) {
 HWND OpenBox() { return FindWindowA(nullptr, "Tip"); }
 void PressOk() { PostMessageA(OpenBox(), WM_COMMAND, IDOK, 0); }
 
-bool Holds(const std::filesystem::path& log, const std::string& text) {
-  std::ifstream file(log, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  return CodePageToUtf8(bytes).find(text) != std::string::npos;
-}
 std::ptrdiff_t LogsWith(const std::string& text) {
-  const std::vector<std::filesystem::path> logs = LogFolder::Files();
-  return std::count_if(logs.begin(), logs.end(), [&](auto& log) { return Holds(log, text); });
+  const std::vector<std::string> logs = LogFolder::Logs();
+  return std::count_if(logs.begin(), logs.end(), [&text](const std::string& log) {
+    return CodePageToUtf8(log).find(text) != std::string::npos;
+  });
 }
 
 class RealCalls : public testing::Test {
@@ -139,7 +134,9 @@ struct Hang {
 Hang PollRefused() {
   std::vector<const char*> quirks(100, "refuse:on=poll,status=9,count=1000");
   quirks.push_back("pause:at=1,ms=1000");
-  return {quirks, [](const Cable&) { return Holds(LogFolder::Files().back(), "Tx Cmm 10-A(9)"); }};
+  return {quirks, [](const Cable&) {
+            return LogFolder::Logs().back().find("Tx Cmm 10-A(9)") != std::string::npos;
+          }};
 }
 // The link is given up, and nobody closes the box that says so.
 Hang BoxLeftOpen() {
@@ -153,7 +150,7 @@ Hang Silence() {
 // On a clock that is a hundred times as fast for the library: it gives a thread 21 s to end.
 class ForcedEnds : public RealCalls {
  protected:
-  // The next start must end the thread, and print; so must the one after it.
+  // The next start must end the thread, and print.
   static void EndByForce(const Hang& hang) {
     VirtualPrinter printer(qrn::sim::Machine{}, Script(hang.quirks));
     const Cable cable(printer, 100);
