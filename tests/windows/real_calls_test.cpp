@@ -176,6 +176,7 @@ TEST_F(ForcedEnds, FiftyInARowOfAThreadThatLeavesWhenAsked) {
   EXPECT_TRUE(UnloadDll());
 }
 
+// It stays loaded: the thread may still be on its way back into it.
 TEST_F(ForcedEnds, FiftyInARowOfAThreadThatIsHeldByItsDriver) {
   for (int i = 0; i < 50 && !HasFailure(); ++i) EndByForce(Silence());
   ExpectInTheLogs(50);
@@ -204,11 +205,11 @@ TEST_F(RealCalls, AJobEndsWhileTheHostHoldsTheLoadersLock) {
 
 // The library is gone when FreeLibrary returns, and its thread with it.
 TEST_F(RealCalls, UnloadingInTheMiddleOfAJobEndsTheJob) {
-  for (const char* quirk : {"refuse:on=connect,status=2", "late:msg=3,ms=1"}) {
-    SCOPED_TRACE(quirk);
-    const int started = quirk[0] == 'l';
+  for (const int started : {0, 1}) {
+    SCOPED_TRACE(started);
     {
-      VirtualPrinter printer(qrn::sim::Machine{}, Script({quirk}));
+      VirtualPrinter printer(qrn::sim::Machine{},
+                             Script({started ? "late:ms=1" : "refuse:on=connect,status=2"}));
       const Cable cable(printer);
       ASSERT_EQ(started, Init());
       EXPECT_EQ(started, SendLine(0));
