@@ -10,13 +10,13 @@
 #include <string>
 
 #include "jobs/holdings.h"
-#include "jobs/log_folder.h"
 #include "jobs/plan.h"
 #include "scenarios/host.h"
 #include "sim/compare.h"
 #include "sim/real_time.h"
 #include "sim/virtual_printer.h"
 #include "support/forwarding_platform.h"
+#include "support/log_folder.h"
 #include "support/log_text.h"
 #include "support/test_seed.h"
 
