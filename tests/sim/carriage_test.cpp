@@ -8,9 +8,11 @@ namespace {
 
 // Default inks: PHA 3,3,0,0,4,4,7,7, PHB 1,1,5,5,2,2,6,6. Of a pair the higher row prints the upper
 // line.
-Machine Two(bool mirrored) {
+Machine Two(bool mirrored = false, std::uint8_t headGapX = 0, std::uint8_t headGapY = 0) {
   Machine machine;
   machine.mirroredHeads = mirrored;
+  machine.headGapX.fill(headGapX);
+  machine.headGapY.fill(headGapY);
   return machine;
 }
 
@@ -47,18 +49,20 @@ struct Case {
 
 const Case kCases[] = {
     // Row 7 stands at the reference; PHA hangs 360 lines below PHB.
-    {"PHA row 7", Two(false), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 360, 10}},
-    {"plane 1", Two(false), 1440, {0, 377}, {10, 0, 7, 0, 1}, {7, 360, 10}},
-    {"second line, 31.8 behind", Two(false), 1440, {0, 377}, {42, 0, 6, 3, 0}, {7, 367, 10}},
-    {"row 0, 451.2 behind", Two(false), 1440, {0, 377}, {461, 0, 0, 179, 0}, {3, 719, 10}},
-    {"PHB, 1984 behind PHA", Two(false), 1440, {0, 377}, {1994, 1, 7, 0, 0}, {6, 0, 10}},
+    {"PHA row 7", Two(), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 360, 10}},
+    {"plane 1", Two(), 1440, {0, 377}, {10, 0, 7, 0, 1}, {7, 360, 10}},
+    {"second line, 31.8 behind", Two(), 1440, {0, 377}, {42, 0, 6, 3, 0}, {7, 367, 10}},
+    {"row 0, 451.2 behind", Two(), 1440, {0, 377}, {461, 0, 0, 179, 0}, {3, 719, 10}},
+    {"PHB, 1984 behind PHA", Two(), 1440, {0, 377}, {1994, 1, 7, 0, 0}, {6, 0, 10}},
     {"mirrored: row 7 is last", Two(true), 1440, {0, 377}, {461, 0, 7, 0, 0}, {7, 360, 10}},
-    {"row 6 is 23.85 behind", Two(false), 2160, {0, 377}, {34, 0, 6, 0, 0}, {7, 361, 10}},
+    {"row 6 is 23.85 behind", Two(), 2160, {0, 377}, {34, 0, 6, 0, 0}, {7, 361, 10}},
     // 1412 - 377 = 1035 units of 1/150 inch = 2484 columns
-    {"reverse counts down", Two(false), 1440, {1, 1412}, {4, 0, 7, 0, 0}, {7, 360, 2480}},
-    {"reverse, cut to the grid", Two(false), 1440, {1, 1413}, {4, 0, 7, 0, 0}, {7, 360, 2482}},
-    {"in front of the origin", Two(false), 1440, {0, 376}, {0, 0, 7, 0, 0}, {7, 360, -3}},
-    {"a column's last byte", Two(false), 1440, {0, 377}, {1984, 1, 7, 179, 1}, {6, 358, 0}},
+    {"reverse counts down", Two(), 1440, {1, 1412}, {4, 0, 7, 0, 0}, {7, 360, 2480}},
+    {"reverse, cut to the grid", Two(), 1440, {1, 1413}, {4, 0, 7, 0, 0}, {7, 360, 2482}},
+    {"in front of the origin", Two(), 1440, {0, 376}, {0, 0, 7, 0, 0}, {7, 360, -3}},
+    {"a column's last byte", Two(), 1440, {0, 377}, {1984, 1, 7, 179, 1}, {6, 358, 0}},
+    {"gaps: PHA is 9 higher", Two(false, 5, 9), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 351, 10}},
+    {"gaps: PHB 5 behind", Two(false, 5, 9), 1440, {0, 377}, {1999, 1, 7, 0, 0}, {6, 0, 10}},
     {"no order for PHA", BlankPha(), 1440, {0, 377}, {0, 0, 7, 0, 0}, {0, 360, 0}},
     // The carriage grid stays that of two heads.
     {"PHA alone", One(Heads::kPha, false, 5), 1440, {0, 377}, {451, 0, 0, 0, 0}, {0, 0, 0}},
@@ -90,21 +94,16 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
 }
 
 TEST(Carriage, FeedsAfterThePassAndCountsSteps) {
-  Machine machine;
-  machine.headGapY.fill(9);
-  machine.headGapX.fill(5);
-  Carriage carriage(machine, 1440);
+  Carriage carriage(Machine{}, 1440);
   Paper paper;
-  std::vector<std::uint8_t> phaDot(720), phbDot(720);
-  phaDot[0] = 0x80;
+  std::vector<std::uint8_t> phbDot(720);
   phbDot[1] = 0x80;
-  carriage.Print({0, 377, 1800}, phaDot, paper);
-  carriage.Print({0, 377, 9}, {}, paper);  // 1809 steps: 90.45 lines
-  carriage.Print({0, 377, 2}, phbDot, paper);
+  carriage.Print({0, 377, 1800}, {}, paper);
+  carriage.Print({0, 377, 9}, phbDot, paper);
+  carriage.Print({0, 377, 2}, phbDot, paper);  // 1809 steps: 90.45 lines
   carriage.Print({0, 377, 0}, phbDot, paper);  // 1811 steps: 90.55 lines
-  EXPECT_EQ(2, paper.Ink(7, 0, 351, 0));
-  EXPECT_EQ(2, paper.Ink(6, 0, 90, -1989));
-  EXPECT_EQ(2, paper.Ink(6, 0, 91, -1989));
+  EXPECT_EQ(4, paper.Ink(6, 0, 90, -1984));
+  EXPECT_EQ(2, paper.Ink(6, 0, 91, -1984));
 }
 
 }  // namespace
