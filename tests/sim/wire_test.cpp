@@ -115,6 +115,7 @@ TEST(Replies, AreCutIntoPacketsAndJoinedAgain) {
   std::iota(reply.begin(), reply.end(), std::uint8_t{1});
   const auto packets = packer.Pack(reply);
   ASSERT_EQ(3u, packets.size());
+  EXPECT_FALSE(joiner.Take(packets[0].data()).has_value());  // breaks off and begins again
   const std::uint16_t kinds[3] = {0xF001, 0xF004, 0xF002}, words[3] = {47, 47, 14};
   for (std::uint16_t i = 0; i < 3; ++i) {
     Bytes expected = Frame(0x0BAA, kinds[i], 2, i, words[i], 3, 108, 128);
