@@ -27,13 +27,6 @@ Machine One(Heads heads, bool twoHeadCarriage, std::uint8_t headGapX) {
   return machine;
 }
 
-// Only where both heads' orders are blank are they the usual ones.
-Machine BlankPha() {
-  Machine machine;
-  machine.inkOrder[1].fill(1);
-  return machine;
-}
-
 struct Case {
   const char* name;
   Machine machine;
@@ -63,7 +56,6 @@ const Case kCases[] = {
     {"a column's last byte", Two(), 1440, {0, 377}, {1984, 1, 7, 179, 1}, {6, 358, 0}},
     {"gaps: PHA is 9 higher", Two(false, 5, 9), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 351, 10}},
     {"gaps: PHB 5 behind", Two(false, 5, 9), 1440, {0, 377}, {1999, 1, 7, 0, 0}, {6, 0, 10}},
-    {"no order for PHA", BlankPha(), 1440, {0, 377}, {0, 0, 7, 0, 0}, {0, 360, 0}},
     // The carriage grid stays that of two heads.
     {"PHA alone", One(Heads::kPha, false, 5), 1440, {0, 377}, {451, 0, 0, 0, 0}, {0, 0, 0}},
     {"PHB alone", One(Heads::kPhb, false, 5), 1440, {0, 377}, {3, 1, 7, 0, 0}, {0, 0, 3}},
@@ -91,19 +83,6 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
     const InkRow& passedOver = *paper.Row(laid.ink, pass.direction, laid.line);
     EXPECT_EQ(fired.column + 1, passedOver.ink.size());
   }
-}
-
-TEST(Carriage, FeedsAfterThePassAndCountsSteps) {
-  Carriage carriage(Machine{}, 1440);
-  Paper paper;
-  std::vector<std::uint8_t> phbDot(720);
-  phbDot[1] = 0x80;
-  carriage.Print({0, 377, 1800}, {}, paper);
-  carriage.Print({0, 377, 9}, phbDot, paper);
-  carriage.Print({0, 377, 2}, phbDot, paper);  // 1809 steps: 90.45 lines
-  carriage.Print({0, 377, 0}, phbDot, paper);  // 1811 steps: 90.55 lines
-  EXPECT_EQ(4, paper.Ink(6, 0, 90, -1984));
-  EXPECT_EQ(2, paper.Ink(6, 0, 91, -1984));
 }
 
 }  // namespace
