@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/bytes.h"
+#include "sim/virtual_printer.h"
 #include "support/quirk_text.h"
 #include "support/wire_bytes.h"
 
@@ -190,6 +191,18 @@ TEST_F(FirmwareTest, SpoolsDataDrainsThemAndRefusesWhatDoesNotFitByHalf) {
   now += 0x80000000;  // a day later, across the wrap
   EXPECT_EQ(128u << 20, Room());
   EXPECT_EQ("", firmware->Violation());
+}
+
+// Through the bulk-out pipe: what the wire has found, or else the firmware.
+TEST(VirtualPrinter, TellsWhatItHoldsAgainstTheHost) {
+  for (const auto& [write, violation] :
+       {std::pair{Bytes(31), "write 1: "}, std::pair{CommandWrite(5), "message 1: "}}) {
+    VirtualPrinter printer(Machine{}, {});
+    std::uint32_t error = 0;
+    const std::uint32_t handle = printer.Open(printer.PathAt(1, 0), 0, &error);
+    printer.Write(handle, write.data(), Low32(write.size()), 0);
+    EXPECT_EQ(0u, printer.Violation().find(violation)) << printer.Violation();
+  }
 }
 
 }  // namespace
