@@ -47,23 +47,25 @@ TEST(Compare, ReportsOneWrongCellWhereverItIs) {
   for (const auto& [origin, shift] :
        {std::pair{0, 0}, std::pair{630, -2}, std::pair{-1440, 17}, std::pair{5, -300}}) {
     Paper paper = Printed(page, origin, shift);
-    Comparison result = Compare(page, paper, Machine{}, kResolution);
-    EXPECT_EQ(0u, result.differingCells) << result.firstDifference;
-    EXPECT_EQ(origin, result.lineOrigin);
-    EXPECT_EQ(shift, result.reverseShift);
-    EXPECT_GT(result.cells, 500u);
+    const Comparison right = Compare(page, paper, Machine{}, kResolution);
+    EXPECT_EQ(0u, right.differingCells) << right.firstDifference;
+    EXPECT_EQ(origin, right.lineOrigin);
+    EXPECT_EQ(shift, right.reverseShift);
+    EXPECT_GT(right.cells, 500u);
     for (const Case& extra :
          {Case{2, 0, 30, 7}, Case{2, 1, 30, 7 + shift}, Case{5, 0, 30, 7}, Case{2, 0, 70, 3},
           Case{2, 0, 20, -4}, Case{2, 0, 20, 900}, Case{2, 0, kLines - 1, 23}}) {
       paper = Printed(page, origin, shift);
       Lay(extra.plane, extra.direction, extra.line + origin, extra.column, 1, &paper);
-      result = Compare(page, paper, Machine{}, kResolution);
+      const Comparison result = Compare(page, paper, Machine{}, kResolution);
       EXPECT_EQ(1u, result.differingCells);
       EXPECT_EQ(1u, result.overInkedCells);
       EXPECT_EQ(0u, result.firstDifference.find("plane " + std::to_string(extra.plane) + ", line " +
                                                 std::to_string(extra.line)))
           << result.firstDifference;
     }
+    Lay(2, 0, origin - 3, 5, 1, &paper);  // the first ink of all would be taken for the page's
+    EXPECT_EQ(2u, CompareCalibrated(page, paper, Machine{}, kResolution, right).differingCells);
   }
   const Comparison nothing = Compare(page, Paper{}, Machine{}, kResolution);
   EXPECT_EQ(nothing.cells, nothing.differingCells);
