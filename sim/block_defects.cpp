@@ -3,13 +3,14 @@
 #include <algorithm>
 
 #include "platform/bytes.h"
+#include "sim/machine.h"
 
 namespace qrn::sim {
 namespace {
 
-constexpr std::size_t kSelectorAt = 8, kInkOrderAt = 9, kCorrectionsAt = 41, kCorrectionsEnd = 54,
-                      kCalibrationsAt = 72, kCalibrationsEnd = 78, kCarriageAt = 91,
-                      kFeatherAt = 109, kTravelAt = 192, kSignatureAt = 204;
+constexpr std::size_t kSelectorAt = 8, kInkOrderAt = 9, kCorrectionsEnd = 54, kCalibrationsAt = 72,
+                      kCalibrationsEnd = 78, kCarriageAt = 91, kFeatherAt = 109, kTravelAt = 192,
+                      kSignatureAt = 204;
 
 }  // namespace
 

@@ -7,7 +7,7 @@ namespace {
 
 // The part of the parameter block that an update replaces, and what the update quirks change in it.
 constexpr std::size_t kSectionAt = 8, kSectionBytes = 70;
-constexpr std::size_t kCorrectionsAt = 41, kCorrections = 4;
+constexpr std::size_t kCorrections = 4;
 constexpr std::uint16_t kUpdateMark = 0x1122;
 constexpr std::size_t kShortUpdateBytes = 10;
 

@@ -43,7 +43,7 @@ std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& mac
   for (std::size_t head = 0; head < machine.inkOrder.size(); ++head) {
     std::copy(machine.inkOrder[head].begin(), machine.inkOrder[head].end(), &block[9 + 8 * head]);
   }
-  std::copy(machine.biDirShift.begin(), machine.biDirShift.end(), &block[41]);
+  std::copy(machine.biDirShift.begin(), machine.biDirShift.end(), &block[kCorrectionsAt]);
   std::copy(machine.headGapY.begin(), machine.headGapY.end(), &block[46]);
   std::copy(machine.headGapX.begin(), machine.headGapX.end(), &block[50]);
   block[72] = Low8(machine.feedCalib);

@@ -54,6 +54,7 @@ constexpr std::uint32_t kStepsPerLine = 20;
 std::uint32_t PrintableMm(const Machine& machine);
 
 constexpr std::size_t kParameterBlockBytes = 208;
+constexpr std::size_t kCorrectionsAt = 41;  // the first of 13 of the horizontal geometry
 // The block that the printer answers a connect with.
 std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine);
 

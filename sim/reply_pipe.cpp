@@ -5,6 +5,7 @@
 
 #include "platform/bytes.h"
 #include "sim/protocol_check.h"
+#include "sim/wire.h"
 
 namespace qrn::sim {
 namespace {
@@ -13,7 +14,7 @@ constexpr std::uint32_t kLatencyMs = 1;
 constexpr std::uint32_t kSilencePollMs = 100;
 constexpr std::uint32_t kSplitWords = 2;
 constexpr std::size_t kOverlongBytes = 3200;  // more than a host has room for
-constexpr std::uint16_t kUnknownKind = 0xF003, kFirst = 0xF001, kMiddle = 0xF004, kOnly = 0xF008;
+constexpr std::uint16_t kUnknownKind = 0xF003;
 constexpr std::uint16_t kTooManyWords = 49;  // a packet has room for 48
 
 std::int32_t Until(std::uint32_t momentMs, std::uint32_t nowMs) {

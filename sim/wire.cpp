@@ -13,7 +13,6 @@ namespace {
 constexpr std::array<std::uint16_t, 7> kMarks = {0xABCD, 0xEC38, 0xB92B, 0x7CAE,
                                                  0x9899, 0xC2F0, 0xDC35};
 constexpr std::uint16_t kCmm = 0x0BAA, kData = 0x85B5;
-constexpr std::uint16_t kFirst = 0xF001, kLast = 0xF002, kMiddle = 0xF004, kOnly = 0xF008;
 constexpr std::size_t kHeaderBytes = 32, kPacketBytes = 128, kSlotBytes = 8192, kTailBytes = 32,
                       kGroupSlots = 7;
 constexpr std::uint32_t kPacketWords = 47, kSlotWords = 4064;

@@ -54,6 +54,8 @@ class WireReceiver {
 };
 
 constexpr std::uint32_t kReplyPacketWords = 47;
+// The kind of a frame: its place in the message.
+constexpr std::uint16_t kFirst = 0xF001, kLast = 0xF002, kMiddle = 0xF004, kOnly = 0xF008;
 constexpr std::size_t kFrameKindAt = 16, kFrameWordsAt = 22, kFramePayloadAt = 32;
 
 // True when this bulk write carries a command packet, false when it carries swath data.

@@ -24,7 +24,6 @@ constexpr std::array<ResolutionMode, kResolutionX.size()> kResolutionModes = {
 constexpr std::uint8_t kHeadTypeMax = 1;
 constexpr std::uint8_t kBitsPerPixel = 2;
 constexpr std::uint16_t kHistoryRowsDual = 720;  // two head heights
-constexpr std::uint16_t kHeadLines = 2 * kNozzles;
 
 bool IsImageSupported(const Job& job) {
   if (job.headType > kHeadTypeMax) {

@@ -12,7 +12,6 @@ namespace qrn {
 namespace {
 
 constexpr std::uint8_t kNoHead = 4;  // of singleHead
-constexpr std::uint32_t kHeadLines = 2 * kNozzles;
 constexpr std::uint32_t kPhases = kSingleColumnPixels;
 
 std::uint32_t DirectionOf(const Job& job, std::uint32_t passIndex) {

@@ -10,8 +10,6 @@
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // lines that a head covers
-
 using Worker = void (*)(Job&, ConvertParams&);
 
 struct Variant {

@@ -13,7 +13,8 @@
 
 namespace qrn {
 
-constexpr std::uint32_t kNozzles = 180;  // nozzles of a row
+constexpr std::uint32_t kNozzles = 180;             // nozzles of a row
+constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // that a head covers
 constexpr std::uint32_t kPlaneBytes = 2 * kNozzles;
 constexpr std::uint32_t kColumnBytes = 2 * kPlaneBytes;
 

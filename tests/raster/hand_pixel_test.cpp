@@ -24,7 +24,7 @@ struct Pixel {
 struct Dot {
   std::uint32_t column, byte, bit;  // byte: of plane 0
 };
-struct Case {
+struct HandPixel {
   const char* why;
   Machine machine;
   Pixel pixel;
@@ -34,7 +34,7 @@ constexpr std::uint8_t kBoth = 0x30, kPha = 0x10, kPhb = 0x20, kNeither = 0;
 
 // Row offsets are 451 419 311 280 .. at 1080 and 1440 dpi, 338 315 234 210 129 105 24 0 at the
 // others; the heads are 1984 and 1488 columns apart. PHA has colours 3 0 4 7, PHB 1 5 2 6.
-const Case kCases[] = {
+const HandPixel kCases[] = {
     // Lines come in 720 rows down and move up by 360. PHB's pass k looks at rows from 90 k on.
     {"row 0 of the second band on", {1440, kBoth, false, 12}, {1, 0, 0}, {419 + 1984, 1, 1}},
     {"row 360 - 90", {1440, kBoth, false, 12}, {1, 0, 5}, {419 + 1984 + 1, 271, 1}},
@@ -101,7 +101,7 @@ class HandPixels : public CoreJob {
 };
 
 TEST_F(HandPixels, LandWhereTheyMust) {
-  for (const Case& one : kCases) {
+  for (const HandPixel& one : kCases) {
     SCOPED_TRACE(one.why + std::string(", ") + std::to_string(one.machine.resX) + " dpi, pixel " +
                  std::to_string(one.pixel.pixel));
     const std::size_t at = std::size_t{720} * one.dot.column + one.dot.byte;

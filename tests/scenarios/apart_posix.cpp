@@ -38,23 +38,19 @@ Run Read(std::FILE* in) {
 }  // namespace
 
 Run InChild(const std::function<Run()>& play) {
-  int ends[2];
-  if (pipe(ends) != 0) return {{Entry::kResult, 0, "NO PIPE"}};
+  std::FILE* told = std::tmpfile();  // one for both processes
+  if (told == nullptr) return {{Entry::kResult, 0, "NO FILE"}};
   std::fflush(nullptr);
   const pid_t child = fork();
   if (child == 0) {
-    close(ends[0]);
-    std::FILE* out = fdopen(ends[1], "w");
-    for (const Entry& entry : play()) Write(entry, out);
-    std::fclose(out);
+    for (const Entry& entry : play()) Write(entry, told);
     std::exit(0);
   }
-  close(ends[1]);
-  std::FILE* in = fdopen(ends[0], "r");
-  Run run = Read(in);
-  std::fclose(in);
   int status = 0;
   waitpid(child, &status, 0);
+  std::rewind(told);
+  Run run = Read(told);
+  std::fclose(told);
   if (status != 0) run.push_back({Entry::kResult, 0, "DIED    status " + std::to_string(status)});
   return run;
 }

@@ -57,50 +57,52 @@ std::uint8_t* Page::Edit(std::uint32_t plane, std::uint32_t line) {
   return bytes_.data() + (std::size_t{plane} * lines_ + line) * lineBytes_;
 }
 
-Page Host::Print(const Job& job, const Page& drawn) {
-  Work work(job, drawn);
-  const auto sayRefused = [&] {
-    if (work.refused != 0) {
-      say_(std::to_string(work.refused) + " of " + std::to_string(work.calls) + " lines refused");
-    }
-    work.calls = work.refused = 0;
-  };
+Page Host::Print(const Job& job, Page drawn) {
+  job_ = job;
+  drawn_ = std::move(drawn);
+  taken_ = Page(job);
+  linesGiven_ = linesTaken_ = 0;
   for (const HostStep& step : job.host) {
-    if (step.what != HostStep::kCall && step.what != HostStep::kWrite) sayRefused();
-    Take(step, work);
+    if (step.what != HostStep::kCall && step.what != HostStep::kWrite) SayRefused();
+    Take(step);
   }
-  sayRefused();
-  linesTaken_ = work.linesTaken;
-  return work.taken;
+  SayRefused();
+  return taken_;
 }
 
-void Host::Take(const HostStep& step, Work& work) {
+void Host::SayRefused() {
+  if (refused_ != 0)
+    say_(std::to_string(refused_) + " of " + std::to_string(calls_) + " lines refused");
+  calls_ = refused_ = 0;
+}
+
+void Host::Take(const HostStep& step) {
   switch (step.what) {
     case HostStep::kStart:
-      return Start(work);
+      return Start();
     case HostStep::kLines:
-      return GiveLines(step, work);
+      return GiveLines(step);
     case HostStep::kCall:
-      return Send(step.count, step, work);
+      return Send(step.count, step);
     case HostStep::kWrite:
-      for (std::uint32_t i = 0; i < step.count; ++i) Write(step, work);
+      for (std::uint32_t i = 0; i < step.count; ++i) Write(step);
       return;
     case HostStep::kRest:
       return qrn::ThePlatform().SleepMs(step.count);
     case HostStep::kEnd:
-      if ((work.job.lineFamily ? PP_Uninit() : EndRipData()) != 1) say_("end: not 1");
+      if ((job_.lineFamily ? PP_Uninit() : EndRipData()) != 1) say_("end: not 1");
       return;
     case HostStep::kAsk:
       return Ask();
   }
 }
 
-void Host::Start(Work& work) {
-  const HostJobDesc* desc = work.job.desc ? &*work.job.desc : nullptr;
-  work.taken = Page(work.job);
-  work.linesGiven = work.linesTaken = 0;
-  if (!work.job.lineFamily) slot_ = 0;
-  const std::int32_t result = work.job.lineFamily ? PP_Init(desc) : StartPrint(desc, 0);
+void Host::Start() {
+  const HostJobDesc* desc = job_.desc ? &*job_.desc : nullptr;
+  taken_ = Page(job_);
+  linesGiven_ = linesTaken_ = 0;
+  if (!job_.lineFamily) slot_ = 0;
+  const std::int32_t result = job_.lineFamily ? PP_Init(desc) : StartPrint(desc, 0);
   if (result != 1) say_("start: " + std::to_string(result));
 }
 
@@ -116,56 +118,54 @@ void Host::Ask() {
   say_(text + " x " + std::to_string(PP_GetResolutionY(99)));
 }
 
-void Host::GiveLines(const HostStep& step, Work& work) {
-  const std::uint32_t left = work.job.height - work.linesGiven;
+void Host::GiveLines(const HostStep& step) {
+  const std::uint32_t left = job_.height - linesGiven_;
   for (std::uint32_t line = 0; line < std::min(step.count, left); ++line) {
     for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
-      if (work.job.lineFamily) {
-        Send(plane, step, work);
+      if (job_.lineFamily) {
+        Send(plane, step);
       } else {
-        Write(step, work);
+        Write(step);
       }
     }
-    ++work.linesGiven;
+    ++linesGiven_;
     if (step.restMs != 0) qrn::ThePlatform().SleepMs(step.restMs);
   }
 }
 
-void Host::Send(std::uint32_t color, const HostStep& step, Work& work) {
-  const std::vector<std::uint8_t> line = LineOf(color, step, work);
-  const std::uint32_t bytes = step.bytes.value_or(work.drawn.LineBytes());
-  ++work.calls;
-  if (PP_SendALineAColorData(color, bytes, step.null ? nullptr : line.data(), 0) != 1)
-    ++work.refused;
-  TakeIn(color, line, step, work);
+void Host::Send(std::uint32_t color, const HostStep& step) {
+  const std::vector<std::uint8_t> line = LineOf(color, step);
+  const std::uint32_t bytes = step.bytes.value_or(drawn_.LineBytes());
+  ++calls_;
+  if (PP_SendALineAColorData(color, bytes, step.null ? nullptr : line.data(), 0) != 1) ++refused_;
+  TakeIn(color, line, step);
 }
 
-void Host::Write(const HostStep& step, Work& work) {
-  const std::vector<std::uint8_t> line = LineOf(slot_, step, work);
-  const std::uint32_t bytes = step.bytes.value_or(work.drawn.LineBytes());
-  ++work.calls;
-  if (WriteRipData(step.null ? nullptr : line.data(), bytes) != bytes) ++work.refused;
-  TakeIn(slot_, line, step, work);
+void Host::Write(const HostStep& step) {
+  const std::vector<std::uint8_t> line = LineOf(slot_, step);
+  const std::uint32_t bytes = step.bytes.value_or(drawn_.LineBytes());
+  ++calls_;
+  if (WriteRipData(step.null ? nullptr : line.data(), bytes) != bytes) ++refused_;
+  TakeIn(slot_, line, step);
   slot_ = (slot_ + 1) % kPlanes;
 }
 
 // After its bytes, and after the last line of a page, comes something else.
-std::vector<std::uint8_t> Host::LineOf(std::uint32_t plane, const HostStep& step,
-                                       const Work& work) {
-  const std::uint32_t bytes = work.drawn.LineBytes();
+std::vector<std::uint8_t> Host::LineOf(std::uint32_t plane, const HostStep& step) const {
+  const std::uint32_t bytes = drawn_.LineBytes();
   std::vector<std::uint8_t> line(std::max(step.bytes.value_or(bytes), bytes) + 1, kSlack);
-  if (plane < kPlanes && work.linesTaken < work.drawn.Lines())
-    std::copy_n(work.drawn.Line(static_cast<int>(plane), work.linesTaken), bytes, line.begin());
+  if (plane < kPlanes && linesTaken_ < drawn_.Lines())
+    std::copy_n(drawn_.Line(static_cast<int>(plane), linesTaken_), bytes, line.begin());
   return line;
 }
 
-void Host::TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line, const HostStep& step,
-                  Work& work) {
-  if (work.linesTaken >= work.taken.Lines() || plane >= kPlanes || step.null) return;
-  const std::uint32_t bytes = work.taken.LineBytes();
+void Host::TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line,
+                  const HostStep& step) {
+  if (linesTaken_ >= taken_.Lines() || plane >= kPlanes || step.null) return;
+  const std::uint32_t bytes = taken_.LineBytes();
   std::copy_n(line.begin(), std::min(step.bytes.value_or(bytes), bytes),
-              work.taken.Edit(plane, work.linesTaken));
-  if (plane + 1 == kPlanes) ++work.linesTaken;
+              taken_.Edit(plane, linesTaken_));
+  if (plane + 1 == kPlanes) ++linesTaken_;
 }
 
 }  // namespace scenarios

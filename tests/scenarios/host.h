@@ -39,35 +39,29 @@ class Host {
   // Takes all steps of the job; the page that a driver should have printed then.
   Page Print(const Job& job) { return Print(job, Page::Drawn(job)); }
   // With another page than the job's image.
-  Page Print(const Job& job, const Page& drawn);
+  Page Print(const Job& job, Page drawn);
   // Lines of that page that were handed over whole, as far as a driver can tell.
   std::uint32_t LinesTaken() const { return linesTaken_; }
 
  private:
-  // The job in hand.
-  struct Work {
-    Work(const Job& of, const Page& page) : job(of), drawn(page), taken(of) {}
-    const Job& job;
-    const Page& drawn;
-    Page taken;
-    std::uint32_t linesGiven = 0, linesTaken = 0;
-    std::uint32_t calls = 0, refused = 0;  // since it was said last how many
-  };
-
-  void Take(const HostStep& step, Work& work);
-  void Start(Work& work);
+  void Take(const HostStep& step);
+  void Start();
   void Ask();
-  void GiveLines(const HostStep& step, Work& work);
-  void Send(std::uint32_t color, const HostStep& step, Work& work);
-  void Write(const HostStep& step, Work& work);
-  std::vector<std::uint8_t> LineOf(std::uint32_t plane, const HostStep& step, const Work& work);
+  void GiveLines(const HostStep& step);
+  void Send(std::uint32_t color, const HostStep& step);
+  void Write(const HostStep& step);
+  void SayRefused();
+  std::vector<std::uint8_t> LineOf(std::uint32_t plane, const HostStep& step) const;
   // What a driver makes of a line.
-  static void TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line,
-                     const HostStep& step, Work& work);
+  void TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line, const HostStep& step);
 
   Say say_;
-  std::uint32_t linesTaken_ = 0;
   std::uint32_t slot_ = 0;  // of the next WriteRipData; only StartPrint sets it back
+  // Of the job in hand.
+  Job job_;
+  Page drawn_{job_}, taken_{job_};
+  std::uint32_t linesGiven_ = 0, linesTaken_ = 0;
+  std::uint32_t calls_ = 0, refused_ = 0;  // since it was said last how many
 };
 
 }  // namespace scenarios

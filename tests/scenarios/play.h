@@ -46,8 +46,7 @@ std::vector<std::pair<std::string, std::string>> RecordFields();
 // nothing.
 std::vector<std::string> TranscriptOf(const Run& run, const std::vector<const Run*>& good);
 
-// Where the texts differ: lines that only the first has after a "-", those that only the second has
-// after a "+", and a few around them.
+// Both as one: after a "-" lines that only the first has, after a "+" those of the second.
 std::string Difference(const std::vector<std::string>& wanted,
                        const std::vector<std::string>& found);
 

@@ -9,7 +9,7 @@ namespace scenarios {
 namespace {
 
 constexpr std::size_t kLineChars = 100, kZerosMax = 8;
-constexpr std::size_t kFewLines = 20, kAlikeMax = 8, kAlikeShown = 2, kLinesAround = 3;
+constexpr std::size_t kFewLines = 20, kAlikeMax = 3;
 
 using Text = std::vector<std::string>;
 using Places = std::vector<std::pair<std::size_t, std::size_t>>;
@@ -103,18 +103,17 @@ bool IsAlike(const std::vector<Shown>& lines, std::size_t at) {
   });
 }
 
-// Where a log goes on and on like that, its last lines stand for it.
+// Where a log goes on and on like that, its last line and a count stand for it.
 Text Shortened(const std::vector<Shown>& lines) {
   Text text;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     std::size_t end = i;
     while (end < lines.size() && IsAlike(lines, end)) ++end;
     if (end - i > kAlikeMax) {
-      text.push_back("... " + std::to_string(end - i - kAlikeShown) + " more like these");
-      i = end - kAlikeShown;
+      text.push_back("... " + std::to_string(end - i - 1) + " more like these");
+      i = end - 1;
     }
     text.push_back(lines[i].text);
-    while (i + 1 < end) text.push_back(lines[++i].text);
   }
   return text;
 }
@@ -223,29 +222,18 @@ Text TranscriptOf(const Run& run, const std::vector<const Run*>& good) {
 }
 
 std::string Difference(const Text& wanted, const Text& found) {
-  Text lines;
+  std::string text;
   std::size_t i = 0, j = 0;
   const auto tellUpTo = [&](std::size_t wantedEnd, std::size_t foundEnd) {
-    for (; i < wantedEnd; ++i) lines.push_back("- " + wanted[i]);
-    for (; j < foundEnd; ++j) lines.push_back("+ " + found[j]);
+    while (i < wantedEnd) text += "- " + wanted[i++] + "\n";
+    while (j < foundEnd) text += "+ " + found[j++] + "\n";
   };
   for (const auto& [wantedAt, foundAt] : CommonLines(wanted, found)) {
     tellUpTo(wantedAt, foundAt);
-    lines.push_back("  " + wanted[i++]);
+    text += "  " + wanted[i++] + "\n";
     ++j;
   }
   tellUpTo(wanted.size(), found.size());
-  std::string text;
-  std::size_t toldUpTo = 0;
-  for (std::size_t at = 0; at < lines.size(); ++at) {
-    if (lines[at][0] == ' ') continue;
-    std::size_t from = at > toldUpTo + kLinesAround ? at - kLinesAround : toldUpTo;
-    if (from > toldUpTo) text += "  (...)\n";
-    for (; from <= at; ++from) text += lines[from] + "\n";
-    for (; from < lines.size() && from <= at + kLinesAround && lines[from][0] == ' '; ++from)
-      text += lines[from] + "\n";
-    toldUpTo = from;
-  }
   return text;
 }
 
