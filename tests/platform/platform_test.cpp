@@ -117,6 +117,9 @@ TEST_F(Posix, CountsMillisecondsAndWaitsForThePortAndForTheEndOfAThread) {
   platform.ThreadRelease(thread);
   EXPECT_GT(port.reads, 1u);
   EXPECT_GE(static_cast<std::int32_t>(platform.TickMs() - port.dueMs), 0);
+  const std::uint32_t start = platform.TickMs();
+  platform.SleepMs(20);
+  EXPECT_LE(20u, platform.TickMs() - start);
 }
 
 TEST_F(Posix, ShowsBoxesInUtf8WhereTheUserLooks) {
