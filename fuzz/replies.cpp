@@ -88,6 +88,12 @@ Bytes TakePacket(fuzz::Input& in) {
   return packet;
 }
 
+bool IsPacket(const Bytes& packet) {
+  const std::uint16_t kind = U16(&packet[offsetof(FrameHeader, kind)]);
+  return std::count(std::begin(kKinds), std::end(kKinds), kind) != 0 &&
+         U16(&packet[offsetof(FrameHeader, chunkWords)]) <= kPacketRoomWords;
+}
+
 // A reply is what came from its last beginning on, whole or as far as there is room; the packet
 // that ends it is the last one that is read for it.
 void Join(Job& job, fuzz::Input& in, FakePlatform& platform) {
@@ -99,17 +105,13 @@ void Join(Job& job, fuzz::Input& in, FakePlatform& platform) {
     std::uint32_t bytes = 0xFFFFFFFF;
     more = LinkRecv(job, reply.data(), capacity, &bytes) == 1;
     packets.resize(packets.size() - platform.replies.size());
+    sim::ReplyJoiner joiner;
     bool ended = false;
     for (const Bytes& packet : packets) {
       FUZZ_CHECK(!ended);
-      const std::uint16_t kind = U16(&packet[offsetof(FrameHeader, kind)]);
-      const std::uint32_t words = U16(&packet[offsetof(FrameHeader, chunkWords)]);
-      const bool isPacket =
-          std::count(std::begin(kKinds), std::end(kKinds), kind) != 0 && words <= kPacketRoomWords;
-      ended = !isPacket || kind == CHUNK_LAST || kind == CHUNK_ONLY;
-      if (!isPacket || kind == CHUNK_FIRST || kind == CHUNK_ONLY) joined.clear();
-      const std::uint8_t* const payload = packet.data() + kFrameBytes;
-      if (isPacket) joined.insert(joined.end(), payload, payload + 2 * words);
+      const auto whole = joiner.Take(packet.data());
+      joined = whole.value_or(Bytes());
+      ended = whole || !IsPacket(packet);
     }
     FUZZ_CHECK(more == ended && bytes == (more ? joined.size() : 0));
     if (more && bytes < capacity) FUZZ_CHECK(std::equal(&reply[0], &reply[bytes], joined.data()));
@@ -126,8 +128,8 @@ void CheckJob(const Job& job) {
   FUZZ_CHECK(obtained == (job.PrintOutBuf != nullptr ? std::ssize(job.Mem.pPassBuffer) : 0));
 }
 
-// An update replaces its section of the block, whole, and what the job takes from there; nothing
-// else ever does.
+// An update replaces its section of the block, whole; nothing else ever changes it, or what the job
+// has taken from there.
 void CheckUpdate(const Job& job, const Job& before, const PrinterParams& params,
                  const Bytes& reply) {
   PrinterParams expected = params;
@@ -136,13 +138,9 @@ void CheckUpdate(const Job& job, const Job& before, const PrinterParams& params,
                        reply.size() >= kReplyUpdateAt + kParamUpdateBytes &&
                        U16(&reply[4]) == kJobPaused && U16(&reply[12]) == kParamUpdateMark;
   if (updated) std::memcpy(expected.bytes + 8, &reply[14], kParamUpdateBytes);
-  const std::uint8_t* const block = GetPrinterParams().bytes;
-  FUZZ_CHECK(std::memcmp(&expected, block, sizeof expected) == 0);
-  const std::uint8_t select = block[8];
-  const std::uint32_t calib = select > 4 ? 0 : block[72 + select] + 256u * block[77];
-  FUZZ_CHECK(job.biDirOfs == (updated ? block[41 + job.resIdx] : before.biDirOfs));
-  FUZZ_CHECK(job.stepCalib == (updated ? calib : before.stepCalib));
-  if (!updated || calib == 0) FUZZ_CHECK(job.swathSteps == before.swathSteps);
+  FUZZ_CHECK(std::memcmp(&expected, GetPrinterParams().bytes, sizeof expected) == 0);
+  FUZZ_CHECK(updated || (job.biDirOfs == before.biDirOfs && job.stepCalib == before.stepCalib &&
+                         job.swathSteps == before.swathSteps));
 }
 
 void Interpret(Job& job, fuzz::Input& in, FakePlatform& platform) {

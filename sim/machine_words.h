@@ -1,4 +1,4 @@
-// Machines from text: a setting is a name and a value, the names those of print-page's settings.
+// Machines from text: the settings that a machine has, each a name and a value.
 #ifndef QRN_SIM_MACHINE_WORDS_H_
 #define QRN_SIM_MACHINE_WORDS_H_
 
@@ -9,7 +9,7 @@
 namespace qrn::sim {
 
 // Sets what is named, such as "heads" to "pha" or "ink_order_pha" to "7,6,5,4,3,2,1,0"; a setting
-// by resolution takes one number or four. Why it cannot, or "".
+// by resolution takes one number or four. Why it cannot, the setting's name in front, or "".
 std::string SetMachine(const std::string& name, const std::string& value, Machine* machine);
 
 }  // namespace qrn::sim

@@ -80,7 +80,8 @@ Carriage::Carriage(const Machine& machine, std::uint32_t resolution)
 }
 
 void Carriage::MountBoth(const Machine& machine, std::size_t index, double columnsPerInch) {
-  const bool unset = machine.inkOrder[0] == InkRows{} && machine.inkOrder[1] == InkRows{};
+  // No driver prints with an order that is blank on one head alone.
+  const bool unset = machine.inkOrder[0] == InkRows{};
   std::array<int, kInks> rowsSeen{};
   // The second row of an ink stands half a nozzle pitch above the first, so going backwards the
   // first one met is upper.

@@ -154,6 +154,12 @@ Size SizeOf(const Extent& extent, const PictureOptions& options) {
   return {pixels(widthInches), pixels(heightInches)};
 }
 
+std::string SizeProblem(const Size& size) {
+  if (std::uint64_t{size.width} * size.height <= kPixelsMax) return "";
+  return "a picture of " + std::to_string(size.width) + " x " + std::to_string(size.height) +
+         " pixels is too large";
+}
+
 // Why the file could not be written; "" when it was.
 std::string WriteFile(const std::string& path, png_image* image, const std::uint8_t* pixels) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
@@ -169,13 +175,17 @@ std::string WriteFile(const std::string& path, png_image* image, const std::uint
 
 }  // namespace
 
+std::string PictureSizeProblem(const PictureOptions& options) {
+  const Extent extent = {0, static_cast<std::int32_t>(options.lines),
+                         static_cast<std::int32_t>(options.columns)};
+  return SizeProblem(SizeOf(extent, options));
+}
+
 std::string WritePng(const Paper& paper, const PictureOptions& options, const std::string& path) {
   const Extent extent = ExtentOf(paper, options);
   const Size size = SizeOf(extent, options);
-  if (std::uint64_t{size.width} * size.height > kPixelsMax) {
-    return "a picture of " + std::to_string(size.width) + " x " + std::to_string(size.height) +
-           " pixels is too large";
-  }
+  std::string why = SizeProblem(size);
+  if (!why.empty()) return why;
   const std::size_t rowBytes = 3 * std::size_t{size.width};
   std::vector<std::uint8_t> pixels(rowBytes * size.height);
   RowMixer mixer(options, extent, size.width, size.height);

@@ -25,6 +25,10 @@ struct PictureOptions {
   std::uint32_t inkMax = 12;  // ink sum of a fully covered cell: base pass count x 3
 };
 
+// Why a picture of these lines and columns cannot be made, known before there is paper; "" when it
+// can.
+std::string PictureSizeProblem(const PictureOptions& options);
+
 // Why the picture could not be written, in a few words; "" when it was. Then a part of the file may
 // be there.
 [[nodiscard]] std::string WritePng(const Paper& paper, const PictureOptions& options,

@@ -1,8 +1,6 @@
 // Error texts, the code page, and the log's file.
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,11 +17,6 @@ namespace qrn {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string BytesOf(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 // Its whole slot, but for the zeros at the end; ends of lines as \r and \n.
 std::string ErrorText(std::uint32_t code, bool chinese) {
@@ -45,7 +38,7 @@ TEST_F(Errors, HaveTheTextsOfTheTable) {
              "\n";
   EXPECT_EQ(BytesOf(QRN_ERROR_TEXTS), table);
   ShowError(kErrorCodes);  // beyond it: an empty box, nothing recorded
-  EXPECT_EQ("", platform.boxes.back().first);
+  EXPECT_EQ("", platform.boxes.back());
   EXPECT_EQ(0, job.nErrCode);
 }
 

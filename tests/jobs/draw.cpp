@@ -1,43 +1,22 @@
 #include "jobs/draw.h"
 
 #include <cstdio>
-#include <vector>
-
-namespace {
-
-// Where the brace that opens there is closed.
-std::size_t EndOf(const std::string& text, std::size_t open) {
-  int depth = 0;
-  std::size_t at = open;
-  do {
-    depth += text[at] == '{' ? 1 : text[at] == '}' ? -1 : 0;
-  } while (++at < text.size() && depth != 0);
-  return at - 1;
-}
-
-std::vector<std::string> ChoicesOf(const std::string& text) {
-  std::vector<std::string> choices(1);
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == '|') {
-      choices.emplace_back();
-      continue;
-    }
-    const std::size_t end = text[at] == '{' ? EndOf(text, at) : at;
-    choices.back() += text.substr(at, end + 1 - at);
-    at = end;
-  }
-  return choices;
-}
-
-}  // namespace
 
 std::string Drawing::Draw(const std::string& text) {
   std::string drawn;
   for (std::size_t at = 0; at < text.size(); ++at) {
     if (text[at] == '{') {
-      const std::size_t end = EndOf(text, at);
-      drawn += Choose(text.substr(at + 1, end - at - 1));
-      at = end;
+      Choices choices(1);
+      for (int depth = 1; depth != 0;) {
+        const char c = text[++at];
+        depth += c == '{' ? 1 : c == '}' ? -1 : 0;
+        if (c == '|' && depth == 1) {
+          choices.emplace_back();
+        } else if (depth != 0) {
+          choices.back() += c;
+        }
+      }
+      drawn += Choose(choices);
     } else if (text[at] == '<') {
       const std::size_t end = text.find('>', at);
       drawn += Draw(grammar_.at(text.substr(at + 1, end - at - 1)));
@@ -58,12 +37,12 @@ std::uint64_t Drawing::Next() {
   return z ^ (z >> 31);
 }
 
-std::string Drawing::Choose(const std::string& choices) {
+std::string Drawing::Choose(const Choices& choices) {
   unsigned long long first = 0, last = 0;
-  if (std::sscanf(choices.c_str(), "%llu..%llu", &first, &last) == 2)
+  if (std::sscanf(choices[0].c_str(), "%llu..%llu", &first, &last) == 2)
     return std::to_string(first + Next() % (last - first + 1));
-  std::vector<std::string> urn;
-  for (const std::string& choice : ChoicesOf(choices)) {
+  Choices urn;
+  for (const std::string& choice : choices) {
     unsigned weight = 1;
     int skipped = 0;
     if (std::sscanf(choice.c_str(), "%u*%n", &weight, &skipped) != 1 || skipped == 0) weight = 1;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 // Texts by name. "{a|b|3*c}" stands for one of those, c three times as likely as a; "{5..20}" for a
 // number; "<name>" for the text of that name, drawn anew. Braces nest.
@@ -16,8 +17,10 @@ class Drawing {
   std::string Draw(const std::string& text);
 
  private:
+  using Choices = std::vector<std::string>;
+
   std::uint64_t Next();
-  std::string Choose(const std::string& choices);
+  std::string Choose(const Choices& choices);
 
   const Grammar& grammar_;
   std::uint64_t state_;

@@ -138,18 +138,10 @@ class Judge {
   Run faults_;
 };
 
-Run FaultsOf(const Scenario& plan) {
-  try {
-    return Judge(plan).Faults();
-  } catch (const qrn::sim::TimeLimitPassed& passed) {
-    return {{Entry::kResult, 0, passed.what()}};
-  }
-}
-
 // True when nothing is wrong.
 bool TakeSeed(const char* program, unsigned long long seed) {
   const Scenario plan = DrawPlan("plan", seed);
-  const Run faults = InChild([&plan] { return FaultsOf(plan); });
+  const Run faults = InChild([&plan] { return Judge(plan).Faults(); });
   if (faults.empty()) return true;
   std::printf("FAILED %s", TextOf(plan).c_str());
   for (const Entry& fault : faults) std::printf("  %s\n", fault.text.c_str());

@@ -116,54 +116,41 @@ const Grammar kGrammar = {
 // A printer that is away for `ms` from some attempt on to reach it is found by the next one; the
 // sixth is the last.
 constexpr std::uint64_t kGivenUpMs = 32'000, kNextAttemptMs = 8'000, kOpenedMs = 1'300;
+// The second that a thread has to end.
+constexpr std::uint64_t kThreadEndMs = 1'100;
+
+// At most as long rests a driver before it goes on.
+std::uint64_t RestMs(Kind kind) {
+  switch (kind) {
+    case Kind::kLate:
+    case Kind::kPath:
+    case Kind::kSecondPrinter:
+      return 0;
+    case Kind::kBufferFull:
+      return 510;
+    case Kind::kPause:
+      return 5'000;
+    default:
+      return 3'100;
+  }
+}
 
 bool PullsLink(const Quirk& quirk) {
   return quirk.kind == Kind::kUnplug || quirk.kind == Kind::kReadFails ||
          quirk.kind == Kind::kWriteFails;
 }
 
-// It may be that no attempt finds the printer.
-bool LosesLink(const Quirk& quirk) {
-  if (quirk.kind != Kind::kUnplug) return quirk.count > 5;
-  const bool forGood = quirk.ms == 0 || (quirk.back == qrn::sim::Back::kHeld && quirk.heldMs == 0);
-  return forGood || quirk.ms + quirk.heldMs > 29'000;
-}
-
-std::uint64_t CostOf(const Quirk& quirk) {
-  const std::uint64_t count = quirk.count;
-  switch (quirk.kind) {
-    case Kind::kRefuse:
-      return count * (quirk.on == qrn::sim::Message::kSwath ? 3'100 : 2'100);
-    case Kind::kBufferFull:
-      return count * 510;
-    case Kind::kPause:
-      return quirk.ms + 5'000;
-    case Kind::kCancel:
-      return 2'000;
-    case Kind::kLate:
-      return count * quirk.ms + 1'100;  // the thread has its second to end
-    case Kind::kSilence:
-      return quirk.ms != 0 ? quirk.ms + 1'100 : 120'000;
-    case Kind::kOtherCode:
-    case Kind::kGarbage:
-    case Kind::kSay:
-    case Kind::kBlock:
-      return count * 2'100;  // as long as a connect waits before it is tried again
-    case Kind::kUnplug:
-      return LosesLink(quirk) ? kGivenUpMs : quirk.ms + quirk.heldMs + kNextAttemptMs + kOpenedMs;
-    case Kind::kReadFails:
-    case Kind::kWriteFails: {
-      std::uint64_t ms = kOpenedMs;
-      for (std::uint64_t failed = 1; failed < count; ++failed) ms += 3'200 + 1'000 * failed;
-      return std::min(ms, kGivenUpMs);
-    }
-    case Kind::kListFails:
-    case Kind::kOpenFails:
-    case Kind::kSecondPrinter:
-    case Kind::kPath:
-      break;
-  }
-  return 0;
+void PullLink(const Quirk& quirk, Fate* fate) {
+  const std::uint64_t awayMs = std::uint64_t{quirk.ms} + quirk.heldMs, failed = quirk.count - 1;
+  const bool isUnplug = quirk.kind == Kind::kUnplug;
+  const bool isForGood =
+      quirk.ms == 0 || (quirk.back == qrn::sim::Back::kHeld && quirk.heldMs == 0);
+  // It may be that no attempt finds the printer.
+  const bool loses = isUnplug ? isForGood || awayMs > 29'000 : failed >= 5;
+  // 4.2 seconds pass between the first two attempts, and one more each time.
+  const std::uint64_t ms = isUnplug ? awayMs + kNextAttemptMs : failed * (3'700 + 500 * failed);
+  fate->costMs += loses ? kGivenUpMs : std::min(ms + kOpenedMs, kGivenUpMs);
+  fate->mayLose |= loses;
 }
 
 // Whether the driver asks again after such a refusal of its connect.
@@ -171,45 +158,31 @@ bool AsksAgain(std::uint32_t status) {
   return status == 0 || (status >= 3 && status <= 5) || (status & 0xFFF0u) == 0x50u;
 }
 
-void Befall(const Quirk& quirk, const Scenario& plan, Fate* fate) {
+// A short update that a reply too long fills up says other values, too.
+bool AltersPage(const Quirk& quirk, const Scenario& plan) {
   using qrn::sim::Defect;
   using qrn::sim::Update;
-  fate->costMs += CostOf(quirk);
-  const bool isAwayAtStart = quirk.moment == Quirk::Moment::kTime && quirk.at == 0;
-  switch (quirk.kind) {
-    case Kind::kRefuse:
-      fate->mayFail |= quirk.on == qrn::sim::Message::kConnect && !AsksAgain(quirk.status);
-      break;
-    case Kind::kPause: {
-      // A short one that a reply too long fills up says other values, too.
-      const bool isFilled =
-          quirk.update == Update::kShort &&
-          std::any_of(plan.quirks.begin(), plan.quirks.end(), [](const Quirk& other) {
-            return other.form == qrn::sim::Garbage::kOverlong;
-          });
-      fate->altersPage |=
-          quirk.update == Update::kCorrection || quirk.update == Update::kCalibration || isFilled;
-      break;
-    }
-    case Kind::kCancel:
-      fate->mayCancel = true;
-      break;
-    case Kind::kUnplug:
-      fate->mayFail |= isAwayAtStart;
-      [[fallthrough]];
-    case Kind::kReadFails:
-    case Kind::kWriteFails:
-      fate->mayLose |= LosesLink(quirk);
-      break;
-    case Kind::kBlock:
-      fate->mayFail = true;
-      fate->altersPage |=
-          quirk.defect == Defect::kResolution || quirk.defect == Defect::kFeather ||
-          (quirk.defect == Defect::kInk && plan.machine.heads != qrn::sim::Heads::kBoth);
-      break;
-    default:
-      break;
-  }
+  const bool isFilled = std::any_of(plan.quirks.begin(), plan.quirks.end(), [](const Quirk& other) {
+    return other.form == qrn::sim::Garbage::kOverlong;
+  });
+  return quirk.update == Update::kCorrection || quirk.update == Update::kCalibration ||
+         (quirk.update == Update::kShort && isFilled) || quirk.defect == Defect::kResolution ||
+         quirk.defect == Defect::kFeather ||
+         (quirk.defect == Defect::kInk && plan.machine.heads != qrn::sim::Heads::kBoth);
+}
+
+void Befall(const Quirk& quirk, const Scenario& plan, Fate* fate) {
+  const bool isRefused = quirk.kind == Kind::kRefuse && quirk.on == qrn::sim::Message::kConnect &&
+                         !AsksAgain(quirk.status);
+  const bool isAwayAtStart =
+      quirk.kind == Kind::kUnplug && quirk.moment == Quirk::Moment::kTime && quirk.at == 0;
+  const bool isSilentForGood = quirk.kind == Kind::kSilence && quirk.ms == 0;
+  fate->mayFail |= isRefused || isAwayAtStart || quirk.kind == Kind::kBlock;
+  fate->mayCancel |= quirk.kind == Kind::kCancel;
+  fate->altersPage |= AltersPage(quirk, plan);
+  if (PullsLink(quirk)) return PullLink(quirk, fate);
+  fate->costMs += quirk.count * (RestMs(quirk.kind) + quirk.ms) + kThreadEndMs;
+  if (isSilentForGood) fate->costMs += 120'000;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Frames to the byte, and which device is the printer.
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "link/frame.h"
@@ -44,6 +45,19 @@ TEST_F(Link, APollHasKnownBytes) {
   PutU16(&packet[30], Low16(0x019Eu + number));
   PutU16(&packet[126], Low16(0x0346u + 2u * number));
   EXPECT_EQ(packet, platform.written.at(0));
+}
+
+TEST_F(Link, LongCommandsGoInPacketsOf47Words) {
+  const std::uint16_t number = NextNumber(platform);
+  const Bytes message = Counting(200);
+  ASSERT_EQ(1, LinkSend(1, message.data(), 200, kTypeCmm));
+  for (const auto& [index, kind, words] :
+       {std::tuple{0, 0xF001, 47}, {1, 0xF004, 47}, {2, 0xF002, 6}}) {
+    Bytes packet = sim::Frame(0x0BAA, Low16(kind), number, Low16(index), 47, 3, 100, 128);
+    std::copy_n(message.begin() + 94 * index, 2 * words, packet.begin() + 32);
+    PutU16(&packet[126], WordSum16(packet.data(), 63));
+    EXPECT_EQ(packet, platform.written.at(static_cast<std::size_t>(index)));
+  }
 }
 
 TEST_F(Link, DataGoInSlotsOf4064WordsWrittenBySevens) {

@@ -1,6 +1,7 @@
 // The platforms that run here: the system's own, and virtual time. And what cuts numbers.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -10,8 +11,8 @@
 #include <utility>
 
 #include "base/bytes.h"
-#include "platform/fake_port.h"
 #include "platform/posix/posix_platform.h"
+#include "platform/usb_port.h"
 #include "sim/time/sim_platform.h"
 
 namespace qrn {
@@ -19,20 +20,35 @@ namespace {
 
 TEST(TruncateLow16, IsDefinedForEveryNumber) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (const auto& [value, wanted] : {std::pair{0.999, 0},
-                                      {-0.999, 0},
-                                      {65535.9, 65535},
-                                      {65536.0, 0},
-                                      {-1.0, 65535},
-                                      {-65537.5, 65535},
-                                      {4294967296.0 + 7, 7},
-                                      {1e300, 0},
-                                      {-1e300, 0},
-                                      {kInfinity, 0},
-                                      {-kInfinity, 0},
-                                      {std::nan(""), 0}})
-    EXPECT_EQ(wanted, TruncateLow16(value)) << value;
+  const std::pair<double, int> cases[] = {
+      {0.999, 0},    {-0.999, 0},       {65535.9, 65535},      {65536.0, 0},
+      {-1.0, 65535}, {-65537.5, 65535}, {4294967296.0 + 7, 7}, {1e300, 0},
+      {-1e300, 0},   {kInfinity, 0},    {-kInfinity, 0},       {std::nan(""), 0}};
+  for (const auto& [value, wanted] : cases) EXPECT_EQ(wanted, TruncateLow16(value)) << value;
 }
+
+// One device, whose transfers complete, fail or wait as told.
+class FakePort : public UsbPort {
+ public:
+  std::uint32_t dueMs = 0;     // reads complete from this tick on
+  std::uint32_t failWith = 0;  // not 0: writes fail with it
+  std::atomic<std::uint32_t> reads = 0;
+
+  bool Listable(std::uint32_t) override { return true; }
+  const char* PathAt(std::uint32_t index, std::uint32_t) override {
+    return index == 0 ? "" : index == 1 ? "one" : nullptr;
+  }
+  std::uint32_t Open(const char*, std::uint32_t, std::uint32_t*) override { return 1; }
+  void Close(std::uint32_t, std::uint32_t) override {}
+  UsbStep Write(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) override {
+    return failWith != 0 ? UsbStep{UsbStep::kFailed, failWith} : UsbStep{UsbStep::kDone, 0};
+  }
+  UsbStep Read(std::uint32_t, std::uint8_t*, std::uint32_t, std::uint32_t nowMs) override {
+    ++reads;
+    const bool due = static_cast<std::int32_t>(nowMs - dueMs) >= 0;
+    return due ? UsbStep{UsbStep::kDone, 0} : UsbStep{UsbStep::kWait, nowMs + 10};
+  }
+};
 
 void ReadForEver(void* platform) {
   std::uint8_t packet[128];
@@ -101,6 +117,9 @@ TEST_F(Posix, CountsMillisecondsAndWaitsForThePortAndForTheEndOfAThread) {
   platform.ThreadRelease(thread);
   EXPECT_GT(port.reads, 1u);
   EXPECT_GE(static_cast<std::int32_t>(platform.TickMs() - port.dueMs), 0);
+  const std::uint32_t start = platform.TickMs();
+  platform.SleepMs(20);
+  EXPECT_LE(20u, platform.TickMs() - start);
 }
 
 TEST_F(Posix, ShowsBoxesInUtf8WhereTheUserLooks) {

@@ -4,6 +4,8 @@
 #include "host/job_lifecycle.h"
 #include "protocol/command.h"
 #include "protocol/execute.h"
+#include "protocol/printer_state.h"
+#include "protocol/spit_plan.h"
 #include "support/job_fixture.h"
 
 namespace qrn {
@@ -75,6 +77,19 @@ TEST_F(Mailbox, JobCreateHasItsBytes) {
                                    4, 3, 2,    1,    5,    12,   0,    0,    5,  9,  0x15, 0x20};
   EXPECT_EQ(0, std::memcmp(create, job.cmdPkt, 64));
   EXPECT_TRUE(HasLines(TakeLog(), {"校色板\r\n"}));
+}
+
+// An option of the machine's that the virtual printer's lacks.
+TEST_F(Mailbox, AFlashOfTheOptionSaysSo) {
+  Swath swath{};
+  swath.dataSize = 320, swath.header.startPos = 2, swath.header.endPos = 1;
+  job.flashEvery = 1, job.flashParam = 127, job.twoHeadCarriage = 1, job.singleHead = 1;
+  for (const auto& [option, mode] : {std::pair{0, 0x02}, {1, 0x12}}) {
+    job.flashOpt = static_cast<std::uint8_t>(option);
+    SpitPlan(job, swath);
+    EXPECT_EQ(mode, swath.header.spitMode);
+    EXPECT_EQ(3000, swath.header.spitAmount);
+  }
 }
 
 }  // namespace

@@ -47,23 +47,8 @@ TEST_F(JobMemory, HasTheSizesOfAOneMetreImage) {
   job.passCount = 8;
   AllocJobMem(job);
   EXPECT_EQ("mem: malloc 8, 20413440-6736095\r\n", TakeLog());
-  EXPECT_EQ(6736095u, job.printOutBufSize);
   FreeJobMem(job);
   EXPECT_EQ("mem: free --\r\n", TakeLog());
-  for (const std::uint8_t* buffer : job.Mem.pPassBuffer) EXPECT_EQ(nullptr, buffer);
-  EXPECT_EQ(nullptr, job.PrintOutBuf);
-}
-
-// Ends of runs and marks come on top of the lines: at 1080 dpi and 10 cm, the worst, at most 5 %.
-TEST_F(JobMemory, IsLittleMoreThanThatOfLinesAndSwaths) {
-  for (const std::uint8_t passCount : {std::uint8_t{3}, std::uint8_t{4}, std::uint8_t{6}}) {
-    job.passCount = passCount;
-    job.nLineBits = 2 * 4252;
-    job.lineStride = (job.nLineBits + 31) / 32 * 4;
-    const std::uint64_t lines = 8 * 1440 * std::uint64_t{job.lineStride};
-    const std::uint64_t plain = lines + 7 * (27212 + 8 * job.lineStride) * 360 / passCount;
-    EXPECT_LE(8 * PassBufferBytes(LayoutOf(job)) - lines, plain / 20);
-  }
 }
 
 // The address sanitizer sees what was kept too small.

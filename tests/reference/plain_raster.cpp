@@ -101,6 +101,7 @@ void PlainRaster::PrintRows(const Jets& jets) {
   if (jets.phase >= geometry_.columnPixels || geometry_.lineBytes < needBytes_) return;
   const std::uint32_t groups = (geometry_.lineBytes - needBytes_) / groupBytes_ + 1;
   const std::uint32_t pixels = 4 * groups * groupBytes_;
+  const auto bit = static_cast<std::uint8_t>(1u << jets.slot);
   for (std::uint32_t nozzle = 0; nozzle < kJets; ++nozzle) {
     std::uint8_t* const line = Row(jets.plane, jets.firstRow + 2 * nozzle);
     for (std::uint32_t pixel = jets.phase; pixel < pixels; pixel += geometry_.columnPixels) {
@@ -109,8 +110,9 @@ void PlainRaster::PrintRows(const Jets& jets) {
       const std::uint32_t forward = pixel / geometry_.columnPixels;
       const std::uint32_t column = jets.column + (jets.reverse ? lastColumn_ - forward : forward);
       const std::size_t at = std::size_t{kColumnBytes} * column + 2 * nozzle + jets.headByte;
-      if (level != 1) SetDot(at, jets.slot);
-      if (level != 2) SetDot(at + kPlaneBytes, jets.slot);
+      // A dot beyond the swath's end throws.
+      if (level != 1) columns_.at(at) |= bit;
+      if (level != 2) columns_.at(at + kPlaneBytes) |= bit;
       line[pixel / 4] = static_cast<std::uint8_t>(line[pixel / 4] & ~(3u << shift));
     }
   }
@@ -124,14 +126,6 @@ bool PlainRaster::IsHeldBack(std::uint32_t nozzle, std::uint32_t pixel) const {
   if (!geometry_.twoHeads) byte = (x / 3 + i) % 256;
   if (geometry_.twoHeads && geometry_.columnPixels == 3) byte = 4 * ((i + x) % 64) + pixel / 4 - x;
   return (masks_[i][byte] >> (6 - 2 * (pixel % 4)) & 3u) == 0;
-}
-
-void PlainRaster::SetDot(std::size_t at, std::uint32_t slot) {
-  if (at >= columns_.size()) {
-    ++dotsOutside_;
-    return;
-  }
-  columns_[at] = static_cast<std::uint8_t>(columns_[at] | 1u << slot);
 }
 
 void PlainRaster::Shift() {

@@ -24,8 +24,6 @@ class PlainRaster {
   [[nodiscard]] bool ConvertPass(std::uint32_t passIndex, std::uint32_t dir);
   // What the swath of the pass carries.
   const std::vector<std::uint8_t>& Columns() const { return columns_; }
-  // Dots that did not fit there: there are to be none.
-  std::uint64_t DotsOutside() const { return dotsOutside_; }
   // On to the next band.
   void Shift();
 
@@ -37,7 +35,6 @@ class PlainRaster {
   void PrintRows(const Jets& jets);
   std::uint32_t SlotColumn(std::uint32_t slot, std::uint32_t dir) const;
   bool IsHeldBack(std::uint32_t nozzle, std::uint32_t pixel) const;
-  void SetDot(std::size_t at, std::uint32_t slot);
 
   Geometry geometry_;
   std::vector<std::array<std::uint8_t, 256>> masks_;
@@ -45,7 +42,6 @@ class PlainRaster {
   std::uint32_t groupBytes_,
       needBytes_;             // of a group of whole columns; and without which it is not printed
   std::uint32_t lastColumn_;  // forward column j is lastColumn_ - j in reverse
-  std::uint64_t dotsOutside_ = 0;
 };
 
 }  // namespace qrn::plain

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "jobs/log_folder.h"
 #include "sim/time/sim_platform.h"
 #include "support/forwarding_platform.h"
+#include "support/log_folder.h"
 
 namespace scenarios {
 

@@ -3,31 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
+#include "scenarios/host.h"
 #include "support/test_seed.h"
 
 namespace qrn::sim {
 namespace {
 
-constexpr std::uint32_t kLines = 60, kLineBytes = 24, kPassCount = 4, kResolution = 1440;
+using scenarios::Page;
 
-// Ink in one plane.
-class Source : public RasterSource {
- public:
-  explicit Source(std::uint64_t seed) : bytes_(kLines * kLineBytes) {
-    std::mt19937_64 random(seed);
-    for (auto& byte : bytes_) byte = static_cast<std::uint8_t>(random() & random());
-  }
-  std::uint32_t Lines() const override { return kLines; }
-  std::uint32_t LineBytes() const override { return kLineBytes; }
-  const std::uint8_t* Line(int plane, std::uint32_t line) const override {
-    return plane == 2 ? &bytes_[line * kLineBytes] : nullptr;
-  }
-
- private:
-  std::vector<std::uint8_t> bytes_;
-};
+constexpr std::uint32_t kLines = 60, kWidth = 96, kPassCount = 4, kResolution = 1440;
 
 void Lay(int plane, int direction, std::int32_t line, std::int32_t column, int amount,
          Paper* paper) {
@@ -36,48 +20,54 @@ void Lay(int plane, int direction, std::int32_t line, std::int32_t column, int a
 }
 
 // Prints every pixel, even phases in reverse passes, with a calibration that is off.
-Paper Printed(const Source& source, std::int32_t origin, std::int32_t shift) {
+Paper Printed(const Page& page, std::int32_t origin, std::int32_t shift) {
   Paper paper;
-  for (std::uint32_t line = 0; line < kLines; ++line) {
-    for (std::uint32_t pixel = 0; pixel < 4 * kLineBytes; ++pixel) {
-      const int level = (source.Line(2, line)[pixel / 4] >> (6 - 2 * (pixel % 4))) & 3;
+  for (int plane = 0; plane < kInks; ++plane) {
+    for (std::uint32_t at = 0; at < kLines * kWidth; ++at) {
+      const std::uint32_t line = at / kWidth, pixel = at % kWidth;
+      const int level = (page.Line(plane, line)[pixel / 4] >> (6 - 2 * (pixel % 4))) & 3;
       const int reverse = pixel % 2 == 0;
       const auto column = static_cast<std::int32_t>(pixel / kPassCount) + reverse * shift;
       if (level != 0)
-        Lay(2, reverse, static_cast<std::int32_t>(line) + origin, column, level, &paper);
+        Lay(plane, reverse, static_cast<std::int32_t>(line) + origin, column, level, &paper);
     }
   }
   return paper;
 }
 
 TEST(Compare, ReportsOneWrongCellWhereverItIs) {
-  const Source source(TestSeed());
+  scenarios::Job job;
+  job.width = kWidth, job.height = kLines;
+  job.image.random = true, job.image.seed = TestSeed();
+  const Page page = Page::Drawn(job);
   struct Case {
     int plane, direction;
     std::int32_t line, column;
   };
   for (const auto& [origin, shift] :
        {std::pair{0, 0}, std::pair{630, -2}, std::pair{-1440, 17}, std::pair{5, -300}}) {
-    Paper paper = Printed(source, origin, shift);
-    Comparison result = Compare(source, paper, Machine{}, kResolution);
-    EXPECT_EQ(0u, result.differingCells) << result.firstDifference;
-    EXPECT_EQ(origin, result.lineOrigin);
-    EXPECT_EQ(shift, result.reverseShift);
-    EXPECT_GT(result.cells, 500u);
+    Paper paper = Printed(page, origin, shift);
+    const Comparison right = Compare(page, paper, Machine{}, kResolution);
+    EXPECT_EQ(0u, right.differingCells) << right.firstDifference;
+    EXPECT_EQ(origin, right.lineOrigin);
+    EXPECT_EQ(shift, right.reverseShift);
+    EXPECT_GT(right.cells, 500u);
     for (const Case& extra :
          {Case{2, 0, 30, 7}, Case{2, 1, 30, 7 + shift}, Case{5, 0, 30, 7}, Case{2, 0, 70, 3},
           Case{2, 0, 20, -4}, Case{2, 0, 20, 900}, Case{2, 0, kLines - 1, 23}}) {
-      paper = Printed(source, origin, shift);
+      paper = Printed(page, origin, shift);
       Lay(extra.plane, extra.direction, extra.line + origin, extra.column, 1, &paper);
-      result = Compare(source, paper, Machine{}, kResolution);
+      const Comparison result = Compare(page, paper, Machine{}, kResolution);
       EXPECT_EQ(1u, result.differingCells);
       EXPECT_EQ(1u, result.overInkedCells);
       EXPECT_EQ(0u, result.firstDifference.find("plane " + std::to_string(extra.plane) + ", line " +
                                                 std::to_string(extra.line)))
           << result.firstDifference;
     }
+    Lay(2, 0, origin - 3, 5, 1, &paper);  // the first ink of all would be taken for the page's
+    EXPECT_EQ(2u, CompareCalibrated(page, paper, Machine{}, kResolution, right).differingCells);
   }
-  const Comparison nothing = Compare(source, Paper{}, Machine{}, kResolution);
+  const Comparison nothing = Compare(page, Paper{}, Machine{}, kResolution);
   EXPECT_EQ(nothing.cells, nothing.differingCells);
   EXPECT_GT(nothing.cells, 500u);
 }

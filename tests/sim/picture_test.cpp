@@ -3,22 +3,18 @@
 
 #include <gtest/gtest.h>
 #include <png.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
+#include "support/temp_folder.h"
 
 namespace qrn::sim {
 namespace {
 
-constexpr std::uint32_t kWhite = 0xFFFFFF, kCyan = 0x00AEEF;
+constexpr std::uint32_t kWhite = 0xFFFFFFFF, kCyan = 0xFF00AEEF;
 
 using Rows = std::vector<std::vector<std::uint32_t>>;
 
 class PictureTest : public testing::Test {
  protected:
-  ~PictureTest() override { std::remove(path.c_str()); }
-
   void Lay(int plane, int direction, std::int32_t line, std::int32_t column, std::uint8_t ink) {
     AddInk(paper.Prepare(plane, direction, line, column, column), column, ink);
   }
@@ -27,21 +23,18 @@ class PictureTest : public testing::Test {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     ASSERT_NE(0, png_image_begin_read_from_file(&image, path.c_str()));
-    image.format = PNG_FORMAT_RGB;
-    std::vector<std::uint8_t> bytes(PNG_IMAGE_SIZE(image));
-    ASSERT_NE(0, png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr));
-    picture.assign(image.height, std::vector<std::uint32_t>(image.width));
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-      std::uint32_t& pixel = picture[i / 3 / image.width][i / 3 % image.width];
-      pixel = pixel << 8 | bytes[i];
-    }
+    image.format = PNG_FORMAT_BGRA;  // 0xFFrrggbb
+    std::vector<std::uint32_t> pixels(image.width * image.height);
+    ASSERT_NE(0, png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr));
+    picture.clear();
+    for (auto row = pixels.begin(); row != pixels.end(); row += image.width)
+      picture.emplace_back(row, row + image.width);
   }
 
+  const TempFolder folder;
+  const std::string path = (folder.Path() / "picture.png").string();
   Paper paper;
   PictureOptions options;
-  std::string path = (std::filesystem::temp_directory_path() /
-                      ("qrn-picture-" + std::to_string(getpid()) + ".png"))
-                         .string();
   Rows picture;
 };
 
@@ -57,7 +50,7 @@ TEST_F(PictureTest, LaysInksOnEachOtherLikeFilters) {
   Render();
   // Half covered is halfway to white: 127.5, 214.5, 247, rounded up. Under yellow: 0 x 255,
   // 0xAE x 0xF2 / 255, 0xEF x 0.
-  EXPECT_EQ((Rows{{kCyan, 0x80D7F7, kWhite}, {kWhite, kWhite, 0x00A500}}), picture);
+  EXPECT_EQ((Rows{{kCyan, 0xFF80D7F7, kWhite}, {kWhite, kWhite, 0xFF00A500}}), picture);
 }
 
 TEST_F(PictureTest, FitsItsWidthKeepsTheAspectAndFindsTheInkByItself) {
@@ -71,7 +64,7 @@ TEST_F(PictureTest, FitsItsWidthKeepsTheAspectAndFindsTheInkByItself) {
   ASSERT_EQ(20u, picture[7].size());
   EXPECT_EQ(kCyan, picture[0][0]);
   // Two columns of three: a third of white remains.
-  EXPECT_EQ((Rows{{kCyan, 0x55C9F4, kWhite}}),
+  EXPECT_EQ((Rows{{kCyan, 0xFF55C9F4, kWhite}}),
             (Rows{{picture[7].begin() + 5, picture[7].begin() + 8}}));
 }
 

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <numeric>
 
 #include "base/bytes.h"
@@ -51,88 +50,61 @@ Bytes Part(std::uint16_t number, std::uint16_t index, std::uint32_t words = 150)
   return Frame(0x0BAA, kind, number, index, 47, 4, words, 128);
 }
 
-class Wire : public testing::Test {
- protected:
-  std::string Take(const Bytes& bytes) {
-    receiver.Take(bytes.data(), bytes.size(), &messages);
-    return receiver.Violation();
-  }
-  WireReceiver receiver;
-  std::vector<WireMessage> messages;
-};
-
-TEST_F(Wire, NoticesEachBrokenPart) {
+TEST(Wire, NoticesEachBrokenPart) {
   struct Case {
-    Bytes write;
+    std::vector<Bytes> writes;  // of which the last one breaks a rule
     const char* violation;
-    Bytes before = {};  // a write that is right
   };
   std::vector<Case> cases = {
-      {Broken(16, 1, true), "kind F009 for index 0"},
-      {Broken(18, 1, true), "number 6 instead of 5"},
-      {Broken(20, 1, true), "F008 for index 1"},
-      {Broken(22, -1, true), "word 22"},
-      {Broken(24, 1, true), "2 chunks"},
-      {Broken(26, 1, true), "chunks announced"},
-      {Broken(28, 16, true), "chunks announced"},
-      {Frame(0x0BAA, 0xF008, 5, 0, 47, 0, 0, 128), "0 chunks announced for 0 words"},
-      {Broken(40, 1, false), "packet check"},
-      {Broken(96, 1, true), "not zero behind word 32"},
-      {Broken(124, 1, true), "not zero behind word 32"},
-      {Cut(CommandWrite(5), 126), "of 126 bytes"},
-      {Bytes(31), "no frame header"},
-      {Part(5, 1), "starts with chunk 1"},
-      {Part(5, 2), "chunk 2 instead of 1", Part(5, 0)},
-      {Part(6, 1), "chunk 1 belongs to another message", Part(5, 0)},
-      {Part(5, 1, 151), "chunk 1 belongs to another message", Part(5, 0)},
-      {Frame(0x1234, 0xF008, 5, 0, 9, 1, 10, 52), "type word 1234"},
-      {Cut(Group(10), 84), "group of 84 bytes, not 52"},  // with its zero tail
-      {Cut(Group(10), 50), "group of 50 bytes, not 52"},
-      {Frame(0x85B5, 0xF008, 5, 0, 8, 1, 10, 52), "9 words in a chunk of 10"},
-      {Frame(0x85B5, 0xF008, 5, 0, 4064, 1, 4065, 8162), "4065 words in a slot"},
-      {Cut(Group(5000), 8192), "ends in slot 1"},
-      {With(Group(5000), 8160), "slot 0 is not zero behind word 4064"},
-      {With(Group(5000), 8191), "slot 0 is not zero behind word 4064"},
-      {With(Group(6 * 4064 + 10), kGroupBytes - 8192 + 52), "slot 6 is not zero behind word 10"},
-      {Cut(Group(6 * 4064 + 10), kGroupBytes - 8192 + 52), "group of 49204 bytes, not 57344"},
-      {Cut(Group(7 * 4064 + 10), kGroupBytes + 52), "group of 57396 bytes, not 57344"},
+      {{Broken(16, 1, true)}, "kind F009 for index 0"},
+      {{Broken(18, 1, true)}, "number 6 instead of 5"},
+      {{Broken(20, 1, true)}, "F008 for index 1"},
+      {{Broken(22, -1, true)}, "word 22"},
+      {{Broken(24, 1, true)}, "2 chunks"},
+      {{Broken(26, 1, true)}, "chunks announced"},
+      {{Broken(28, 16, true)}, "chunks announced"},
+      {{Frame(0x0BAA, 0xF008, 5, 0, 47, 0, 0, 128)}, "0 chunks announced for 0 words"},
+      {{Broken(40, 1, false)}, "packet check"},
+      {{Broken(96, 1, true)}, "not zero behind word 32"},
+      {{Broken(124, 1, true)}, "not zero behind word 32"},
+      {{Cut(CommandWrite(5), 126)}, "of 126 bytes"},
+      {{Bytes(31)}, "no frame header"},
+      {{Part(5, 1)}, "starts with chunk 1"},
+      {{Part(5, 0), Part(5, 2)}, "chunk 2 instead of 1"},
+      {{Part(5, 0), Part(6, 1)}, "chunk 1 belongs to another message"},
+      {{Part(5, 0), Part(5, 1, 151)}, "chunk 1 belongs to another message"},
+      {{Frame(0x1234, 0xF008, 5, 0, 9, 1, 10, 52)}, "type word 1234"},
+      {{Cut(Group(10), 84)}, "group of 84 bytes, not 52"},  // with its zero tail
+      {{Cut(Group(10), 50)}, "group of 50 bytes, not 52"},
+      {{Frame(0x85B5, 0xF008, 5, 0, 8, 1, 10, 52)}, "9 words in a chunk of 10"},
+      {{Frame(0x85B5, 0xF008, 5, 0, 4064, 1, 4065, 8162)}, "4065 words in a slot"},
+      {{Cut(Group(5000), 8192)}, "ends in slot 1"},
+      {{With(Group(5000), 8160)}, "slot 0 is not zero behind word 4064"},
+      {{With(Group(5000), 8191)}, "slot 0 is not zero behind word 4064"},
+      {{With(Group(6 * 4064 + 10), kGroupBytes - 8192 + 52)}, "slot 6 is not zero behind word 10"},
+      {{Cut(Group(6 * 4064 + 10), kGroupBytes - 8192 + 52)}, "group of 49204 bytes, not 57344"},
+      {{Cut(Group(7 * 4064 + 10), kGroupBytes + 52)}, "group of 57396 bytes, not 57344"},
   };
   for (std::size_t word = 0; word < 7; ++word)
-    cases.push_back({Broken(2 * word, 1, true), "constant word"});
+    cases.push_back({{Broken(2 * word, 1, true)}, "constant word"});
   for (std::size_t word = 7; word < 16; ++word)
-    cases.push_back({Broken(2 * word, 1, false), "check"});
+    cases.push_back({{Broken(2 * word, 1, false)}, "check"});
   for (const Case& expected : cases) {
     SCOPED_TRACE(expected.violation);
-    receiver = WireReceiver{};
-    messages.clear();
-    EXPECT_EQ("", Take(CommandWrite(4)));
-    if (!expected.before.empty()) {
-      EXPECT_EQ("", Take(expected.before));
-    }
-    const std::string violation = Take(expected.write);
-    EXPECT_NE(std::string::npos, violation.find(expected.violation)) << violation;
-    EXPECT_EQ(0u, violation.find(expected.before.empty() ? "write 2: " : "write 3: "));
+    WireReceiver receiver;
+    std::vector<WireMessage> messages;
+    const auto take = [&](const Bytes& write) {
+      EXPECT_EQ("", receiver.Violation());
+      receiver.Take(write.data(), write.size(), &messages);
+    };
+    take(CommandWrite(4));
+    for (const Bytes& write : expected.writes) take(write);
+    const std::string place = "write " + std::to_string(1 + expected.writes.size()) + ": ";
+    EXPECT_EQ(0u, receiver.Violation().find(place));
+    EXPECT_NE(std::string::npos, receiver.Violation().find(expected.violation))
+        << receiver.Violation();
     EXPECT_EQ(1u, messages.size());
   }
-}
-
-TEST_F(Wire, TakesAMessageOfEachLengthAndAnInterruptedOneAgain) {
-  for (const std::uint32_t words : {10u, 4064u, 5000u, 6 * 4064u + 10, 7 * 4064u}) {
-    receiver = WireReceiver{};
-    messages.clear();
-    Bytes group = Group(words);
-    std::iota(group.begin() + 32, group.begin() + 52, std::uint8_t{0});
-    EXPECT_EQ("", Take(group));
-    ASSERT_EQ(1u, messages.size()) << words;
-    EXPECT_TRUE(messages[0].isData);
-    EXPECT_EQ(2 * words, messages[0].bytes.size());
-    EXPECT_EQ(0x0F, messages[0].bytes[15]);
-  }
-  EXPECT_EQ("", Take(Part(6, 0)));
-  receiver.Reopened();  // the rest of it never came
-  EXPECT_EQ("", Take(CommandWrite(6)));
-  EXPECT_EQ("", Take(CommandWrite(7)));
-  EXPECT_NE("", Take(CommandWrite(7)));
 }
 
 TEST(Replies, AreCutIntoPacketsAndJoinedAgain) {
@@ -143,6 +115,7 @@ TEST(Replies, AreCutIntoPacketsAndJoinedAgain) {
   std::iota(reply.begin(), reply.end(), std::uint8_t{1});
   const auto packets = packer.Pack(reply);
   ASSERT_EQ(3u, packets.size());
+  EXPECT_FALSE(joiner.Take(packets[0].data()).has_value());  // breaks off and begins again
   const std::uint16_t kinds[3] = {0xF001, 0xF004, 0xF002}, words[3] = {47, 47, 14};
   for (std::uint16_t i = 0; i < 3; ++i) {
     Bytes expected = Frame(0x0BAA, kinds[i], 2, i, words[i], 3, 108, 128);

@@ -34,9 +34,8 @@ class FakePlatform : public ForwardingPlatform {
   std::uint32_t nowMs = 1000;
   std::vector<std::uint32_t> sleeps;
   std::function<void()> onSleep;  // plays the other thread
-  LocalTime localTime{2024, 3, 7, 9, 5, 2};
   std::uint32_t localeId = 0x0409;
-  std::vector<std::pair<std::string, std::string>> boxes;  // text, caption
+  std::vector<std::string> boxes;  // their texts
 
   UsbList UsbListOpen() override { return 1; }
   UsbPathStatus UsbListPath(UsbList, std::uint32_t index, const char** path) override {
@@ -72,11 +71,9 @@ class FakePlatform : public ForwardingPlatform {
     nowMs += ms;
     if (onSleep) onSleep();
   }
-  LocalTime LocalTimeNow() override { return localTime; }
+  LocalTime LocalTimeNow() override { return {2024, 3, 7, 9, 5, 2}; }
   std::uint32_t SystemLocaleId() override { return localeId; }
-  void ShowBox(const char* text, const char* caption) override {
-    boxes.emplace_back(text, caption);
-  }
+  void ShowBox(const char* text, const char*) override { boxes.emplace_back(text); }
 };
 
 }  // namespace qrn

@@ -5,8 +5,6 @@
 
 #include "support/log_text.h"
 
-namespace fs = std::filesystem;
-
 JobFixture::JobFixture() {
   job = qrn::Job{};
   job.nSwathLimit = 0xFFFFFFFF;
@@ -17,21 +15,24 @@ JobFixture::JobFixture() {
 JobFixture::~JobFixture() { job = qrn::Job{}; }
 
 std::string JobFixture::TakeLog() {
-  std::ifstream file(job.szLogFile, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  fs::remove(job.szLogFile);
+  const std::string bytes = BytesOf(job.szLogFile);
+  std::filesystem::remove(job.szLogFile);
   return CodePageToUtf8(bytes);
+}
+
+std::string BytesOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 testing::AssertionResult HasLines(const std::string& log, const std::vector<std::string>& lines) {
   std::size_t at = 0;
   for (const std::string& line : lines) {
-    const std::size_t found = log.find(line, at);
-    if (found == std::string::npos) {
-      return testing::AssertionFailure() << "no \"" << line << "\" behind the lines before it in\n"
+    at = log.find(line, at);
+    if (at == std::string::npos)
+      return testing::AssertionFailure() << "no \"" << line << "\" after the lines before it in\n"
                                          << log;
-    }
-    at = found + line.size();
+    at += line.size();
   }
   return testing::AssertionSuccess();
 }

@@ -28,7 +28,9 @@ class JobFixture : public testing::Test {
   const std::filesystem::path& folder = folder_.Path();
 };
 
-// True when `lines` stand in the log, one behind the other.
+std::string BytesOf(const std::filesystem::path& path);
+
+// True when `lines` stand in the log, one after the other.
 testing::AssertionResult HasLines(const std::string& log, const std::vector<std::string>& lines);
 
 #endif  // QRN_TESTS_SUPPORT_JOB_FIXTURE_H_

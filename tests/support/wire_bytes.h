@@ -2,7 +2,10 @@
 #ifndef QRN_TESTS_SUPPORT_WIRE_BYTES_H_
 #define QRN_TESTS_SUPPORT_WIRE_BYTES_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <utility>
 #include <vector>
 
 #include "base/bytes.h"
@@ -11,46 +14,32 @@ namespace qrn::sim {
 
 using Bytes = std::vector<std::uint8_t>;
 
-inline Bytes Command(std::uint8_t code) {
+// A packet with words at some offsets.
+inline Bytes Command(std::uint8_t code,
+                     std::initializer_list<std::pair<std::size_t, std::uint16_t>> words = {}) {
   Bytes packet(64);
   packet[0] = code;
+  for (const auto& [at, word] : words) PutU16(&packet[at], word);
   return packet;
 }
 
-inline Bytes Connect() {
-  Bytes packet = Command(2);
-  packet[32] = packet[33] = 0x11, packet[34] = 0x13, packet[35] = 0x20;
-  return packet;
-}
+inline Bytes Connect() { return Command(2, {{32, 0x1111}, {34, 0x2013}}); }
 
-inline Bytes JobCreate() {
-  Bytes packet = Command(3);
-  packet[6] = 0xCF, packet[8] = 4, packet[10] = 25, packet[11] = 1;
-  PutU16(&packet[14], 1800);
-  PutU16(&packet[16], 1440);
-  PutU16(&packet[34], 0x2015);
-  return packet;
-}
-
-// Like the job create before it, with another code.
+// A job create, or what has the same fields under another code.
 inline Bytes InJob(std::uint8_t code) {
-  Bytes packet = JobCreate();
-  packet[0] = code;
-  return packet;
+  return Command(code, {{6, 0xCF}, {8, 4}, {10, 0x0119}, {14, 1800}, {16, 1440}, {34, 0x2015}});
 }
+inline Bytes JobCreate() { return InJob(3); }
 
 inline Bytes Swath(std::uint32_t number, std::uint32_t bytes) {
-  Bytes packet = Command(4);
+  Bytes packet = Command(4, {{36, 377}});
   PutU32(&packet[8], bytes);
-  PutU16(&packet[36], 377);
   PutU32(&packet[48], number);
   return packet;
 }
 
 inline Bytes BufferQuery(std::uint32_t bytes) {
-  Bytes packet = Command(12);
-  PutU32(&packet[8], bytes);
-  return packet;
+  return Command(12, {{8, Low16(bytes)}, {10, Low16(bytes >> 16)}});
 }
 
 inline void Sign(Bytes* packet) {

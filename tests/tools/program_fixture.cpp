@@ -22,30 +22,40 @@ std::size_t Count(const std::string& text, const std::string& part) {
   return count;
 }
 
-void Program::Run(const std::string& arguments, const std::string& before) {
+Program::Program() {
+  Write("print-page", "#!/bin/sh\nexec \"$program\" \"$@\" --virtual-time\n");
+  EXPECT_EQ(
+      0, Shell("cp '" QRN_INPUTS "'/* .; mkdir tmp bin; chmod +x print-page; mv print-page bin"));
+}
+
+int Program::Shell(const std::string& command) const {
+  const std::string setting = "cd '" + folder.Path("") +
+                              "'; here=$PWD; export program='" QRN_PRINT_PAGE
+                              "' TMPDIR=\"$here/tmp\" PATH=\"$here/bin:$PATH\"; ";
+  const int status = std::system((setting + command).c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void Program::Write(const std::string& name, const std::string& bytes) const {
+  std::ofstream(folder.Path(name), std::ios::binary) << bytes;
+}
+
+void Program::Run(const std::string& command) {
   const auto files = [this] {
     return std::distance(fs::directory_iterator(folder.Path("tmp")), {});
   };
   const auto filesBefore = files();
-  const std::string command = "cd '" + folder.Path("") + "' && here=\"$PWD\" && " +
-                              "export TMPDIR=\"$here/tmp\" && " + before +
-                              " '" QRN_PRINT_PAGE "' " + arguments +
-                              " --virtual-time >\"$here/out\" 2>\"$here/err\"";
-  const int status = std::system(command.c_str());
-  exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  exitCode = Shell("(" + command + ") >\"$here/out\" 2>\"$here/err\"");
   out = Contents(folder.Path("out"));
   err = Contents(folder.Path("err"));
   EXPECT_EQ(filesBefore, files()) << "temporary files stay";
 }
 
-void Program::Write(const std::string& name, const std::string& bytes) {
-  std::ofstream(folder.Path(name), std::ios::binary) << bytes;
-}
-
-void Program::ExpectExit(int code, const std::string& said) const {
-  EXPECT_EQ(code, exitCode) << out << err;
-  EXPECT_NE(std::string::npos, (code == 0 ? out : err).find(said)) << out << err;
-  EXPECT_EQ(static_cast<std::size_t>(code), Count(err, "\n")) << err;
+void Program::Expect(int code, const std::string& command, const std::string& said) {
+  Run(command);
+  EXPECT_EQ(code, exitCode) << command << "\n" << out << err;
+  EXPECT_NE(0u, Count(code == 0 ? out : err, said)) << command << "\n" << out << err;
+  EXPECT_EQ(static_cast<std::size_t>(code), Count(err, "\n")) << command << "\n" << err;
 }
 
 std::vector<std::array<double, 4>> Program::InkOnPaper() const {

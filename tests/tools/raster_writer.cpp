@@ -1,27 +1,49 @@
 #include "tools/raster_writer.h"
 
-#include <random>
+#include <vector>
 
 namespace {
+
+struct PackedLine {
+  std::vector<std::uint8_t> bytes;
+  unsigned bitsUsed = 0;
+
+  void Put(unsigned value, unsigned bits) {
+    if (bitsUsed % 8 == 0) bytes.push_back(0);
+    bytes.back() |= static_cast<std::uint8_t>(value << (8 - bits - bitsUsed % 8));
+    bitsUsed += bits;
+  }
+  void EndByte() { bitsUsed = static_cast<unsigned>(bytes.size()) * 8; }
+};
 
 unsigned BitsPerPixel(const RasterFormat& format) {
   return format.order == CUPS_ORDER_CHUNKED ? format.bits * format.colors + format.padding
                                             : format.bits;
 }
 
-// Of one colour in a banded or planar line.
-unsigned PlaneBytes(const RasterFormat& format) { return (format.width * format.bits + 7) / 8; }
-
-unsigned LineBytes(const RasterFormat& format) {
-  if (format.order == CUPS_ORDER_PLANAR) return PlaneBytes(format);
-  if (format.order == CUPS_ORDER_BANDED) return PlaneBytes(format) * format.colors;
-  // libcups takes lines of whole pixels, each rounded up to bytes.
-  const unsigned pixelBytes = (BitsPerPixel(format) + 7) / 8;
-  const unsigned bytes = (format.width * BitsPerPixel(format) + 7) / 8;
-  return (bytes + pixelBytes - 1) / pixelBytes * pixelBytes;
+// Colours `first` to `end`: all, or one of them when planar.
+std::vector<std::uint8_t> LineOf(const RasterFormat& format, std::uint64_t seed, unsigned first,
+                                 unsigned end, unsigned y) {
+  PackedLine line;
+  const auto put = [&](unsigned color, unsigned x) {
+    line.Put(ValueAt(format, seed, color, x, y), format.bits);
+  };
+  if (format.order == CUPS_ORDER_CHUNKED) {
+    for (unsigned x = 0; x < format.width; ++x) {
+      for (unsigned bit = 0; bit < format.padding; ++bit) line.Put(1, 1);  // nobody's ink
+      for (unsigned color = first; color < end; ++color) put(color, x);
+    }
+    // libcups takes lines of whole pixels, each rounded up to bytes.
+    while (line.bytes.size() % ((BitsPerPixel(format) + 7) / 8) != 0) line.bytes.push_back(0);
+    return line.bytes;
+  }
+  for (unsigned color = first; color < end; ++color, line.EndByte()) {
+    for (unsigned x = 0; x < format.width; ++x) put(color, x);
+  }
+  return line.bytes;
 }
 
-cups_page_header2_t HeaderOf(const RasterFormat& format) {
+cups_page_header2_t HeaderOf(const RasterFormat& format, std::size_t lineBytes) {
   cups_page_header2_t header{};
   header.cupsColorSpace = format.space;
   header.cupsColorOrder = format.order;
@@ -32,47 +54,22 @@ cups_page_header2_t HeaderOf(const RasterFormat& format) {
   header.cupsHeight = format.lines;
   header.HWResolution[0] = 1440;
   header.HWResolution[1] = 360;
-  header.cupsBytesPerLine = LineBytes(format);
+  header.cupsBytesPerLine = static_cast<unsigned>(lineBytes);
   return header;
-}
-
-// Colours `first` to `end`: all, or one of them when planar.
-std::vector<std::uint8_t> LineOf(const RasterFormat& format, const std::vector<std::uint8_t>& noise,
-                                 unsigned first, unsigned end, unsigned y) {
-  std::vector<std::uint8_t> line(LineBytes(format));
-  const auto put = [&line](unsigned bit, unsigned bits, unsigned value) {
-    line[bit / 8] |= static_cast<std::uint8_t>(value << (8 - bits - bit % 8));
-  };
-  const bool chunked = format.order == CUPS_ORDER_CHUNKED;
-  for (unsigned x = 0; x < format.width; ++x) {
-    const unsigned pixel = x * BitsPerPixel(format);
-    for (unsigned bit = 0; chunked && bit < format.padding; ++bit)
-      put(pixel + bit, 1, 1);  // that nobody may take for ink
-    for (unsigned color = first; color < end; ++color) {
-      const unsigned start =
-          chunked ? format.padding + color * format.bits : (color - first) * PlaneBytes(format) * 8;
-      put(pixel + start, format.bits, ValueAt(noise, format, color, x, y));
-    }
-  }
-  return line;
 }
 
 }  // namespace
 
-unsigned ValueAt(const std::vector<std::uint8_t>& noise, const RasterFormat& format, unsigned color,
-                 unsigned x, unsigned y) {
-  return noise[(color * format.lines + y) * format.width + x] & ((1u << format.bits) - 1u);
+unsigned ValueAt(const RasterFormat& format, std::uint64_t seed, unsigned color, unsigned x,
+                 unsigned y) {
+  if (format.blank) return 0;
+  const std::uint64_t place = (std::uint64_t{color} * format.lines + y) * format.width + x;
+  std::uint64_t mixed = (place + (seed << 32) + 1) * 0x9E3779B97F4A7C15u;
+  mixed = (mixed ^ mixed >> 32) * 0xD6E8FEB86659FD93u;
+  return static_cast<unsigned>(mixed >> 32) & ((1u << format.bits) - 1u);
 }
 
-std::vector<std::uint8_t> NoiseFor(const RasterFormat& format, std::uint64_t seed) {
-  std::mt19937_64 random(seed);
-  std::vector<std::uint8_t> noise(std::size_t{format.colors} * format.lines * format.width);
-  for (auto& byte : noise) byte = static_cast<std::uint8_t>(random());
-  return noise;
-}
-
-std::string WriteRaster(const RasterFormat& format, const std::vector<std::uint8_t>& noise,
-                        const std::function<void(cups_page_header2_t*)>& change) {
+std::string WriteRaster(const RasterFormat& format, std::uint64_t seed) {
   std::string stream;
   cups_raster_t* raster = cupsRasterOpenIO(
       [](void* context, unsigned char* bytes, size_t count) {
@@ -81,14 +78,12 @@ std::string WriteRaster(const RasterFormat& format, const std::vector<std::uint8
       },
       &stream, format.mode);
   const unsigned colorsOfLine = format.order == CUPS_ORDER_PLANAR ? 1 : format.colors;
+  cups_page_header2_t header = HeaderOf(format, LineOf(format, seed, 0, colorsOfLine, 0).size());
   for (unsigned page = 0; page < format.pages; ++page) {
-    cups_page_header2_t header = HeaderOf(format);
-    if (change) change(&header);
     cupsRasterWriteHeader2(raster, &header);
     for (unsigned color = 0; color < format.colors; color += colorsOfLine) {
       for (unsigned y = 0; y < format.lines; ++y) {
-        auto line = LineOf(format, noise, color, color + colorsOfLine, y);
-        line.resize(header.cupsBytesPerLine);
+        auto line = LineOf(format, seed, color, color + colorsOfLine, y);
         cupsRasterWritePixels(raster, line.data(), header.cupsBytesPerLine);
       }
     }

@@ -1,13 +1,11 @@
-// Writes CUPS rasters of noise, in every order and depth.
+// Writes CUPS rasters of noise, in every order and depth, through libcups.
 #ifndef QRN_TESTS_TOOLS_RASTER_WRITER_H_
 #define QRN_TESTS_TOOLS_RASTER_WRITER_H_
 
 #include <cups/raster.h>
 
 #include <cstdint>
-#include <functional>
 #include <string>
-#include <vector>
 
 struct RasterFormat {
   cups_cspace_t space = CUPS_CSPACE_CMYK;
@@ -17,17 +15,13 @@ struct RasterFormat {
   unsigned padding = 0;  // bits in front of the colours of a chunked pixel
   cups_mode_t mode = CUPS_RASTER_WRITE;
   unsigned pages = 1;
+  bool blank = false;
 };
 
 // The value of a colour at a place, the same however the raster is ordered.
-unsigned ValueAt(const std::vector<std::uint8_t>& noise, const RasterFormat& format, unsigned color,
-                 unsigned x, unsigned y);
+unsigned ValueAt(const RasterFormat& format, std::uint64_t seed, unsigned color, unsigned x,
+                 unsigned y);
 
-// As many bytes of noise as the format has values.
-std::vector<std::uint8_t> NoiseFor(const RasterFormat& format, std::uint64_t seed);
-
-// `change` may break the header before it is written.
-std::string WriteRaster(const RasterFormat& format, const std::vector<std::uint8_t>& noise,
-                        const std::function<void(cups_page_header2_t*)>& change = {});
+std::string WriteRaster(const RasterFormat& format, std::uint64_t seed);
 
 #endif  // QRN_TESTS_TOOLS_RASTER_WRITER_H_

@@ -19,10 +19,6 @@ T* TableOf(HMODULE dll, std::size_t directory) {
   return At<T>(dll, nt->OptionalHeader.DataDirectory[directory].VirtualAddress);
 }
 
-const IMAGE_EXPORT_DIRECTORY& ExportsOf(HMODULE dll) {
-  return *TableOf<const IMAGE_EXPORT_DIRECTORY>(dll, IMAGE_DIRECTORY_ENTRY_EXPORT);
-}
-
 }  // namespace
 
 std::vector<Import> ImportsOf(HMODULE dll) {
@@ -58,12 +54,11 @@ void Redirect(HMODULE dll, const std::vector<Replacement>& replacements) {
 }
 
 std::vector<std::string> ExportNamesOf(HMODULE dll) {
-  const IMAGE_EXPORT_DIRECTORY& exports = ExportsOf(dll);
+  const auto& exports = *TableOf<const IMAGE_EXPORT_DIRECTORY>(dll, IMAGE_DIRECTORY_ENTRY_EXPORT);
   const auto* names = At<const std::uint32_t>(dll, exports.AddressOfNames);
   std::vector<std::string> result;
   for (std::uint32_t i = 0; i < exports.NumberOfNames; ++i)
     result.emplace_back(At<const char>(dll, names[i]));
+  result.resize(exports.NumberOfFunctions);
   return result;
 }
-
-std::size_t ExportCountOf(HMODULE dll) { return ExportsOf(dll).NumberOfFunctions; }

@@ -25,9 +25,7 @@ std::vector<Import> ImportsOf(HMODULE dll);
 // Leads these calls of the DLL elsewhere. Fails the process when it does not import all of them.
 void Redirect(HMODULE dll, const std::vector<Replacement>& replacements);
 
-// Names of what the DLL exports, in the order of the table.
+// Names of what the DLL exports, in the order of the table; "" for each that has none.
 std::vector<std::string> ExportNamesOf(HMODULE dll);
-// Entries of its address table, those without a name included.
-std::size_t ExportCountOf(HMODULE dll);
 
 #endif  // QRN_TESTS_WINDOWS_IMAGE_TABLES_H_

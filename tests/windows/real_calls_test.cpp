@@ -1,92 +1,103 @@
 // What happens between the DLL and the real system: threads that must be ended by force, a host
-// that unloads the library or holds the loader's lock, calls that come while another is running.
-// The log folder is there, since that is where a thread is most often caught. Boxes need a screen:
-// on_a_screen gives one.
+// that unloads the library or holds the loader's lock, calls that come while another is running,
+// boxes. Only the devices are virtual. The log folder is there, since that is where a thread is
+// most often caught. Boxes need a screen: on_a_screen gives one.
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
-#include <optional>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
-#include "jobs/log_folder.h"
 #include "qrn_driver.h"
+#include "sim/time/real_time.h"
 #include "sim/virtual_printer.h"
+#include "support/forwarding_platform.h"
+#include "support/log_folder.h"
+#include "support/log_text.h"
+#include "support/quirk_text.h"
 #include "windows/loaded_dll.h"
-#include "windows/real_device.h"
 
 namespace {
 
-using qrn::sim::Quirk;
-using qrn::sim::QuirkScript;
 using qrn::sim::VirtualPrinter;
 
-constexpr std::uint32_t kWidth = 48, kLines = 2, kFast = 100;
-constexpr std::uint64_t kPageInk = 1ull * kLines * kWidth * 3;  // of one colour
-
-QuirkScript Script(const std::string& text, std::size_t times = 1) {
-  Quirk quirk;
-  std::string error;
-  if (!qrn::sim::ParseQuirk(text, &quirk, &error)) ADD_FAILURE() << text << ": " << error;
-  return QuirkScript(times, quirk);
-}
-
-VirtualPrinter Printer(const QuirkScript& quirks = {}) {
-  return VirtualPrinter(qrn::sim::Machine{}, quirks);
-}
-
-// A host of the line family.
-class Host {
+// The printer on its cable. A read that no reply ends is held in the kernel for good, as a driver
+// holds it. The library's clock, not the printer's, may be a fast one.
+class Cable final : public qrn::ForwardingPlatform {
  public:
-  explicit Host(std::uint32_t speed) { LeadDeviceCallsHere(dll_->Handle(), speed); }
+  explicit Cable(VirtualPrinter& printer, std::uint32_t speed = 1)
+      : ForwardingPlatform(qrn::sim::RealTimePlatform()), printer_(printer), speed_(speed) {
+    qrn::sim::PlugIntoRealTime(&printer, nullptr);
+    qrn::UsePlatform(this);
+  }
+  ~Cable() override {
+    qrn::UsePlatform(nullptr);
+    qrn::sim::PlugIntoRealTime(nullptr, nullptr);
+  }
+  bool IsReadHeld() const { return held_; }
 
-  int Init() {
-    HostJobDesc desc{};
-    desc.resX = 1440;
-    desc.resY = 360;
-    desc.height = kLines;
-    desc.width = kWidth;
-    desc.colors = 8;
-    desc.bitsPerPixel = 2;
-    return Find<decltype(PP_Init)>("PP_Init")(&desc);
-  }
-  int SendLine(std::uint32_t color) {
-    const std::vector<std::uint8_t> line(kWidth / 4, color == 0 ? 0xFF : 0);
-    return Find<decltype(PP_SendALineAColorData)>("PP_SendALineAColorData")(color, kWidth / 4,
-                                                                            line.data(), 0);
-  }
-  // Fewer swaths than the queue has room for, so that it returns whatever the printer does.
-  void SendPage() {
-    for (std::uint32_t i = 0; i < 8 * kLines; ++i) (void)SendLine(i % 8);
-  }
-  int Uninit() { return Find<decltype(PP_Uninit)>("PP_Uninit")(); }
-
-  // A whole job on a printer that does nothing wrong.
-  void PrintAPage() {
-    VirtualPrinter printer = Printer();
-    PlugIn(&printer);
-    ASSERT_EQ(1, Init());
-    SendPage();
-    ASSERT_EQ(1, Uninit());
-    EXPECT_EQ("", printer.Violation());
-    EXPECT_EQ(1u, printer.Stats().jobsEnded);
-    EXPECT_EQ(kPageInk, printer.Stats().inkLaid);
-  }
-  void Unload() { dll_.reset(); }
-
-  template <class Function>
-  Function* Find(const char* name) const {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(dll_->Find(name)));
+  std::uint32_t TickMs() override { return GetTickCount() * speed_; }
+  void SleepMs(std::uint32_t ms) override { Sleep((ms + speed_ - 1) / speed_); }
+  bool BulkRead(qrn::DeviceHandle device, void* data, std::uint32_t bytes) override {
+    for (const DWORD begin = GetTickCount();;) {
+      const DWORD now = GetTickCount();
+      const qrn::UsbStep step = printer_.Read(static_cast<std::uint32_t>(device),
+                                              static_cast<std::uint8_t*>(data), bytes, now);
+      if (step.state == qrn::UsbStep::kFailed) SetLastError(step.value);
+      if (step.state != qrn::UsbStep::kWait) return step.state == qrn::UsbStep::kDone;
+      if (now - begin > kHeldAfterMs) {
+        held_ = true;
+        Sleep(INFINITE);
+      }
+      // One that is nearly due is as good as ready: the thread never rests, and is hard to end.
+      if (step.value - now > 2) Sleep(1);
+    }
   }
 
  private:
-  std::optional<LoadedDll> dll_{std::in_place};
+  static constexpr DWORD kHeldAfterMs = 100;  // no reply here comes later than this
+
+  VirtualPrinter& printer_;
+  std::uint32_t speed_;
+  std::atomic<bool> held_ = false;
 };
+
+// A host of the line family.
+constexpr std::uint32_t kWidth = 48, kLines = 2;
+constexpr std::uint64_t kPageInk = 1ull * kLines * kWidth * 3;  // of one colour
+
+int Init() {
+  const HostJobDesc page = {0, 1440, 360, 0, kLines, kWidth, 0, 8, 2, {}};
+  return PP_Init(&page);
+}
+int SendLine(std::uint32_t color) {
+  const std::vector<std::uint8_t> line(kWidth / 4, color == 0 ? 0xFF : 0);
+  return PP_SendALineAColorData(color, kWidth / 4, line.data(), 0);
+}
+// Fewer swaths than the queue has room for, so that it returns whatever the printer does.
+void SendPage() {
+  for (std::uint32_t i = 0; i < 8 * kLines; ++i) (void)SendLine(i % 8);
+}
+// A whole job in which the printer does nothing wrong.
+void PrintAPage(const VirtualPrinter& printer) {
+  const qrn::sim::PrinterStats before = printer.Stats();
+  ASSERT_EQ(1, Init());
+  SendPage();
+  ASSERT_EQ(1, PP_Uninit());
+  EXPECT_EQ("", printer.Violation());
+  EXPECT_EQ(before.jobsEnded + 1, printer.Stats().jobsEnded);
+  EXPECT_EQ(before.inkLaid + kPageInk, printer.Stats().inkLaid);
+}
+void PrintAPage() {
+  VirtualPrinter printer{qrn::sim::Machine{}};
+  const Cable cable(printer);
+  PrintAPage(printer);
+}
 
 bool WaitFor(const std::function<bool()>& ready) {
   for (int poll = 0; poll < 6000; ++poll) {
@@ -96,193 +107,198 @@ bool WaitFor(const std::function<bool()>& ready) {
   return false;
 }
 
-bool IsBoxOpen() { return FindWindowA(nullptr, "Tip") != nullptr; }
+HWND OpenBox() { return FindWindowA(nullptr, "Tip"); }
+void PressOk() { PostMessageA(OpenBox(), WM_COMMAND, IDOK, 0); }
+
+std::ptrdiff_t LogsWith(const std::string& text) {
+  const std::vector<std::string> logs = LogFolder::Logs();
+  return std::count_if(logs.begin(), logs.end(), [&text](const std::string& log) {
+    return CodePageToUtf8(log).find(text) != std::string::npos;
+  });
+}
+
+class RealCalls : public testing::Test {
+ protected:
+  RealCalls() { RenewDll(SystemCalls::kDevices); }
+  const LogFolder folder_;
+};
 
 // A job whose transmit thread does not end by itself, up to the moment when it no longer can.
-struct Kind {
-  QuirkScript quirks;
-  std::function<bool(const VirtualPrinter&)> stands;
-  bool leavesByItself;  // when it is asked to
+struct Hang {
+  std::vector<const char*> quirks;
+  std::function<bool(const Cable&)> stands;
 };
 
 // Polls of a pause are refused for ever and asked again at once: the thread is busy, most of all
 // with its log.
-Kind PollRefused() {
-  QuirkScript quirks = Script("pause:at=1,ms=1000");
-  for (const Quirk& refusal : Script("refuse:on=poll,status=9,count=1000", 1000))
-    quirks.push_back(refusal);
-  // Nothing else takes as many bytes as that in commands: each is a packet of 128.
-  const auto polls = [sent = std::uint64_t{0}, row = 0](const VirtualPrinter& printer) mutable {
-    const std::uint64_t before = std::exchange(sent, printer.Stats().bytesReceived);
-    row = printer.Stats().swaths != 0 && sent != before && sent < before + 8192 ? row + 1 : 0;
-    return row == 5;
-  };
-  return {quirks, polls, true};
+Hang PollRefused() {
+  std::vector<const char*> quirks(100, "refuse:on=poll,status=9,count=1000");
+  quirks.push_back("pause:at=1,ms=1000");
+  return {quirks, [](const Cable&) {
+            return LogFolder::Logs().back().find("Tx Cmm 10-A(9)") != std::string::npos;
+          }};
 }
-Kind Silence() {
-  return {Script("silence:at=1"), [](const VirtualPrinter&) { return IsReadHeld(); }, false};
+// The link is given up, and nobody closes the box that says so.
+Hang BoxLeftOpen() {
+  return {{"write-fails:at=2,on=swath", "open-fails:at=2,count=6"},
+          [](const Cable&) { return OpenBox() != nullptr; }};
 }
-// The link is given up, which takes 30 s, and nobody closes the box that says so.
-Kind BoxLeftOpen() {
-  return {Script("unplug:msg=6"), [](const VirtualPrinter&) { return IsBoxOpen(); }, true};
+Hang Silence() {
+  return {{"silence:at=1"}, [](const Cable& cable) { return cable.IsReadHeld(); }};
 }
 
-// The next start must end the thread, and print; so must the one after it.
-void EndByForce(Host& host, const Kind& kind) {
-  VirtualPrinter printer = Printer(kind.quirks);
-  PlugIn(&printer);
-  ASSERT_EQ(1, host.Init());
-  host.SendPage();
-  ASSERT_TRUE(WaitFor([&] { return kind.stands(printer); }));
-  const int before = TerminatedThreads();
-  host.PrintAPage();
-  if (kind.leavesByItself) {
-    EXPECT_EQ(before, TerminatedThreads());
+// On a clock that is a hundred times as fast for the library: it gives a thread 21 s to end.
+class ForcedEnds : public RealCalls {
+ protected:
+  // The next start must end the thread, and print.
+  static void EndByForce(const Hang& hang) {
+    VirtualPrinter printer(qrn::sim::Machine{}, Script(hang.quirks));
+    const Cable cable(printer, 100);
+    ASSERT_EQ(1, Init());
+    SendPage();
+    ASSERT_TRUE(WaitFor([&] { return hang.stands(cable); }));
+    PrintAPage(printer);
+    EXPECT_EQ(nullptr, OpenBox());
   }
-  EXPECT_FALSE(IsBoxOpen());
-}
-
-std::size_t LogsWith(const std::string& text) {
-  const std::vector<std::string> logs = LogFolder::Logs();
-  return static_cast<std::size_t>(
-      std::count_if(logs.begin(), logs.end(), [&text](const std::string& log) {
-        EXPECT_EQ(std::string::npos, log.find('\0'));
-        return log.find(text) != std::string::npos;
-      }));
-}
-
-// "The transmit thread is made to leave", in code page 936.
-constexpr char kForced[] = "\xC7\xBF\xD0\xD0\xCD\xCB\xB3\xF6TX";
-
-TEST(ForcedEnds, AHundredInARow) {
-  const LogFolder folder;
-  Host host(kFast);
-  for (int i = 0; i < 100 && !testing::Test::HasFailure(); ++i) {
-    SCOPED_TRACE(i);
-    EndByForce(host, i == 50 ? BoxLeftOpen() : i % 4 == 0 ? PollRefused() : Silence());
+  static void ExpectInTheLogs(int ends) {
+    EXPECT_EQ(2 * ends, LogsWith(""));
+    EXPECT_EQ(ends, LogsWith("强行退出TX线程"));
+    EXPECT_EQ(ends, LogsWith("jobend: "));
+    EXPECT_EQ(0, LogsWith(std::string(1, '\0')));
   }
-  EXPECT_EQ(100u, LogsWith(kForced));
-  EXPECT_EQ(100u, LogsWith("jobend: "));
+};
+
+// A library that had to stop it where it stands would stay loaded.
+TEST_F(ForcedEnds, FiftyInARowOfAThreadThatLeavesWhenAsked) {
+  for (int i = 0; i < 50 && !HasFailure(); ++i)
+    EndByForce(i % 10 == 5 ? BoxLeftOpen() : PollRefused());
+  ExpectInTheLogs(50);
+  EXPECT_TRUE(UnloadDll());
 }
 
-// On the true clock the end takes 21 s.
-void EndByForceInFullTime(const Kind& kind) {
-  const LogFolder folder;
-  Host host(1);
-  EndByForce(host, kind);
-  EXPECT_EQ(1u, LogsWith(kForced)) << LogFolder::Logs()[0];
+// It stays loaded: the thread may still be on its way back into it.
+TEST_F(ForcedEnds, FiftyInARowOfAThreadThatIsHeldByItsDriver) {
+  for (int i = 0; i < 50 && !HasFailure(); ++i) EndByForce(Silence());
+  ExpectInTheLogs(50);
+  EXPECT_FALSE(UnloadDll());
 }
-TEST(ForcedEndsInFullTime, PollRefused) { EndByForceInFullTime(PollRefused()); }
-TEST(ForcedEndsInFullTime, Silence) { EndByForceInFullTime(Silence()); }
-TEST(ForcedEndsInFullTime, BoxLeftOpen) { EndByForceInFullTime(BoxLeftOpen()); }
 
 // A thread cannot end while another holds the loader's lock, as a host does in its DllMain.
-TEST(LoaderLock, HeldByTheHostDoesNotHoldTheEndOfAJob) {
+TEST_F(RealCalls, AJobEndsWhileTheHostHoldsTheLoadersLock) {
   using Lock = LONG(WINAPI*)(ULONG flags, ULONG * state, ULONG_PTR * cookie);
   using Unlock = LONG(WINAPI*)(ULONG flags, ULONG_PTR cookie);
   const HMODULE ntdll = GetModuleHandleA("ntdll.dll");
   const auto find = [ntdll](const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(ntdll, name));
   };
-  const LogFolder folder;
-  Host host(1);
-  VirtualPrinter printer = Printer();
-  PlugIn(&printer);
-  ASSERT_EQ(1, host.Init());
-  host.SendPage();
+  VirtualPrinter printer{qrn::sim::Machine{}};
+  const Cable cable(printer);
+  ASSERT_EQ(1, Init());
+  SendPage();
   ULONG_PTR cookie = 0;
   ASSERT_EQ(0, reinterpret_cast<Lock>(find("LdrLockLoaderLock"))(0, nullptr, &cookie));
-  EXPECT_EQ(1, host.Uninit());
+  EXPECT_EQ(1, PP_Uninit());
   ASSERT_EQ(0, reinterpret_cast<Unlock>(find("LdrUnlockLoaderLock"))(0, cookie));
   EXPECT_EQ(kPageInk, printer.Stats().inkLaid);
-  host.PrintAPage();
+  PrintAPage(printer);
 }
 
 // The library is gone when FreeLibrary returns, and its thread with it.
-TEST(Unload, InTheMiddleOfAJobEndsTheJob) {
-  const LogFolder folder;
-  for (const bool failedStart : {false, true}) {
-    SCOPED_TRACE(failedStart);
+TEST_F(RealCalls, UnloadingInTheMiddleOfAJobEndsTheJob) {
+  for (const int started : {0, 1}) {
+    SCOPED_TRACE(started);
     {
-      VirtualPrinter printer =
-          Printer(Script(failedStart ? "refuse:on=connect,status=2" : "late:msg=3,ms=1"));
-      Host host(1);
-      PlugIn(&printer);
-      ASSERT_EQ(failedStart ? 0 : 1, host.Init());
-      EXPECT_EQ(failedStart ? 0 : 1, host.SendLine(0));
-      host.Unload();
-      EXPECT_EQ(nullptr, GetModuleHandleA("QRN_DriverT62804.dll"));
+      VirtualPrinter printer(qrn::sim::Machine{},
+                             Script({started ? "late:ms=1" : "refuse:on=connect,status=2"}));
+      const Cable cable(printer);
+      ASSERT_EQ(started, Init());
+      EXPECT_EQ(started, SendLine(0));
+      EXPECT_TRUE(UnloadDll());
       Sleep(1500);  // a thread that was left would run into nothing
     }
-    Host host(1);
-    host.PrintAPage();
+    RenewDll(SystemCalls::kDevices);
+    PrintAPage();
   }
-  EXPECT_EQ(2u, LogsWith("Library unloaded without the end of this job: it is ended here"));
+  EXPECT_EQ(2, LogsWith("Library unloaded without the end of this job: it is ended here"));
 }
 
 // Results of every export, called while another one is running.
-void ExpectRefusals(const Host& host) {
-  HostJobDesc desc{};
+void ExpectRefusals() {
+  const HostJobDesc desc{};
   const std::uint8_t line[12] = {};
-  char text[16];
-  EXPECT_EQ(0, host.Find<decltype(PP_Init)>("PP_Init")(&desc));
-  EXPECT_EQ(0,
-            host.Find<decltype(PP_SendALineAColorData)>("PP_SendALineAColorData")(0, 12, line, 0));
-  EXPECT_EQ(1, host.Find<decltype(PP_Uninit)>("PP_Uninit")());
-  EXPECT_EQ(1, host.Find<decltype(StartPrint)>("StartPrint")(&desc, 0));
-  EXPECT_EQ(12u, host.Find<decltype(WriteRipData)>("WriteRipData")(line, 12));
-  EXPECT_EQ(1, host.Find<decltype(EndRipData)>("EndRipData")());
-  EXPECT_EQ(1, host.Find<decltype(InitPrinter)>("InitPrinter")(0));
-  EXPECT_EQ(1, host.Find<decltype(AbortPrint)>("AbortPrint")());
-  EXPECT_EQ(1, host.Find<decltype(ExitPrinter)>("ExitPrinter")());
-  EXPECT_EQ(1, host.Find<decltype(PP_GetErrorMsg)>("PP_GetErrorMsg")(text));
-  EXPECT_EQ(1440u, host.Find<decltype(PP_GetResolutionX)>("PP_GetResolutionX")(1));
-  EXPECT_EQ(360u, host.Find<decltype(PP_GetResolutionY)>("PP_GetResolutionY")(1));
+  char text[] = "0123456789ABCDEF#";
+  EXPECT_EQ(0, PP_Init(&desc));
+  EXPECT_EQ(0, PP_SendALineAColorData(0, 12, line, 0));
+  EXPECT_EQ(1, PP_Uninit());
+  EXPECT_EQ(1, StartPrint(&desc, 0));
+  EXPECT_EQ(12u, WriteRipData(line, 12));
+  EXPECT_EQ(1, EndRipData());
+  EXPECT_EQ(1, InitPrinter(0));
+  EXPECT_EQ(1, AbortPrint());
+  EXPECT_EQ(1, ExitPrinter());
+  EXPECT_EQ(1, PP_GetErrorMsg(text));
+  EXPECT_STREQ("#", text + 16);  // sixteen bytes and no more
+  EXPECT_EQ(1440u, PP_GetResolutionX(1));
+  EXPECT_EQ(360u, PP_GetResolutionY(1));
 }
 
-const Host* g_calledHost = nullptr;
 int g_calledBack = 0;
 
 // What a window of the host's does while a box stands, which runs the messages of its thread.
 void CALLBACK CallBackIn(HWND, UINT, UINT_PTR timer, DWORD) {
-  if (!IsBoxOpen()) return;
+  if (OpenBox() == nullptr) return;
   KillTimer(nullptr, timer);
   ++g_calledBack;
-  ExpectRefusals(*g_calledHost);
-  PostMessageA(FindWindowA(nullptr, "Tip"), WM_COMMAND, IDOK, 0);
+  ExpectRefusals();
+  PressOk();
 }
 
-TEST(Reentry, FromTheMessagesOfABoxIsRefused) {
-  const LogFolder folder;
-  Host host(1);
-  g_calledHost = &host;
-  PlugIn(nullptr);
+TEST_F(RealCalls, CallsFromTheMessagesOfABoxAreRefused) {
   SetTimer(nullptr, 0, 50, CallBackIn);
-  EXPECT_EQ(0, host.Init());
+  EXPECT_EQ(0, Init());
   EXPECT_EQ(1, g_calledBack);
-  EXPECT_EQ(0, host.SendLine(0));  // the error stands that the box told of
-  EXPECT_EQ(1, host.Uninit());
-  EXPECT_EQ(1u, LogsWith("Call refused: another one is running\r\n"));
-  EXPECT_EQ(1u, LogFolder::Logs().size());
-  host.PrintAPage();
+  EXPECT_EQ(0, SendLine(0));  // the error stands that the box told of
+  EXPECT_EQ(1, PP_Uninit());
+  EXPECT_EQ(1, LogsWith("Call refused: another one is running\r\n"));
+  EXPECT_EQ(1, LogsWith(""));
+  PrintAPage();
 }
 
-TEST(Reentry, FromASecondThreadIsRefused) {
-  const LogFolder folder;
-  Host host(1);
-  VirtualPrinter printer = Printer(Script("pause:at=1,ms=3000"));
-  PlugIn(&printer);
-  ASSERT_EQ(1, host.Init());
-  std::thread second([&host] {
+TEST_F(RealCalls, CallsFromASecondThreadAreRefused) {
+  VirtualPrinter printer(qrn::sim::Machine{}, Script({"pause:at=1,ms=3000"}));
+  const Cable cable(printer);
+  ASSERT_EQ(1, Init());
+  std::thread second([] {
     Sleep(1000);  // the end call waits for the paused printer
-    ExpectRefusals(host);
+    ExpectRefusals();
   });
-  host.SendPage();
-  EXPECT_EQ(1, host.Uninit());
+  SendPage();
+  EXPECT_EQ(1, PP_Uninit());
   second.join();
   EXPECT_EQ("", printer.Violation());
   EXPECT_EQ(kPageInk, printer.Stats().inkLaid);
-  EXPECT_EQ(1u, LogsWith("Call refused: another one is running\r\n"));
+  EXPECT_EQ(1, LogsWith("Call refused: another one is running\r\n"));
 }
+
+// A program of its own, linked against the DLL as it ships, on a system without a printer.
+void ExpectInTheBoxOfTheExample(const std::string& wanted) {
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION host{};
+  char program[] = "minimal_host.exe";
+  ASSERT_TRUE(CreateProcessA(nullptr, program, nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                             &startup, &host));
+  ASSERT_TRUE(WaitFor([] { return OpenBox() != nullptr; }));
+  char text[512] = "";
+  GetDlgItemTextA(OpenBox(), 0xFFFF, text, sizeof text);
+  EXPECT_NE(std::string::npos, CodePageToUtf8(text).find(wanted)) << CodePageToUtf8(text);
+  PressOk();
+  DWORD code = STILL_ACTIVE;
+  WaitForSingleObject(host.hProcess, 10'000);
+  GetExitCodeProcess(host.hProcess, &code);
+  EXPECT_EQ(1u, code);
+}
+TEST(Example, TellsItsUserInEnglish) { ExpectInTheBoxOfTheExample("Is printer power on now?"); }
+TEST(Example, TellsItsUserInChinese) { ExpectInTheBoxOfTheExample("打印机是否已经上电?"); }
 
 }  // namespace

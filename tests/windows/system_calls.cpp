@@ -15,6 +15,7 @@
 
 #include "platform/platform.h"
 #include "windows/image_tables.h"
+#include "windows/skewed_call.h"
 
 namespace {
 
@@ -172,29 +173,11 @@ BOOL WINAPI ControlDevice(HANDLE device, DWORD code, LPVOID in, DWORD inBytes, L
 
 // ---- Threads ----
 
-DWORD WINAPI SystemError() {
-  return Enter([] { return ThePlatform().LastError(); });
-}
-
-// On a stack that is aligned as badly as the system allows.
-__attribute__((noinline)) void CallProcedure(const Thread& thread) {
-  void* const procedure = reinterpret_cast<void*>(thread.procedure);
-  void* const argument = thread.argument;
-  asm volatile(
-      "movl %%esp, %%esi\n\t"
-      "andl $-16, %%esp\n\t"
-      "subl $8, %%esp\n\t"
-      "pushl %[argument]\n\t"
-      "call *%[procedure]\n\t"
-      "movl %%esi, %%esp"
-      :
-      : [procedure] "b"(procedure), [argument] "D"(argument)
-      : "eax", "ecx", "edx", "esi", "memory", "cc");
-}
-
 void RunLibraryThread(void* started) {
   t_isLibraryThread = true;
-  if (__builtin_setjmp(t_leave) == 0) CallProcedure(*static_cast<const Thread*>(started));
+  const auto* thread = static_cast<const Thread*>(started);
+  if (__builtin_setjmp(t_leave) == 0)
+    (void)CallSkewed(reinterpret_cast<void*>(thread->procedure), {thread->argument});
 }
 
 HANDLE WINAPI StartThread(LPSECURITY_ATTRIBUTES security, SIZE_T stack,
@@ -257,6 +240,10 @@ BOOL WINAPI Close(HANDLE handle) {
 
 // ---- Time and the user ----
 
+DWORD WINAPI SystemError() {
+  return Enter([] { return ThePlatform().LastError(); });
+}
+
 DWORD WINAPI TickCount() {
   return Enter([] { return ThePlatform().TickMs(); });
 }
@@ -287,7 +274,7 @@ BOOL WINAPI FileExists(LPCSTR path) {
 
 }  // namespace
 
-void ReplaceSystemCalls(HMODULE dll) {
+void ReplaceSystemCalls(HMODULE dll, SystemCalls which) {
   Redirect(dll, {{"SetupDiGetClassDevsA", GetClassDevs},
                  {"SetupDiEnumDeviceInterfaces", EnumInterfaces},
                  {"SetupDiGetDeviceInterfaceDetailA", GetInterfaceDetail},
@@ -295,13 +282,14 @@ void ReplaceSystemCalls(HMODULE dll) {
                  {"CreateFileA", OpenDevice},
                  {"DeviceIoControl", ControlDevice},
                  {"CloseHandle", Close},
-                 {"GetLastError", SystemError},
+                 {"GetTickCount", TickCount},
+                 {"Sleep", SleepFor}});
+  if (which == SystemCalls::kDevices) return;
+  Redirect(dll, {{"GetLastError", SystemError},
                  {"CreateThread", StartThread},
                  {"SetThreadPriority", RaisePriority},
                  {"TerminateThread", EndThread},
                  {"WaitForSingleObject", Wait},
-                 {"GetTickCount", TickCount},
-                 {"Sleep", SleepFor},
                  {"GetLocalTime", LocalTimeOf},
                  {"GetSystemDefaultLCID", DefaultLocale},
                  {"MessageBoxA", ShowBox},

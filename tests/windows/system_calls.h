@@ -1,6 +1,6 @@
-// Replaces the system calls that a loaded DLL imports by this program's platform: so the library
-// meets virtual devices, virtual time and scripted boxes behind its own, unmodified calls. Each
-// call is checked to the argument; what no real system would take is told by WrongCall.
+// Leads the system calls that a loaded DLL imports to this program's platform: so the library meets
+// virtual devices, and what else the platform has, behind its own, unmodified calls. Each call is
+// checked to the argument; what no real system would take is told by TakeWrongCall.
 #ifndef QRN_TESTS_WINDOWS_SYSTEM_CALLS_H_
 #define QRN_TESTS_WINDOWS_SYSTEM_CALLS_H_
 
@@ -8,8 +8,13 @@
 
 #include <string>
 
+enum class SystemCalls {
+  kAll,
+  kDevices,  // and the clock; threads, their ends, boxes and files are the system's own
+};
+
 // Fails the process when the DLL does not import all of the calls.
-void ReplaceSystemCalls(HMODULE dll);
+void ReplaceSystemCalls(HMODULE dll, SystemCalls which);
 
 // The first call with wrong arguments, with its place; "" = none. Forgets it.
 std::string TakeWrongCall();

@@ -58,8 +58,8 @@ Progress::~Progress() {
 
 void Progress::BeginReading(std::uint32_t page, std::uint32_t pages, const std::string& doing) {
   const std::lock_guard lock(mutex_);
+  if (page != now_.page) begun_ = std::chrono::steady_clock::now();
   now_ = {page, pages, doing};
-  begun_ = std::chrono::steady_clock::now();
   shown_ = true;
 }
 

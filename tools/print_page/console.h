@@ -48,7 +48,7 @@ class Progress {
   std::condition_variable changed_;
   bool shown_ = false, over_ = false;
   PageProgress now_;
-  std::chrono::steady_clock::time_point begun_;
+  std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();  // the page
   std::thread thread_;  // not running where there is no terminal
 };
 

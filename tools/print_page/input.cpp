@@ -6,13 +6,10 @@
 #include "print_page/rendering.h"
 
 namespace qrn::tool {
-namespace {
 
-std::string Quoted(const std::string& path, const std::string& reason) {
-  return "'" + path + "': " + reason;
+std::string InputName(const std::string& path) {
+  return path == "-" ? "standard input" : "'" + path + "'";
 }
-
-}  // namespace
 
 struct Input::Impl {
   std::string name;
@@ -55,7 +52,7 @@ std::unique_ptr<Input> Input::Open(const std::string& path, const PageTerms& ter
   impl->terms = terms;
   std::string why;
   if (impl->Start(&why)) return std::unique_ptr<Input>(new Input(std::move(impl)));
-  *error = Quoted(path, why);
+  *error = InputName(path) + ": " + why;
   return nullptr;
 }
 
@@ -74,7 +71,7 @@ ReadResult Input::NextPage(RasterPage* page, std::string* error) {
   if (result == ReadResult::kRefused) why = "page " + std::to_string(impl_->pages + 1) + ": " + why;
   if (result == ReadResult::kError && impl_->pages > 0)
     why = "after page " + std::to_string(impl_->pages) + ": " + why;
-  if (!why.empty()) *error = Quoted(impl_->name, why);
+  if (!why.empty()) *error = InputName(impl_->name) + ": " + why;
   return result;
 }
 

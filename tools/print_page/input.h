@@ -12,6 +12,9 @@
 namespace qrn::tool {
 
 // The pages of one input. Temporary files live as long as it does.
+// What messages call an input: 'PATH', or standard input.
+std::string InputName(const std::string& path);
+
 class Input {
  public:
   // `path`: a file, a pipe, or "-" for standard input. A raster is read as it comes. Null, and a

@@ -16,7 +16,7 @@ namespace qrn::tool {
 namespace {
 
 struct Leftovers {
-  std::mutex mutex;
+  SignalMutex mutex;
   std::set<std::filesystem::path> paths;
   std::set<pid_t> children;
 };
@@ -53,8 +53,14 @@ void EndOnSignal(sigset_t signals) {
 std::unique_ptr<std::array<char, 1 << 20>> g_reserve;
 
 void EndForLackOfMemory() {
+  thread_local bool ending = false;
+  if (ending) throw std::bad_alloc();
+  ending = true;
   g_reserve.reset();
-  CleanUp();
+  try {
+    CleanUp();
+  } catch (const std::bad_alloc&) {  // what has not been removed by now stays
+  }
   constexpr std::string_view kMessage = "print-page: there is not enough memory for this page\n";
   (void)!write(STDERR_FILENO, kMessage.data(), kMessage.size());
   _exit(1);
@@ -62,7 +68,7 @@ void EndForLackOfMemory() {
 
 }  // namespace
 
-std::unique_lock<std::mutex> HoldOffSignals() { return std::unique_lock(All().mutex); }
+std::unique_lock<SignalMutex> HoldOffSignals() { return std::unique_lock(All().mutex); }
 
 void NotePath(const std::filesystem::path& path) { All().paths.insert(path); }
 

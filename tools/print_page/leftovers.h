@@ -11,8 +11,11 @@
 
 namespace qrn::tool {
 
+// Locked again by the thread that has it when its memory runs out at that moment.
+using SignalMutex = std::recursive_mutex;
+
 // While the lock lives, no signal ends the program: what is made is noted before one can.
-[[nodiscard]] std::unique_lock<std::mutex> HoldOffSignals();
+[[nodiscard]] std::unique_lock<SignalMutex> HoldOffSignals();
 // Requires: HoldOffSignals
 void NotePath(const std::filesystem::path& path);
 void NoteChild(pid_t child);

@@ -38,7 +38,7 @@ void Tell(const std::string& text) {
 }
 
 std::string NameOf(const Options& options) {
-  if (options.input == "-") return "standard input";
+  if (options.input == "-") return InputName(options.input);
   return std::filesystem::path(options.input).filename().string();
 }
 
@@ -77,13 +77,13 @@ class Run {
     const ReadResult result = input_->NextPage(&page_, &error);
     if (result == ReadResult::kEnd) {
       *more = false;
-      if (printed_ == 0) Complain("'" + options_.input + "': holds no page");
+      if (printed_ == 0) Complain(InputName(options_.input) + ": holds no page");
       return printed_ != 0;
     }
     const bool readable = result == ReadResult::kPage || result == ReadResult::kTruncated;
     const std::string problem = readable ? InkProblem(options_, machine_, page_) : "";
     if (!problem.empty()) {
-      error = "'" + options_.input + "': page " + std::to_string(printed_ + 1) + ": " + problem;
+      error = InputName(options_.input) + ": page " + std::to_string(printed_ + 1) + ": " + problem;
     } else if (readable) {
       Report();
     }

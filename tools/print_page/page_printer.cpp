@@ -123,15 +123,9 @@ void PagePrinter::MeasureInk(const RasterPage& raster, const SlotPage& page,
 }
 
 void PagePrinter::MakePicture(const SlotPage& page, PageReport* report) const {
-  sim::PictureOptions picture;
+  sim::PictureOptions picture = PictureOf(options_, machine_, page.Lines(), page.LineBytes() * 4);
   picture.reverseShift = report->comparison.reverseShift;
   picture.lineOrigin = report->comparison.lineOrigin;
-  picture.lines = options_.verify ? page.Lines() : 0;
-  const std::uint32_t columnPixels = sim::ColumnPixelsOf(machine_, options_.resolution);
-  picture.columns = options_.verify ? page.LineBytes() * 4 / columnPixels : 0;
-  picture.columnsPerInch = options_.resolution / sim::BasePassCountOf(options_.resolution);
-  picture.pixelsPerInch = options_.pictureDpi;
-  picture.inkMax = columnPixels * 3;
   const std::string name = PictureName(options_.picture, report->page);
   report->pictureError = SavePicture(printer_.CurrentPaper(), picture, name);
   if (!report->pictureError.empty())

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "print_page/page.h"
+#include "print_page/picture_file.h"
 #include "sim/proof/reach.h"
 
 namespace qrn::tool {
@@ -51,6 +52,12 @@ std::string MemoryProblem(std::uint64_t planeBytes, std::uint64_t freeBytes) {
          " that are free";
 }
 
+std::string PictureSizeProblem(const RasterPage& page, const Options& options,
+                               const sim::Machine& machine) {
+  if (options.picture.empty() || !options.verify) return "";
+  return sim::PictureSizeProblem(PictureOf(options, machine, page.lines, WidenedWidth(page.width)));
+}
+
 std::string SlotProblem(const RasterPage& page, const Options& options) {
   const int missing = options.slotsNamed ? MissingPlane(page, options.slots) : kBlank;
   if (missing == kBlank) return "";
@@ -61,8 +68,9 @@ std::string SlotProblem(const RasterPage& page, const Options& options) {
 
 PageTerms TermsOf(const Options& options, const sim::Machine& machine) {
   const auto refusal = [&options, &machine](const RasterPage& page) {
-    const std::string problem = WidthProblem(page, options.resolution, machine);
-    return problem.empty() ? SlotProblem(page, options) : problem;
+    std::string problem = WidthProblem(page, options.resolution, machine);
+    if (problem.empty()) problem = SlotProblem(page, options);
+    return problem.empty() ? PictureSizeProblem(page, options, machine) : problem;
   };
   const auto lackOfRoom = [freeBytes = FreeMemory()](std::uint64_t planeBytes) {
     return MemoryProblem(planeBytes, freeBytes);
@@ -76,13 +84,14 @@ std::string InkProblem(const Options& options, const sim::Machine& machine,
   const unsigned printed = sim::PrintedPlanes(machine);
   const SlotPage slots(page, options.slots);
   std::string missing;
+  unsigned count = 0;
   for (int slot = 0; slot < sim::kInks; ++slot) {
-    if (slots.IsInked(slot) && ((printed >> slot) & 1u) == 0)
-      missing += (missing.empty() ? "" : ", ") + std::string(SlotName(slot));
+    if (!slots.IsInked(slot) || ((printed >> slot) & 1u) != 0) continue;
+    missing += (count++ == 0 ? "" : ", ") + std::string(SlotName(slot));
   }
-  return missing.empty()
-             ? ""
-             : "the machine has no nozzle row for ink " + missing + "; --partial leaves it out";
+  if (count == 0) return "";
+  return "the machine has no nozzle row for ink" + std::string(count == 1 ? " " : "s ") + missing +
+         "; --partial leaves " + (count == 1 ? "it" : "them") + " out";
 }
 
 }  // namespace qrn::tool

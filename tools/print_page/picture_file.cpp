@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "print_page/leftovers.h"
+#include "sim/paper/carriage.h"
 
 namespace qrn::tool {
 
@@ -27,6 +28,18 @@ std::string PictureProblem(const std::string& name) {
   const std::string folder = fs::path(name).parent_path().string();
   if (access(folder.c_str(), W_OK | X_OK) != 0) return "'" + folder + "': " + std::strerror(errno);
   return fs::is_directory(folder) ? "" : "'" + folder + "': is not a folder";
+}
+
+sim::PictureOptions PictureOf(const Options& options, const sim::Machine& machine,
+                              std::uint32_t lines, std::uint32_t widthPixels) {
+  const std::uint32_t columnPixels = sim::ColumnPixelsOf(machine, options.resolution);
+  sim::PictureOptions picture;
+  picture.lines = options.verify ? lines : 0;
+  picture.columns = options.verify ? widthPixels / columnPixels : 0;
+  picture.columnsPerInch = options.resolution / sim::BasePassCountOf(options.resolution);
+  picture.pixelsPerInch = options.pictureDpi;
+  picture.inkMax = columnPixels * 3;
+  return picture;
 }
 
 std::string SavePicture(const sim::Paper& paper, const sim::PictureOptions& options,

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "print_page/options.h"
+#include "sim/machine.h"
 #include "sim/paper/paper.h"
 #include "sim/paper/picture.h"
 
@@ -15,6 +17,10 @@ std::string PictureName(const std::string& name, std::uint32_t pageNo);
 
 // Why no picture can come there, found before paper is spent on it; "" when it can.
 std::string PictureProblem(const std::string& name);
+
+// What the picture of a page shows: all of it, or where it is not compared, what carries ink.
+sim::PictureOptions PictureOf(const Options& options, const sim::Machine& machine,
+                              std::uint32_t lines, std::uint32_t widthPixels);
 
 // Writes the picture whole or not at all: what the name stood for before stays when it fails. Why
 // it could not be written; "" when it was.

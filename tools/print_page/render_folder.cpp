@@ -3,8 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
@@ -23,17 +21,14 @@ constexpr const char* kSystemFontConfig = "/etc/fonts/fonts.conf";
 
 // What would lead a program to other files or give it other options.
 bool IsOurs(std::string_view variable) {
-  constexpr std::array<std::string_view, 9> kNames = {"TMPDIR",
-                                                      "TMP",
-                                                      "TEMP",
-                                                      "MAGICK_TMPDIR",
-                                                      "FONTCONFIG_FILE",
-                                                      "GS_OPTIONS",
-                                                      "PAPERSIZE",
-                                                      "XDG_CACHE_HOME",
-                                                      "PPD"};
-  const std::string_view name = variable.substr(0, variable.find('='));
-  return std::find(kNames.begin(), kNames.end(), name) != kNames.end();
+  for (const std::string_view family : {"GS_", "MAGICK_"}) {
+    if (variable.substr(0, family.size()) == family) return true;
+  }
+  for (const std::string_view name :
+       {"TMPDIR", "TMP", "TEMP", "FONTCONFIG_FILE", "PAPERSIZE", "XDG_CACHE_HOME", "PPD"}) {
+    if (variable.substr(0, variable.find('=')) == name) return true;
+  }
+  return false;
 }
 
 std::string XmlText(const std::string& text) {

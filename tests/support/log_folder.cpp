@@ -1,4 +1,4 @@
-#include "jobs/log_folder.h"
+#include "support/log_folder.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,6 +1,6 @@
 // The log directory of the library, and what it has written there.
-#ifndef QRN_TESTS_JOBS_LOG_FOLDER_H_
-#define QRN_TESTS_JOBS_LOG_FOLDER_H_
+#ifndef QRN_TESTS_SUPPORT_LOG_FOLDER_H_
+#define QRN_TESTS_SUPPORT_LOG_FOLDER_H_
 
 #include <filesystem>
 #include <string>
@@ -26,4 +26,4 @@ class LogFolder {
   std::filesystem::path before_;
 };
 
-#endif  // QRN_TESTS_JOBS_LOG_FOLDER_H_
+#endif  // QRN_TESTS_SUPPORT_LOG_FOLDER_H_
