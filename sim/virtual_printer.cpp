@@ -6,7 +6,7 @@
 #include "base/bytes.h"
 #include "sim/firmware/firmware.h"
 #include "sim/firmware/protocol_check.h"
-#include "sim/quirks/quirk_moments.h"
+#include "sim/quirks/quirk_triggers.h"
 #include "sim/usb/reply_pipe.h"
 #include "sim/usb/usb_bus.h"
 #include "sim/usb/wire.h"
@@ -20,13 +20,13 @@ constexpr std::uint32_t kErrorGenFailure = 31, kErrorNotConnected = 1167;
 
 struct VirtualPrinter::Impl {
   Impl(const Machine& machine, const QuirkScript& quirks)
-      : moments(quirks), bus(moments), pipe(moments), firmware(machine, moments) {}
+      : triggers(quirks), bus(triggers), pipe(triggers), firmware(machine, triggers) {}
 
   // Time has passed or something has come: the printer may leave the bus by that, or be back.
   void Look(std::uint32_t nowMs) {
-    moments.PassTime(nowMs);
+    triggers.PassTime(nowMs);
     if (bus.Look(nowMs)) {
-      firmware.Note("the printer was unplugged at message " + std::to_string(moments.Messages()));
+      firmware.Note("the printer was unplugged at message " + std::to_string(triggers.Messages()));
     }
   }
 
@@ -37,11 +37,11 @@ struct VirtualPrinter::Impl {
       const std::vector<std::uint8_t> packet(data + kFramePayloadAt,
                                              data + kFramePayloadAt + kCommandBytes);
       const Message message = Firmware::MessageOf(packet);
-      moments.BeginPacket(message, message == Message::kSwath   ? U32(&packet[kSwathNoAt])
+      triggers.BeginPacket(message, message == Message::kSwath   ? U32(&packet[kSwathNoAt])
                                    : message == Message::kQuery ? firmware.NextSwath()
                                                                 : 0);
     }
-    moments.BeginWrite(bytes, !isCommand);
+    triggers.BeginWrite(bytes, !isCommand);
   }
 
   // A write that fails, or in the middle of which the printer leaves, has brought it nothing that
@@ -53,7 +53,7 @@ struct VirtualPrinter::Impl {
     BeginWrite(data, bytes);
     Look(nowMs);
     if (!bus.Usable(handle)) return {UsbStep::kFailed, kErrorGenFailure};
-    if (const Quirk* fault = moments.Use(Quirk::Kind::kWriteFails))
+    if (const Quirk* fault = triggers.Use(Quirk::Kind::kWriteFails))
       return {UsbStep::kFailed, fault->error};
     bytesReceived += bytes;
     std::vector<WireMessage> messages;
@@ -69,11 +69,11 @@ struct VirtualPrinter::Impl {
   UsbStep ReadStep(std::uint32_t asked, std::uint8_t* data, std::uint32_t bytes,
                    std::uint32_t nowMs) {
     if (!bus.Usable(asked)) return {UsbStep::kFailed, kErrorNotConnected};
-    if (const Quirk* fault = moments.Use(Quirk::Kind::kReadFails))
+    if (const Quirk* fault = triggers.Use(Quirk::Kind::kReadFails))
       return {UsbStep::kFailed, fault->error};
     std::uint32_t lookAgainMs = 0;
     const std::vector<std::uint8_t>* packet = pipe.Front(nowMs, &lookAgainMs);
-    if (packet == nullptr) return {UsbStep::kWait, moments.NoLongerThan(lookAgainMs)};
+    if (packet == nullptr) return {UsbStep::kWait, triggers.NoLongerThan(lookAgainMs)};
     if (bytes < packet->size()) return {UsbStep::kFailed, kErrorGenFailure};
     std::copy(packet->begin(), packet->end(), data);
     bytesSent += packet->size();
@@ -91,7 +91,7 @@ struct VirtualPrinter::Impl {
   }
 
   mutable std::mutex mutex;
-  QuirkMoments moments;
+  QuirkTriggers triggers;
   UsbBus bus;
   WireReceiver wire;
   ReplyPipe pipe;
@@ -150,7 +150,7 @@ std::uint32_t VirtualPrinter::Open(const char* path, std::uint32_t nowMs, std::u
   impl_->Look(nowMs);
   const std::uint32_t handle = impl_->bus.Open(path, error);
   if (handle == 0) return 0;
-  impl_->moments.EndRead();
+  impl_->triggers.EndRead();
   impl_->pipe.Reopened();
   impl_->joiner.Drop();
   impl_->wire.Reopened();
@@ -174,10 +174,10 @@ UsbStep VirtualPrinter::Write(std::uint32_t handle, const std::uint8_t* data, st
 UsbStep VirtualPrinter::Read(std::uint32_t handle, std::uint8_t* data, std::uint32_t bytes,
                              std::uint32_t nowMs) {
   const std::lock_guard lock(impl_->mutex);
-  impl_->moments.BeginRead();
+  impl_->triggers.BeginRead();
   impl_->Look(nowMs);
   const UsbStep step = impl_->ReadStep(handle, data, bytes, nowMs);
-  if (step.state != UsbStep::kWait) impl_->moments.EndRead();
+  if (step.state != UsbStep::kWait) impl_->triggers.EndRead();
   impl_->HostGot(step, data);
   return step;
 }

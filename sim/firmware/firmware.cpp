@@ -24,12 +24,12 @@ Reply MakeReply(std::uint32_t code, bool ok, std::uint16_t sub, std::uint16_t st
 
 }  // namespace
 
-Firmware::Firmware(const Machine& machine, QuirkMoments& moments)
-    : machine_(machine), moments_(&moments), state_(moments) {}
+Firmware::Firmware(const Machine& machine, QuirkTriggers& triggers)
+    : machine_(machine), triggers_(&triggers), state_(triggers) {}
 
 void Firmware::Fail(const std::string& what) {
   if (violation_.empty())
-    violation_ = "message " + std::to_string(moments_->Messages()) + ": " + what;
+    violation_ = "message " + std::to_string(triggers_->Messages()) + ": " + what;
 }
 
 Message Firmware::MessageOf(const Packet& packet) {
@@ -59,7 +59,7 @@ void Firmware::Reopened() {
 }
 
 std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t nowMs) {
-  moments_->CountMessage();
+  triggers_->CountMessage();
   std::optional<Reply> reply = TakeMessage(message, nowMs);
   if (reply && U16(&(*reply)[2]) == 1) order_.Taken();
   return reply;
@@ -94,9 +94,9 @@ std::optional<Reply> Firmware::TakeMessage(const WireMessage& message, std::uint
 Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
   const std::uint32_t code = U32(packet.data());
   if (code == kSwath) return TakeSwath(packet, {}, nowMs);
-  moments_->BeginAnswer(MessageOf(packet));
-  if (code == kBufferQuery) moments_->SetSwath(NextSwath());
-  if (const Quirk* refusal = moments_->Use(Quirk::Kind::kRefuse))
+  triggers_->BeginAnswer(MessageOf(packet));
+  if (code == kBufferQuery) triggers_->SetSwath(NextSwath());
+  if (const Quirk* refusal = triggers_->Use(Quirk::Kind::kRefuse))
     return Refuse(code, refusal->status, nowMs);
   switch (code) {
     case kConnect:
@@ -153,7 +153,7 @@ Reply Firmware::Connect() {
   reply.resize(8);
   const auto whole = ParameterBlock(machine_);
   std::vector<std::uint8_t> block(whole.begin(), whole.end());
-  if (const Quirk* defect = moments_->Use(Quirk::Kind::kBlock)) {
+  if (const Quirk* defect = triggers_->Use(Quirk::Kind::kBlock)) {
     CorruptBlock(defect->defect, &block);
     trouble_ = "the printer's parameter block has a defect";
   }
@@ -167,7 +167,7 @@ Reply Firmware::CreateJob(const Packet& packet) {
   paper_.Clear();
   lastSwathNo_ = 0;
   lastSwath_.clear();
-  moments_->SetSwath(0);
+  triggers_->SetSwath(0);
   state_.Begin();
   carriage_.reset();
   if (ResolutionIndexOf(resolution_) < 0) {
@@ -187,7 +187,7 @@ Reply Firmware::CreateJob(const Packet& packet) {
 Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
   Watch(nowMs);
   Reply reply = StateReply(kBufferQuery, nowMs);
-  const bool full = moments_->Use(Quirk::Kind::kBufferFull) != nullptr;
+  const bool full = triggers_->Use(Quirk::Kind::kBufferFull) != nullptr;
   const bool paused = U16(&reply[4]) == kStatePaused;
   PutU32(&reply[8], full || paused ? 0 : spool_.Room(nowMs));
   return reply;
@@ -216,9 +216,9 @@ Reply Firmware::TakeSwath(const Packet& packet, const std::vector<std::uint8_t>&
          std::to_string(U32(&packet[kDataSizeAt])));
   }
   const std::uint32_t number = U32(&packet[kSwathNoAt]);
-  moments_->BeginAnswer(Message::kSwath);
-  moments_->SetSwath(number);
-  if (const Quirk* refusal = moments_->Use(Quirk::Kind::kRefuse))
+  triggers_->BeginAnswer(Message::kSwath);
+  triggers_->SetSwath(number);
+  if (const Quirk* refusal = triggers_->Use(Quirk::Kind::kRefuse))
     return MakeReply(kSwath, false, kStateRunning, refusal->status);
   if (CheckSwathOrder(packet, data)) {
     if (!spool_.Take(data.size(), nowMs))

@@ -15,7 +15,7 @@
 #include "sim/machine.h"
 #include "sim/paper/carriage.h"
 #include "sim/paper/paper.h"
-#include "sim/quirks/quirk_moments.h"
+#include "sim/quirks/quirk_triggers.h"
 #include "sim/usb/reply_pipe.h"
 #include "sim/usb/wire.h"
 
@@ -23,8 +23,8 @@ namespace qrn::sim {
 
 class Firmware {
  public:
-  // `moments` outlives the firmware.
-  Firmware(const Machine& machine, QuirkMoments& moments);
+  // `triggers` outlives the firmware.
+  Firmware(const Machine& machine, QuirkTriggers& triggers);
 
   // Takes one message; the reply to it, or none while more is to come.
   std::optional<Reply> Take(const WireMessage& message, std::uint32_t nowMs);
@@ -71,7 +71,7 @@ class Firmware {
   void Watch(std::uint32_t nowMs);
 
   Machine machine_;
-  QuirkMoments* moments_;
+  QuirkTriggers* triggers_;
   MessageOrder order_;
   JobState state_;
   Paper paper_;

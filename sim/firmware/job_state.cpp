@@ -15,12 +15,12 @@ constexpr std::size_t kShortUpdateBytes = 10;
 }  // namespace
 
 bool JobState::Watch(std::uint32_t nowMs) {
-  if (const Quirk* pause = moments_->Use(Quirk::Kind::kPause)) {
+  if (const Quirk* pause = triggers_->Use(Quirk::Kind::kPause)) {
     paused_ = true;
     pausedUntilMs_ = nowMs + pause->ms;
     update_ = pause->update;
   }
-  const Quirk* cancel = moments_->Use(Quirk::Kind::kCancel);
+  const Quirk* cancel = triggers_->Use(Quirk::Kind::kCancel);
   if (cancel == nullptr) return false;
   cancelled_ = true;
   gone_ = cancel->gone;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "sim/machine.h"
-#include "sim/quirks/quirk_moments.h"
+#include "sim/quirks/quirk_triggers.h"
 
 namespace qrn::sim {
 
@@ -16,7 +16,7 @@ constexpr std::uint16_t kStateGone = 0, kStateCancelled = 2, kStatePaused = 3, k
 
 class JobState {
  public:
-  explicit JobState(QuirkMoments& moments) : moments_(&moments) {}
+  explicit JobState(QuirkTriggers& triggers) : triggers_(&triggers) {}
 
   void Begin() { cancelled_ = gone_ = paused_ = false; }
   // A reply that tells the state is on its way: what is due in it happens. True when that is a
@@ -30,7 +30,7 @@ class JobState {
   std::vector<std::uint8_t> UpdateSection(const Machine& machine) const;
 
  private:
-  QuirkMoments* moments_;
+  QuirkTriggers* triggers_;
   bool cancelled_ = false, gone_ = false, paused_ = false;
   std::uint32_t pausedUntilMs_ = 0;
   Update update_ = Update::kNone;

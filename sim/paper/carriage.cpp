@@ -88,10 +88,10 @@ void Carriage::MountBoth(const Machine& machine, std::size_t index, double colum
   for (std::size_t i = 16; i-- > 0;) {
     const std::size_t head = i / 8, slot = i % 8;
     NozzleRow& row = rows_[head][slot];
-    row.plane = (unset ? kFactoryInkOrder[head] : machine.inkOrder[head])[slot] & 7;
+    row.color = (unset ? kFactoryInkOrder[head] : machine.inkOrder[head])[slot] & 7;
     row.column = StaggerColumns(slot, machine.mirroredHeads, columnsPerInch);
     if (head == 1) row.column += kHeadDistanceColumns[index] + machine.headGapX[index];
-    row.line = rowsSeen[static_cast<std::size_t>(row.plane)]++ == 0 ? 0 : 1;
+    row.line = rowsSeen[static_cast<std::size_t>(row.color)]++ == 0 ? 0 : 1;
     if (head == 0) row.line += kHeadLines - machine.headGapY[index];
   }
 }
@@ -109,7 +109,7 @@ void Carriage::MountOne(const Machine& machine, std::size_t index, double column
   const InkRows& order = machine.inkOrder[FiringOrderOf(machine.heads)];
   for (std::size_t slot = 0; slot < 8; ++slot) {
     NozzleRow& row = rows_[head][slot];
-    row.plane = order[slot];
+    row.color = order[slot];
     row.column = StaggerColumns(slot, machine.mirroredHeads, columnsPerInch);
   }
 }
@@ -142,11 +142,11 @@ std::uint64_t Carriage::PrintHead(std::size_t head, std::int32_t gridStart, int 
     for (; rowBits != 0; rowBits &= rowBits - 1) {
       const auto slot = static_cast<std::size_t>(std::countr_zero(rowBits));
       const NozzleRow& row = rows_[head][slot];
-      if (row.plane >= kInks) continue;  // no ink in it
+      if (row.color >= kInks) continue;  // no ink in it
       InkRow*& target = targets[slot][nozzle];
       if (target == nullptr) {
         target = &paper.Prepare(
-            row.plane, direction, line + row.line + 2 * static_cast<std::int32_t>(nozzle),
+            row.color, direction, line + row.line + 2 * static_cast<std::int32_t>(nozzle),
             std::min(gridStart, gridEnd) - row.column, std::max(gridStart, gridEnd) - row.column);
       }
       AddInk(*target, grid - row.column, amount);

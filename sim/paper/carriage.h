@@ -41,7 +41,7 @@ class Carriage {
 
  private:
   struct NozzleRow {
-    int plane = 0;
+    int color = 0;
     std::int32_t column = 0;  // by which a dot lies left of the grid column it is fired at
     std::int32_t line = 0;    // of nozzle 0, below the origin of the pass
   };

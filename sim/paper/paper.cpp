@@ -6,9 +6,9 @@
 
 namespace qrn::sim {
 
-InkRow& Paper::Prepare(int plane, int direction, std::int32_t line, std::int32_t firstColumn,
+InkRow& Paper::Prepare(int color, int direction, std::int32_t line, std::int32_t firstColumn,
                        std::int32_t lastColumn) {
-  InkRow& row = rows_[static_cast<std::size_t>(plane)][static_cast<std::size_t>(direction)][line];
+  InkRow& row = rows_[static_cast<std::size_t>(color)][static_cast<std::size_t>(direction)][line];
   if (row.ink.empty()) row.firstColumn = firstColumn;
   if (firstColumn < row.firstColumn) {
     row.ink.insert(row.ink.begin(), static_cast<std::size_t>(row.firstColumn - firstColumn), 0);
@@ -19,21 +19,21 @@ InkRow& Paper::Prepare(int plane, int direction, std::int32_t line, std::int32_t
   return row;
 }
 
-const InkRow* Paper::Row(int plane, int direction, std::int32_t line) const {
-  const auto& rows = rows_[static_cast<std::size_t>(plane)][static_cast<std::size_t>(direction)];
+const InkRow* Paper::Row(int color, int direction, std::int32_t line) const {
+  const auto& rows = rows_[static_cast<std::size_t>(color)][static_cast<std::size_t>(direction)];
   const auto found = rows.find(line);
   return found != rows.end() ? &found->second : nullptr;
 }
 
-std::uint8_t Paper::Ink(int plane, int direction, std::int32_t line, std::int32_t column) const {
-  const InkRow* row = Row(plane, direction, line);
+std::uint8_t Paper::Ink(int color, int direction, std::int32_t line, std::int32_t column) const {
+  const InkRow* row = Row(color, direction, line);
   return row != nullptr ? row->At(column) : 0;
 }
 
 std::int32_t Paper::FirstLine() const {
   std::int32_t first = std::numeric_limits<std::int32_t>::max();
-  for (const auto& plane : rows_) {
-    for (const auto& rows : plane) {
+  for (const auto& color : rows_) {
+    for (const auto& rows : color) {
       if (!rows.empty()) first = std::min(first, rows.begin()->first);
     }
   }
@@ -42,17 +42,17 @@ std::int32_t Paper::FirstLine() const {
 
 std::int32_t Paper::LastLine() const {
   std::int32_t last = std::numeric_limits<std::int32_t>::min();
-  for (const auto& plane : rows_) {
-    for (const auto& rows : plane) {
+  for (const auto& color : rows_) {
+    for (const auto& rows : color) {
       if (!rows.empty()) last = std::max(last, rows.rbegin()->first);
     }
   }
   return last;
 }
 
-std::uint64_t Paper::InkOf(int plane) const {
+std::uint64_t Paper::InkOf(int color) const {
   std::uint64_t ink = 0;
-  for (const auto& rows : rows_[static_cast<std::size_t>(plane)]) {
+  for (const auto& rows : rows_[static_cast<std::size_t>(color)]) {
     for (const auto& [line, row] : rows) ink = std::accumulate(row.ink.begin(), row.ink.end(), ink);
   }
   return ink;
@@ -60,7 +60,7 @@ std::uint64_t Paper::InkOf(int plane) const {
 
 std::uint64_t Paper::TotalInk() const {
   std::uint64_t total = 0;
-  for (int plane = 0; plane < kInks; ++plane) total += InkOf(plane);
+  for (int color = 0; color < kInks; ++color) total += InkOf(color);
   return total;
 }
 

@@ -1,4 +1,4 @@
-// The paper: ink by cell and plane, for the two carriage directions apart. A cell is one output
+// The paper: ink by cell and color, for the two carriage directions apart. A cell is one output
 // column x one line of 1/360 inch. Lines and columns count from the print origin and may be
 // negative.
 #ifndef QRN_SIM_PAPER_PAPER_H_
@@ -13,7 +13,7 @@ namespace qrn::sim {
 
 constexpr int kInks = 8;
 
-// One row of one plane: ink sums from `firstColumn` on.
+// One row of one color: ink sums from `firstColumn` on.
 struct InkRow {
   std::int32_t firstColumn = 0;
   std::vector<std::uint8_t> ink;
@@ -30,17 +30,17 @@ class Paper {
  public:
   // The row, made to reach from firstColumn to lastColumn at least. Valid until the row is prepared
   // again.
-  InkRow& Prepare(int plane, int direction, std::int32_t line, std::int32_t firstColumn,
+  InkRow& Prepare(int color, int direction, std::int32_t line, std::int32_t firstColumn,
                   std::int32_t lastColumn);
   // Null when the row was never prepared.
-  const InkRow* Row(int plane, int direction, std::int32_t line) const;
-  std::uint8_t Ink(int plane, int direction, std::int32_t line, std::int32_t column) const;
+  const InkRow* Row(int color, int direction, std::int32_t line) const;
+  std::uint8_t Ink(int color, int direction, std::int32_t line, std::int32_t column) const;
 
   // All lines with a row, smallest and largest; first > last when there is none.
   std::int32_t FirstLine() const;
   std::int32_t LastLine() const;
   // Sums of drop levels.
-  std::uint64_t InkOf(int plane) const;
+  std::uint64_t InkOf(int color) const;
   std::uint64_t TotalInk() const;
   void Clear();
 

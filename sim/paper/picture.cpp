@@ -30,10 +30,10 @@ Extent ExtentOf(const Paper& paper, const PictureOptions& options) {
     extent.columns = static_cast<std::int32_t>(options.columns);
     return extent;
   }
-  for (int plane = 0; plane < kInks; ++plane) {
+  for (int color = 0; color < kInks; ++color) {
     for (std::int32_t line = extent.firstLine; line < extent.firstLine + extent.lines; ++line) {
       for (int direction = 0; direction < 2; ++direction) {
-        const InkRow* row = paper.Row(plane, direction, line);
+        const InkRow* row = paper.Row(color, direction, line);
         if (row != nullptr) extent.columns = std::max(extent.columns, row->EndColumn());
       }
     }
@@ -86,15 +86,15 @@ class RowMixer {
   void Mix(const Paper& paper, std::uint32_t y, std::uint8_t* pixels) {
     std::fill(rgb_.begin(), rgb_.end(), 1.0f);
     const Span lines = SpanOf(y, extent_.lines, height_);
-    for (int plane = 0; plane < kInks; ++plane) {
+    for (int color = 0; color < kInks; ++color) {
       std::fill(ink_.begin(), ink_.end(), 0.0f);
       bool inked = false;
       for (std::int32_t line = lines.first; line <= lines.last; ++line) {
         const std::int32_t paperLine = extent_.firstLine + line;
-        inked |= Add(paper.Row(plane, 0, paperLine), 0, lines.ShareOf(line));
-        inked |= Add(paper.Row(plane, 1, paperLine), options_.reverseShift, lines.ShareOf(line));
+        inked |= Add(paper.Row(color, 0, paperLine), 0, lines.ShareOf(line));
+        inked |= Add(paper.Row(color, 1, paperLine), options_.reverseShift, lines.ShareOf(line));
       }
-      if (inked) Tint(options_.inkRgb[static_cast<std::size_t>(plane)]);
+      if (inked) Tint(options_.inkRgb[static_cast<std::size_t>(color)]);
     }
     std::transform(rgb_.begin(), rgb_.end(), pixels, [](float value) {
       return static_cast<std::uint8_t>(std::lround(value * 255.0f));
@@ -134,7 +134,7 @@ class RowMixer {
   std::uint32_t height_;
   float solid_ = 1;  // ink of a pixel that is covered all over
   std::vector<Span> spans_;
-  std::vector<float> ink_;  // of a plane in the lines of the row, by column
+  std::vector<float> ink_;  // of a color in the lines of the row, by column
   std::vector<float> rgb_;
 };
 

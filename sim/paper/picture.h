@@ -11,7 +11,7 @@
 namespace qrn::sim {
 
 struct PictureOptions {
-  // Colour of each plane's ink at full coverage, 0xRRGGBB; default C, M, Y, K, then light inks.
+  // Colour of each color's ink at full coverage, 0xRRGGBB; default C, M, Y, K, then light inks.
   std::array<std::uint32_t, kInks> inkRgb{0x00AEEF, 0xEC008C, 0xFFF200, 0x231F20,
                                           0x7FD6F7, 0xF57FC5, 0xF7941D, 0x00A651};
   std::uint32_t widthMax = 1600;    // pixels; the paper is scaled down to fit, aspect kept

@@ -14,7 +14,7 @@ namespace {
 constexpr std::uint32_t kPixelsPerByte = 4;
 constexpr std::int32_t kShiftWindow =
     64;  // columns around the estimate in which the reverse shift is looked for
-constexpr std::size_t kSampleLinesMax = 48;  // of each plane
+constexpr std::size_t kSampleLinesMax = 48;  // of each color
 
 // What should stand on a paper line, as cells: the sum of the drop levels of each column's pixels.
 struct AskedLine {
@@ -34,11 +34,11 @@ class AskedLines {
   std::int32_t Columns() const { return static_cast<std::int32_t>(columns_); }
 
   // Valid until the next call.
-  const AskedLine& Line(int plane, std::int32_t line) {
+  const AskedLine& Line(int color, std::int32_t line) {
     Clear();
     // A line that is laid above its place shares the paper with the line that belongs there.
-    Add(plane, line, false);
-    Add(plane, line + 1, true);
+    Add(color, line, false);
+    Add(color, line + 1, true);
     return asked_;
   }
 
@@ -46,11 +46,11 @@ class AskedLines {
   struct Lost {
     std::uint64_t unreached = 0, displaced = 0;
   };
-  Lost LostOf(int plane, std::int32_t line) {
-    const LineReach reach = ReachOf(plane, line);
+  Lost LostOf(int color, std::int32_t line) {
+    const LineReach reach = ReachOf(color, line);
     if (!reach.none && !reach.above) return {};
     Clear();
-    AddPixels(plane, line, 0);
+    AddPixels(color, line, 0);
     const auto inked = static_cast<std::uint64_t>(std::count_if(
         asked_.cells.begin(), asked_.cells.end(), [](auto cell) { return cell != 0; }));
     return reach.none ? Lost{inked, 0} : Lost{0, inked};
@@ -60,13 +60,13 @@ class AskedLines {
   bool IsInside(std::int32_t line) const {
     return line >= 0 && line < static_cast<std::int32_t>(raster_.Lines());
   }
-  LineReach ReachOf(int plane, std::int32_t line) const {
-    return IsInside(line) ? reach_.OfLine(plane, static_cast<std::uint32_t>(line)) : LineReach{};
+  LineReach ReachOf(int color, std::int32_t line) const {
+    return IsInside(line) ? reach_.OfLine(color, static_cast<std::uint32_t>(line)) : LineReach{};
   }
 
-  void Add(int plane, std::int32_t line, bool above) {
-    const LineReach reach = ReachOf(plane, line);
-    if (!reach.none && reach.above == above) AddPixels(plane, line, reach.partPhases);
+  void Add(int color, std::int32_t line, bool above) {
+    const LineReach reach = ReachOf(color, line);
+    if (!reach.none && reach.above == above) AddPixels(color, line, reach.partPhases);
   }
 
   void Clear() {
@@ -74,9 +74,9 @@ class AskedLines {
     asked_.least.clear();
   }
 
-  void AddPixels(int plane, std::int32_t line, unsigned partPhases) {
+  void AddPixels(int color, std::int32_t line, unsigned partPhases) {
     if (!IsInside(line)) return;
-    const std::uint8_t* bytes = raster_.Line(plane, static_cast<std::uint32_t>(line));
+    const std::uint8_t* bytes = raster_.Line(color, static_cast<std::uint32_t>(line));
     if (bytes == nullptr) return;
     for (std::uint32_t i = 0; i < raster_.LineBytes(); ++i) {
       if (bytes[i] == 0) continue;
@@ -153,7 +153,7 @@ class Comparer {
     const std::int32_t first = std::min(0, PaperFirst() - result_.lineOrigin);
     const std::int32_t last = std::max(lines_ - 1, PaperLast() - result_.lineOrigin);
     for (std::int32_t line = first; line <= last; ++line) {
-      for (int plane = 0; plane < kInks; ++plane) CompareLine(plane, line);
+      for (int color = 0; color < kInks; ++color) CompareLine(color, line);
     }
     return result_;
   }
@@ -164,8 +164,8 @@ class Comparer {
   std::int32_t PaperLast() const { return NoPaper() ? 0 : paper_.LastLine(); }
 
   bool PaperLineInked(std::int32_t line) const {
-    for (int plane = 0; plane < kInks; ++plane) {
-      if (HasInk(paper_.Row(plane, 0, line)) || HasInk(paper_.Row(plane, 1, line))) return true;
+    for (int color = 0; color < kInks; ++color) {
+      if (HasInk(paper_.Row(color, 0, line)) || HasInk(paper_.Row(color, 1, line))) return true;
     }
     return false;
   }
@@ -176,8 +176,8 @@ class Comparer {
     std::int32_t paperLine = PaperFirst();
     while (paperLine < PaperLast() && !PaperLineInked(paperLine)) ++paperLine;
     for (std::int32_t line = 0; line < lines_; ++line) {
-      for (int plane = 0; plane < kInks; ++plane) {
-        if (asked_.Line(plane, line).cells.empty()) continue;
+      for (int color = 0; color < kInks; ++color) {
+        if (asked_.Line(color, line).cells.empty()) continue;
         result_.lineOrigin = paperLine - line;
         return;
       }
@@ -190,20 +190,20 @@ class Comparer {
     const InkRow* reverse;
   };
 
-  // Lines of every plane with ink of reverse passes, spread over the paper.
+  // Lines of every color with ink of reverse passes, spread over the paper.
   std::vector<Sample> Samples() {
     std::vector<Sample> samples;
-    for (int plane = 0; plane < kInks; ++plane) {
+    for (int color = 0; color < kInks; ++color) {
       std::vector<std::int32_t> inked;
       for (std::int32_t line = 0; line < lines_; ++line) {
-        if (HasInk(paper_.Row(plane, 1, line + result_.lineOrigin))) inked.push_back(line);
+        if (HasInk(paper_.Row(color, 1, line + result_.lineOrigin))) inked.push_back(line);
       }
       const std::size_t step = std::max<std::size_t>(1, inked.size() / kSampleLinesMax);
       for (std::size_t i = 0; i < inked.size(); i += step) {
-        const AskedLine& asked = asked_.Line(plane, inked[i]);
+        const AskedLine& asked = asked_.Line(color, inked[i]);
         if (asked.cells.empty()) continue;
         const std::int32_t line = inked[i] + result_.lineOrigin;
-        samples.push_back({asked.cells, paper_.Row(plane, 0, line), paper_.Row(plane, 1, line)});
+        samples.push_back({asked.cells, paper_.Row(color, 0, line), paper_.Row(color, 1, line)});
       }
     }
     return samples;
@@ -253,13 +253,13 @@ class Comparer {
     return differing;
   }
 
-  void CompareLine(int plane, std::int32_t line) {
-    const AskedLines::Lost lost = asked_.LostOf(plane, line);
+  void CompareLine(int color, std::int32_t line) {
+    const AskedLines::Lost lost = asked_.LostOf(color, line);
     result_.unreachedCells += lost.unreached;
     result_.displacedCells += lost.displaced;
-    const AskedLine& asked = asked_.Line(plane, line);
+    const AskedLine& asked = asked_.Line(color, line);
     const std::int32_t paperLine = line + result_.lineOrigin;
-    const PaperLine printed{paper_.Row(plane, 0, paperLine), paper_.Row(plane, 1, paperLine),
+    const PaperLine printed{paper_.Row(color, 0, paperLine), paper_.Row(color, 1, paperLine),
                             result_.reverseShift};
     if (asked.cells.empty() && printed.forward == nullptr && printed.reverse == nullptr) return;
     const std::int32_t end = printed.End(asked_.Columns());
@@ -272,16 +272,16 @@ class Comparer {
       if (found < wanted && found >= asked.least[static_cast<std::size_t>(column)]) {
         ++result_.unreachedCells;
       } else if (wanted != found) {
-        Differ(plane, line, column, wanted, found);
+        Differ(color, line, column, wanted, found);
       }
     }
   }
 
-  void Differ(int plane, std::int32_t line, std::int32_t column, std::uint32_t wanted,
+  void Differ(int color, std::int32_t line, std::int32_t column, std::uint32_t wanted,
               std::uint32_t found) {
     if (found > wanted) ++result_.overInkedCells;
     if (result_.differingCells++ != 0) return;
-    result_.firstDifference = "plane " + std::to_string(plane) + ", line " + std::to_string(line) +
+    result_.firstDifference = "plane " + std::to_string(color) + ", line " + std::to_string(line) +
                               ", column " + std::to_string(column) + ": asked " +
                               std::to_string(wanted) + ", printed " + std::to_string(found);
   }
@@ -294,14 +294,14 @@ class Comparer {
 
 // An ink with one row on each head: both rows' dots travel in the bytes of one head.
 std::string SplitInks(const Machine& machine) {
-  std::string planes;
-  for (std::uint8_t plane = 0; plane < kInks; ++plane) {
+  std::string colors;
+  for (std::uint8_t color = 0; color < kInks; ++color) {
     const auto& pha = machine.inkOrder[0];
-    if (std::count(pha.begin(), pha.end(), plane) != 1) continue;
-    planes += ' ';
-    planes += std::to_string(plane);
+    if (std::count(pha.begin(), pha.end(), color) != 1) continue;
+    colors += ' ';
+    colors += std::to_string(color);
   }
-  return planes.empty() ? "" : "one nozzle row on each head for planes" + planes;
+  return colors.empty() ? "" : "one nozzle row on each head for planes" + colors;
 }
 
 Comparison Judged(Comparer& comparer, const Machine& machine, const Reach& reach) {

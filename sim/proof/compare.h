@@ -1,4 +1,4 @@
-// Compares paper with raster, cell by cell and plane by plane, after finding what an operator would
+// Compares paper with raster, cell by cell and color by color, after finding what an operator would
 // calibrate: the vertical origin and the shift of reverse passes, two whole numbers for the whole
 // job.
 #ifndef QRN_SIM_PROOF_COMPARE_H_
@@ -12,15 +12,15 @@
 
 namespace qrn::sim {
 
-// The image as it was handed over: 8 planes, 2 bits a pixel, four pixels a byte, leftmost in the
+// The image as it was handed over: 8 colors, 2 bits a pixel, four pixels a byte, leftmost in the
 // highest bits.
 class RasterSource {
  public:
   virtual ~RasterSource() = default;
   virtual std::uint32_t Lines() const = 0;
   virtual std::uint32_t LineBytes() const = 0;
-  // Line bytes of one plane; nullptr = blank. Valid until the next call.
-  virtual const std::uint8_t* Line(int plane, std::uint32_t line) const = 0;
+  // Line bytes of one color; nullptr = blank. Valid until the next call.
+  virtual const std::uint8_t* Line(int color, std::uint32_t line) const = 0;
 };
 
 struct Comparison {
@@ -34,7 +34,7 @@ struct Comparison {
   std::int32_t lineOrigin = 0;    // paper line of image line 0
   std::int32_t reverseShift = 0;  // columns by which reverse passes lie to the right
   bool reverseFound = false;      // the job had reverse passes with ink
-  // First difference in reading order, for a person: plane, line, column, asked for, printed. ""
+  // First difference in reading order, for a person: color, line, column, asked for, printed. ""
   // when equal.
   std::string firstDifference;
   // Why this machine cannot print every job right and whole, where that is known from its settings;

@@ -63,27 +63,27 @@ void Append(std::string* text, const std::string& more) {
 
 }  // namespace
 
-unsigned PrintedPlanes(const Machine& machine) {
+unsigned PrintedColors(const Machine& machine) {
   if (machine.heads == Heads::kBoth) return (1u << kInks) - 1;
-  unsigned planes = 0;
-  for (const std::uint8_t plane : machine.inkOrder[FiringOrderOf(machine.heads)])
-    planes |= plane < kInks ? 1u << plane : 0u;
-  return planes;
+  unsigned colors = 0;
+  for (const std::uint8_t color : machine.inkOrder[FiringOrderOf(machine.heads)])
+    colors |= color < kInks ? 1u << color : 0u;
+  return colors;
 }
 
 Reach::Reach(const Machine& machine, std::uint32_t resolution) {
   if (machine.heads == Heads::kBoth) return;
-  planes_ = PrintedPlanes(machine);
-  FindMissingPlanes();
+  colors_ = PrintedColors(machine);
+  FindMissingColors();
   FindLines(machine, BasePassCountOf(resolution));
   if (machine.heads == Heads::kNone)
     Append(&reason_, "no head in use: the last two nozzles of every row print wrong");
 }
 
-void Reach::FindMissingPlanes() {
+void Reach::FindMissingColors() {
   std::string missing;
-  for (int plane = 0; plane < kInks; ++plane) {
-    if (((planes_ >> plane) & 1u) == 0) missing += " " + std::to_string(plane);
+  for (int color = 0; color < kInks; ++color) {
+    if (((colors_ >> color) & 1u) == 0) missing += " " + std::to_string(color);
   }
   if (!missing.empty()) Append(&reason_, "no nozzle row for planes" + missing);
 }
@@ -119,10 +119,10 @@ void Reach::FindLines(const Machine& machine, std::uint32_t base) {
   }
 }
 
-LineReach Reach::OfLine(int plane, std::uint32_t line) const {
+LineReach Reach::OfLine(int color, std::uint32_t line) const {
   if (band_.empty()) return {};
   LineReach reach = band_[line % band_.size()];
-  reach.none |= ((planes_ >> plane) & 1u) == 0;
+  reach.none |= ((colors_ >> color) & 1u) == 0;
   return reach;
 }
 

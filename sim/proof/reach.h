@@ -12,9 +12,9 @@
 
 namespace qrn::sim {
 
-// Planes that the machine has a nozzle row for, bit p for plane p. With two heads in use these are
+// Colors that the machine has a nozzle row for, bit p for color p. With two heads in use these are
 // all, or the driver refuses the machine.
-unsigned PrintedPlanes(const Machine& machine);
+unsigned PrintedColors(const Machine& machine);
 
 struct LineReach {
   bool none = false;        // not at all
@@ -29,16 +29,16 @@ class Reach {
 
   static constexpr std::uint32_t kPhases = 3;  // pixel u of a line is printed in phase u mod 3
 
-  // Of an image line, from 0, and plane 0..7.
-  LineReach OfLine(int plane, std::uint32_t line) const;
+  // Of an image line, from 0, and color 0..7.
+  LineReach OfLine(int color, std::uint32_t line) const;
   // The cases that apply to this machine, for a person; "" when everything can be printed.
   const std::string& Reason() const { return reason_; }
 
  private:
-  void FindMissingPlanes();
+  void FindMissingColors();
   void FindLines(const Machine& machine, std::uint32_t base);
 
-  unsigned planes_ = 0;          // PrintedPlanes of the machine
+  unsigned colors_ = 0;          // PrintedColors of the machine
   std::vector<LineReach> band_;  // repeats down the page; empty: everything is whole
   std::string reason_;
 };

@@ -11,7 +11,7 @@ namespace qrn::sim {
 namespace {
 
 using Kind = Quirk::Kind;
-using Moment = Quirk::Moment;
+using Trigger = Quirk::Trigger;
 using Words = std::vector<std::string>;
 
 // ---- The table: what each kind heeds, and where the printer acts on it ----
@@ -26,24 +26,24 @@ struct KindRule {
 };
 
 constexpr KindRule kKinds[] = {
-    {"list-fails", Kind::kListFails, Acts::kOnBus, "moment count"},
-    {"open-fails", Kind::kOpenFails, Acts::kOnBus, "moment count error=5"},
-    {"unplug", Kind::kUnplug, Acts::kOnBus, "moment on ms back held-ms"},
+    {"list-fails", Kind::kListFails, Acts::kOnBus, "trigger count"},
+    {"open-fails", Kind::kOpenFails, Acts::kOnBus, "trigger count error=5"},
+    {"unplug", Kind::kUnplug, Acts::kOnBus, "trigger on ms back held-ms"},
     {"second-printer", Kind::kSecondPrinter, Acts::kOnBus, "first held"},
     {"path", Kind::kPath, Acts::kOnBus, "case long"},
-    {"write-fails", Kind::kWriteFails, Acts::kOnWrite, "moment on count error=31 where"},
-    {"read-fails", Kind::kReadFails, Acts::kOnRead, "moment on count error=31"},
+    {"write-fails", Kind::kWriteFails, Acts::kOnWrite, "trigger on count error=31 where"},
+    {"read-fails", Kind::kReadFails, Acts::kOnRead, "trigger on count error=31"},
     {"refuse", Kind::kRefuse, Acts::kInFirmware,
-     "moment on!:connect/create/swath/end/cancel/poll/query count status"},
-    {"block", Kind::kBlock, Acts::kInFirmware, "moment count defect!"},
-    {"buffer-full", Kind::kBufferFull, Acts::kInFirmware, "moment count"},
-    {"pause", Kind::kPause, Acts::kInFirmware, "moment on:swath/query/poll ms! update"},
-    {"cancel", Kind::kCancel, Acts::kInFirmware, "moment on:swath/query/poll gone"},
-    {"say", Kind::kSay, Acts::kOnReply, "moment on count words! first"},
-    {"other-code", Kind::kOtherCode, Acts::kOnReply, "moment on count"},
-    {"garbage", Kind::kGarbage, Acts::kOnReply, "moment on count form!"},
-    {"late", Kind::kLate, Acts::kOnReply, "moment on count ms!"},
-    {"silence", Kind::kSilence, Acts::kOnReply, "moment on ms"},
+     "trigger on!:connect/create/swath/end/cancel/poll/query count status"},
+    {"block", Kind::kBlock, Acts::kInFirmware, "trigger count defect!"},
+    {"buffer-full", Kind::kBufferFull, Acts::kInFirmware, "trigger count"},
+    {"pause", Kind::kPause, Acts::kInFirmware, "trigger on:swath/query/poll ms! update"},
+    {"cancel", Kind::kCancel, Acts::kInFirmware, "trigger on:swath/query/poll gone"},
+    {"say", Kind::kSay, Acts::kOnReply, "trigger on count words! first"},
+    {"other-code", Kind::kOtherCode, Acts::kOnReply, "trigger on count"},
+    {"garbage", Kind::kGarbage, Acts::kOnReply, "trigger on count form!"},
+    {"late", Kind::kLate, Acts::kOnReply, "trigger on count ms!"},
+    {"silence", Kind::kSilence, Acts::kOnReply, "trigger on ms"},
 };
 
 constexpr bool InOrder() {
@@ -70,21 +70,21 @@ void Set(Quirk& quirk, std::uint32_t number) {
   quirk.*kField = static_cast<std::remove_reference_t<decltype(quirk.*kField)>>(number);
 }
 
-template <Moment kMoment>
-void SetMoment(Quirk& quirk, std::uint32_t number) {
-  quirk.moment = kMoment;
+template <Trigger kTrigger>
+void SetTrigger(Quirk& quirk, std::uint32_t number) {
+  quirk.trigger = kTrigger;
   quirk.at = number;
 }
 
 const std::vector<Field>& Fields() {
   static const std::vector<Field> fields = {
-      // The moments; "moment" in the table stands for all of them.
-      {"at", 1, UINT32_MAX, {}, SetMoment<Moment::kSwath>},
-      {"msg", 1, UINT32_MAX, {}, SetMoment<Moment::kMessage>},
-      {"write", 1, UINT32_MAX, {}, SetMoment<Moment::kWrite>},
-      {"read", 1, UINT32_MAX, {}, SetMoment<Moment::kRead>},
-      {"byte", 1, UINT32_MAX, {}, SetMoment<Moment::kByte>},
-      {"t", 0, kQuirkMsMax, {}, SetMoment<Moment::kTime>},
+      // The triggers; "trigger" in the table stands for all of them.
+      {"at", 1, UINT32_MAX, {}, SetTrigger<Trigger::kSwath>},
+      {"msg", 1, UINT32_MAX, {}, SetTrigger<Trigger::kMessage>},
+      {"write", 1, UINT32_MAX, {}, SetTrigger<Trigger::kWrite>},
+      {"read", 1, UINT32_MAX, {}, SetTrigger<Trigger::kRead>},
+      {"byte", 1, UINT32_MAX, {}, SetTrigger<Trigger::kByte>},
+      {"t", 0, kQuirkMsMax, {}, SetTrigger<Trigger::kTime>},
       // Numbers.
       {"count", 1, kQuirkCountMax, {}, Set<&Quirk::count>},
       {"ms", 1, kQuirkMsMax, {}, Set<&Quirk::ms>},
@@ -120,9 +120,9 @@ const std::vector<Field>& Fields() {
   return fields;
 }
 
-constexpr std::size_t kMoments = 6;
+constexpr std::size_t kTriggers = 6;
 
-bool IsMoment(const Field& field) { return &field < Fields().data() + kMoments; }
+bool IsTrigger(const Field& field) { return &field < Fields().data() + kTriggers; }
 
 // ---- Parsing ----
 
@@ -210,7 +210,7 @@ std::vector<Use> UsesOf(const KindRule& rule) {
   for (const std::string& text : Split(rule.fields, ' ')) {
     const std::string name = text.substr(0, text.find_first_of("!=:"));
     for (const Field& field : Fields()) {
-      if (name == "moment" ? !IsMoment(field) : name != field.name) continue;
+      if (name == "trigger" ? !IsTrigger(field) : name != field.name) continue;
       Use use;
       use.field = &field;
       use.needed = text.find('!') != std::string::npos;
@@ -263,8 +263,8 @@ std::string TakeField(const std::vector<Use>& uses, const std::string& text, Qui
   const std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
   if (!why.empty()) return why;
   if (!named->insert(name).second) return name + " stands there twice";
-  if (IsMoment(*use->field) && !named->insert("a moment").second)
-    return name + " is a second moment";
+  if (IsTrigger(*use->field) && !named->insert("a trigger").second)
+    return name + " is a second trigger";
   return "";
 }
 

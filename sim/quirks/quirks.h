@@ -78,8 +78,8 @@ struct Quirk {
     kLate,
     kSilence,
   };
-  // What `at` counts; the first is 1. A quirk is due from its moment on, until it is used up.
-  enum class Moment {
+  // What `at` counts; the first is 1. A quirk is due from its trigger on, until it is used up.
+  enum class Trigger {
     kStart,    // nothing: the quirk is due from the start
     kSwath,    // swaths of a job, feed-only ones included; a swath's buffer query belongs to it
     kMessage,  // messages since the printer was switched on: a command is one, its data another
@@ -90,7 +90,7 @@ struct Quirk {
   };
 
   Kind kind = Kind::kListFails;
-  Moment moment = Moment::kStart;
+  Trigger trigger = Trigger::kStart;
   std::uint32_t at = 0;
   Message on = Message::kAny;  // acts on these messages alone
   std::uint32_t count = 1;     // how often it acts

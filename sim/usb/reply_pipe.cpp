@@ -25,8 +25,8 @@ std::int32_t Until(std::uint32_t momentMs, std::uint32_t nowMs) {
 
 std::uint32_t ReplyPipe::DueMs(std::uint32_t nowMs) {
   std::uint32_t dueMs = nowMs + kLatencyMs;
-  if (const Quirk* late = moments_->Use(Quirk::Kind::kLate)) dueMs += late->ms;
-  if (const Quirk* silence = moments_->Use(Quirk::Kind::kSilence)) {
+  if (const Quirk* late = triggers_->Use(Quirk::Kind::kLate)) dueMs += late->ms;
+  if (const Quirk* silence = triggers_->Use(Quirk::Kind::kSilence)) {
     mute_ = silence->ms == 0;
     silent_ = !mute_;
     silentUntilMs_ = nowMs + silence->ms;
@@ -39,12 +39,12 @@ std::uint32_t ReplyPipe::DueMs(std::uint32_t nowMs) {
 void ReplyPipe::Send(const Reply& reply, std::uint32_t nowMs) {
   const std::uint32_t dueMs = DueMs(nowMs);
   if (mute_) return;
-  if (const Quirk* say = moments_->Use(Quirk::Kind::kSay)) {
+  if (const Quirk* say = triggers_->Use(Quirk::Kind::kSay)) {
     for (const SaidPacket& said : say->words) PushSaid(said, dueMs);
     if (!say->first) return;
   }
-  if (moments_->Use(Quirk::Kind::kOtherCode) != nullptr) PushStray(reply, dueMs);
-  if (const Quirk* garbage = moments_->Use(Quirk::Kind::kGarbage)) {
+  if (triggers_->Use(Quirk::Kind::kOtherCode) != nullptr) PushStray(reply, dueMs);
+  if (const Quirk* garbage = triggers_->Use(Quirk::Kind::kGarbage)) {
     PushGarbage(garbage->form, reply, dueMs);
   } else {
     Push(packer_.Pack(reply), dueMs);
@@ -123,7 +123,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueM
 
 // The frame is whole, all that it carries is random: the same in each run.
 ReplyPipe::Bytes ReplyPipe::RandomPacket() {
-  std::mt19937 random(moments_->Messages());
+  std::mt19937 random(triggers_->Messages());
   Reply reply(2 * (8 + random() % (kReplyPacketWords - 8)));
   for (std::uint8_t& byte : reply) byte = Low8(random());
   return packer_.Pack(reply)[0];

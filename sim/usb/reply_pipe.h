@@ -1,5 +1,5 @@
 // The bulk-in pipe: replies lie in it as packets until the host reads them. What quirks do to
-// replies on their way is done here: stray ones in front, spoilt, late and lost ones.
+// replies on their way is done here: stray ones before it, corrupt, late and lost ones.
 #ifndef QRN_SIM_USB_REPLY_PIPE_H_
 #define QRN_SIM_USB_REPLY_PIPE_H_
 
@@ -7,7 +7,7 @@
 #include <deque>
 #include <vector>
 
-#include "sim/quirks/quirk_moments.h"
+#include "sim/quirks/quirk_triggers.h"
 #include "sim/usb/wire.h"
 
 namespace qrn::sim {
@@ -16,7 +16,7 @@ using Reply = std::vector<std::uint8_t>;
 
 class ReplyPipe {
  public:
-  explicit ReplyPipe(QuirkMoments& moments) : moments_(&moments) {}
+  explicit ReplyPipe(QuirkTriggers& triggers) : triggers_(&triggers) {}
 
   void Send(const Reply& reply, std::uint32_t nowMs);
   // The device was opened anew: what lay in the pipe is lost, and a printer that was silent for
@@ -41,7 +41,7 @@ class ReplyPipe {
   Bytes RandomPacket();
   void Push(const std::vector<Bytes>& packets, std::uint32_t dueMs);
 
-  QuirkMoments* moments_;
+  QuirkTriggers* triggers_;
   ReplyPacker packer_;
   std::deque<Packet> packets_;
   std::uint32_t strays_ = 0;  // replies to other codes so far

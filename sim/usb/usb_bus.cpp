@@ -28,10 +28,10 @@ std::string InCase(PathCase wanted, std::string text) {
 
 }  // namespace
 
-UsbBus::UsbBus(QuirkMoments& moments) : moments_(&moments) {
-  if (const Quirk* path = moments.Use(Quirk::Kind::kPath)) path_ = *path;
+UsbBus::UsbBus(QuirkTriggers& triggers) : triggers_(&triggers) {
+  if (const Quirk* path = triggers.Use(Quirk::Kind::kPath)) path_ = *path;
   devices_ = {{kForeignPath}, {Spelled(instance_)}};
-  if (const Quirk* second = moments.Use(Quirk::Kind::kSecondPrinter)) {
+  if (const Quirk* second = triggers.Use(Quirk::Kind::kSecondPrinter)) {
     const Device device{Spelled(kSecondInstance), false, second->held};
     devices_.insert(second->first ? devices_.begin() + 1 : devices_.end(), device);
   }
@@ -52,7 +52,7 @@ bool UsbBus::Look(std::uint32_t nowMs) {
   if (printer.away && unplug_.ms != 0 && Passed(nowMs, backMs_)) ComeBack();
   if (printer.held && unplug_.heldMs != 0 && Passed(nowMs, freeMs_)) printer.held = false;
   if (printer.away) return false;
-  const Quirk* unplug = moments_->Use(Quirk::Kind::kUnplug);
+  const Quirk* unplug = triggers_->Use(Quirk::Kind::kUnplug);
   if (unplug == nullptr) return false;
   unplug_ = *unplug;
   backMs_ = nowMs + unplug_.ms;
@@ -80,7 +80,7 @@ std::uint32_t UsbBus::Open(const char* path, std::uint32_t* error) {
   for (std::size_t i = 1; i < devices_.size(); ++i) {
     Device& device = devices_[i];
     if (device.path != path || device.away) continue;
-    if (const Quirk* fault = moments_->Use(Quirk::Kind::kOpenFails)) {
+    if (const Quirk* fault = triggers_->Use(Quirk::Kind::kOpenFails)) {
       *error = fault->error;
       return 0;
     }

@@ -10,18 +10,18 @@
 #include <string>
 #include <vector>
 
-#include "sim/quirks/quirk_moments.h"
+#include "sim/quirks/quirk_triggers.h"
 
 namespace qrn::sim {
 
 class UsbBus {
  public:
-  explicit UsbBus(QuirkMoments& moments);
+  explicit UsbBus(QuirkTriggers& triggers);
 
   // Lets the printer leave and come back as is due. True when it has just left.
   bool Look(std::uint32_t nowMs);
   // Whether the system can list its devices at this moment.
-  bool Listable() { return moments_->Use(Quirk::Kind::kListFails) == nullptr; }
+  bool Listable() { return triggers_->Use(Quirk::Kind::kListFails) == nullptr; }
   // The path at this place among the devices that are there; null past the end.
   const char* PathAt(std::size_t index) const;
   // A handle, or 0 and why.
@@ -41,7 +41,7 @@ class UsbBus {
   std::string Spelled(std::uint32_t instance) const;
   void ComeBack();
 
-  QuirkMoments* moments_;
+  QuirkTriggers* triggers_;
   std::vector<Device> devices_;
   std::size_t printer_ = 0;  // the one that the driver has opened first; until then, the first
   bool chosen_ = false;

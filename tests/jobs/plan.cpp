@@ -73,20 +73,20 @@ const Grammar kGrammar = {
 
     {"printer",
      "{3*|8*\nprinter <quirk>|5*\nprinter <quirk> <quirk>|2*\nprinter <quirk> <quirk> <quirk>|"
-     "\nprinter silence:<moment> unplug:t={30000..120000},ms={1..40000}}"},
-    {"moment", "{at={{1..4}|{1..20}}|t={{0..2000}|{0..20000}}|2*<message>}"},
+     "\nprinter silence:<trigger> unplug:t={30000..120000},ms={1..40000}}"},
+    {"trigger", "{at={{1..4}|{1..20}}|t={{0..2000}|{0..20000}}|2*<message>}"},
     {"message", "msg={2*{1..4}|2*{5..20}|{1..60}}"},
     {"quirk",
      "{refuse:on=connect,status={0|3|4|5|0x50|0x5f|0x21|1|{0..65535}},count={1..4}|"
-     "buffer-full:<moment>,count={4*{1..30}|1000}|"
-     "refuse:on={create|swath|end|cancel|poll|query},status={0|1|7|0xffff},<moment>,count={1..4}|"
-     "2*pause:<moment>,ms={4*{1..12000}|{12000..200000}},on={swath|query|poll},"
+     "buffer-full:<trigger>,count={4*{1..30}|1000}|"
+     "refuse:on={create|swath|end|cancel|poll|query},status={0|1|7|0xffff},<trigger>,count={1..4}|"
+     "2*pause:<trigger>,ms={4*{1..12000}|{12000..200000}},on={swath|query|poll},"
      "update={none|same|db|calib|short}|"
-     "cancel:<moment>{,on=swath|,gone=1|,on=poll|,on=query}|"
-     "other-code:<moment>,count={1..5}|"
-     "late:<moment>,ms={{1..300}|{300..15000}}|late:<moment>,ms={1..40},count=1000|"
-     "silence:<moment>,ms={1..40000}|"
-     "2*garbage:<moment>,form={kind|random|words|short|empty|split|overlong|restart},count={4*{1.."
+     "cancel:<trigger>{,on=swath|,gone=1|,on=poll|,on=query}|"
+     "other-code:<trigger>,count={1..5}|"
+     "late:<trigger>,ms={{1..300}|{300..15000}}|late:<trigger>,ms={1..40},count=1000|"
+     "silence:<trigger>,ms={1..40000}|"
+     "2*garbage:<trigger>,form={kind|random|words|short|empty|split|overlong|restart},count={4*{1.."
      "2}|{1..20}}|"
      "say:on=test,first=1,words=8*0{|/8*0/8*0}|"
      "read-fails:{read={1..60}|<message>},<failure>|"
@@ -175,7 +175,7 @@ void Befall(const Quirk& quirk, const Scenario& plan, Fate* fate) {
   const bool isRefused = quirk.kind == Kind::kRefuse && quirk.on == qrn::sim::Message::kConnect &&
                          !AsksAgain(quirk.status);
   const bool isAwayAtStart =
-      quirk.kind == Kind::kUnplug && quirk.moment == Quirk::Moment::kTime && quirk.at == 0;
+      quirk.kind == Kind::kUnplug && quirk.trigger == Quirk::Trigger::kTime && quirk.at == 0;
   const bool isSilentForGood = quirk.kind == Kind::kSilence && quirk.ms == 0;
   fate->mayFail |= isRefused || isAwayAtStart || quirk.kind == Kind::kBlock;
   fate->mayCancel |= quirk.kind == Kind::kCancel;

@@ -9,21 +9,21 @@
 namespace scenarios {
 namespace {
 
-constexpr std::uint32_t kPlanes = 8, kPixelsPerByte = 4, kBandLines = 50;
+constexpr std::uint32_t kColors = 8, kPixelsPerByte = 4, kBandLines = 50;
 constexpr std::uint8_t kSlack = 0xA5;  // after the bytes of a line
 
-// Drop levels of all kinds; here and there a plane, or a band of lines in one, stays blank.
+// Drop levels of all kinds; here and there a color, or a band of lines in one, stays blank.
 void DrawRandom(std::uint64_t seed, Page& page) {
   std::mt19937_64 random(seed);
-  const std::uint64_t blankPlane = random() % (kPlanes + 1);
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+  const std::uint64_t blankColor = random() % (kColors + 1);
+  for (std::uint32_t color = 0; color < kColors; ++color) {
     std::uint64_t keep = 0;  // of three bytes
     for (std::uint32_t line = 0; line < page.Lines(); ++line) {
       if (line % kBandLines == 0) keep = random() % 3;
       for (std::uint32_t i = 0; i < page.LineBytes(); ++i) {
         const std::uint64_t bits = random();
-        if (plane != blankPlane && (bits >> 8) % 3 < keep)
-          page.Edit(plane, line)[i] = static_cast<std::uint8_t>(bits);
+        if (color != blankColor && (bits >> 8) % 3 < keep)
+          page.Edit(color, line)[i] = static_cast<std::uint8_t>(bits);
       }
     }
   }
@@ -34,27 +34,27 @@ void DrawRandom(std::uint64_t seed, Page& page) {
 Page::Page(const Job& job)
     : lines_(job.height),
       lineBytes_(job.width / kPixelsPerByte),
-      bytes_(std::size_t{kPlanes} * lines_ * lineBytes_) {}
+      bytes_(std::size_t{kColors} * lines_ * lineBytes_) {}
 
 Page Page::Drawn(const Job& job) {
   Page page(job);
   if (job.image.random) DrawRandom(job.image.seed, page);
-  for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
-    if ((job.image.planes >> plane & 1u) == 0) continue;
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    if ((job.image.colors >> color & 1u) == 0) continue;
     for (const LineRange& range : job.image.lines) {
       for (std::uint32_t line = range.first; line <= range.last && line < job.height; ++line)
-        std::fill_n(page.Edit(plane, line), page.lineBytes_, std::uint8_t{0xFF});
+        std::fill_n(page.Edit(color, line), page.lineBytes_, std::uint8_t{0xFF});
     }
   }
   return page;
 }
 
-const std::uint8_t* Page::Line(int plane, std::uint32_t line) const {
-  return bytes_.data() + (static_cast<std::size_t>(plane) * lines_ + line) * lineBytes_;
+const std::uint8_t* Page::Line(int color, std::uint32_t line) const {
+  return bytes_.data() + (static_cast<std::size_t>(color) * lines_ + line) * lineBytes_;
 }
 
-std::uint8_t* Page::Edit(std::uint32_t plane, std::uint32_t line) {
-  return bytes_.data() + (std::size_t{plane} * lines_ + line) * lineBytes_;
+std::uint8_t* Page::Edit(std::uint32_t color, std::uint32_t line) {
+  return bytes_.data() + (std::size_t{color} * lines_ + line) * lineBytes_;
 }
 
 Page Host::Print(const Job& job, Page drawn) {
@@ -121,9 +121,9 @@ void Host::Ask() {
 void Host::GiveLines(const HostStep& step) {
   const std::uint32_t left = job_.height - linesGiven_;
   for (std::uint32_t line = 0; line < std::min(step.count, left); ++line) {
-    for (std::uint32_t plane = 0; plane < kPlanes; ++plane) {
+    for (std::uint32_t color = 0; color < kColors; ++color) {
       if (job_.lineFamily) {
-        Send(plane, step);
+        Send(color, step);
       } else {
         Write(step);
       }
@@ -147,25 +147,25 @@ void Host::Write(const HostStep& step) {
   ++calls_;
   if (WriteRipData(step.null ? nullptr : line.data(), bytes) != bytes) ++refused_;
   TakeIn(slot_, line, step);
-  slot_ = (slot_ + 1) % kPlanes;
+  slot_ = (slot_ + 1) % kColors;
 }
 
 // After its bytes, and after the last line of a page, comes something else.
-std::vector<std::uint8_t> Host::LineOf(std::uint32_t plane, const HostStep& step) const {
+std::vector<std::uint8_t> Host::LineOf(std::uint32_t color, const HostStep& step) const {
   const std::uint32_t bytes = drawn_.LineBytes();
   std::vector<std::uint8_t> line(std::max(step.bytes.value_or(bytes), bytes) + 1, kSlack);
-  if (plane < kPlanes && linesTaken_ < drawn_.Lines())
-    std::copy_n(drawn_.Line(static_cast<int>(plane), linesTaken_), bytes, line.begin());
+  if (color < kColors && linesTaken_ < drawn_.Lines())
+    std::copy_n(drawn_.Line(static_cast<int>(color), linesTaken_), bytes, line.begin());
   return line;
 }
 
-void Host::TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line,
+void Host::TakeIn(std::uint32_t color, const std::vector<std::uint8_t>& line,
                   const HostStep& step) {
-  if (linesTaken_ >= taken_.Lines() || plane >= kPlanes || step.null) return;
+  if (linesTaken_ >= taken_.Lines() || color >= kColors || step.null) return;
   const std::uint32_t bytes = taken_.LineBytes();
   std::copy_n(line.begin(), std::min(step.bytes.value_or(bytes), bytes),
-              taken_.Edit(plane, linesTaken_));
-  if (plane + 1 == kPlanes) ++linesTaken_;
+              taken_.Edit(color, linesTaken_));
+  if (color + 1 == kColors) ++linesTaken_;
 }
 
 }  // namespace scenarios

@@ -22,13 +22,13 @@ class Page : public qrn::sim::RasterSource {
 
   std::uint32_t Lines() const override { return lines_; }
   std::uint32_t LineBytes() const override { return lineBytes_; }
-  const std::uint8_t* Line(int plane, std::uint32_t line) const override;
+  const std::uint8_t* Line(int color, std::uint32_t line) const override;
   // To write on.
-  std::uint8_t* Edit(std::uint32_t plane, std::uint32_t line);
+  std::uint8_t* Edit(std::uint32_t color, std::uint32_t line);
 
  private:
   std::uint32_t lines_, lineBytes_;
-  std::vector<std::uint8_t> bytes_;  // plane by plane
+  std::vector<std::uint8_t> bytes_;  // color by color
 };
 
 class Host {
@@ -51,9 +51,9 @@ class Host {
   void Send(std::uint32_t color, const HostStep& step);
   void Write(const HostStep& step);
   void SayRefused();
-  std::vector<std::uint8_t> LineOf(std::uint32_t plane, const HostStep& step) const;
+  std::vector<std::uint8_t> LineOf(std::uint32_t color, const HostStep& step) const;
   // What a driver makes of a line.
-  void TakeIn(std::uint32_t plane, const std::vector<std::uint8_t>& line, const HostStep& step);
+  void TakeIn(std::uint32_t color, const std::vector<std::uint8_t>& line, const HostStep& step);
 
   Say say_;
   std::uint32_t slot_ = 0;  // of the next WriteRipData; only StartPrint sets it back

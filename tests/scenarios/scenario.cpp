@@ -12,8 +12,8 @@
 namespace scenarios {
 namespace {
 
-constexpr std::uint32_t kAllPlanes = 0xFF,
-                        kPlanesOfPha = 0x99;  // in the driver's own ink order: 0, 3, 4 and 7
+constexpr std::uint32_t kAllColors = 0xFF,
+                        kColorsOfPha = 0x99;  // in the driver's own ink order: 0, 3, 4 and 7
 
 using Words = std::vector<std::string>;
 
@@ -70,17 +70,17 @@ std::vector<LineRange> RangesOf(const std::string& text) {
 }
 
 // Ink on line 0 up to a last one.
-Image InkOn(std::uint32_t planes, std::uint32_t lastLine) {
+Image InkOn(std::uint32_t colors, std::uint32_t lastLine) {
   Image image;
-  image.planes = planes;
+  image.colors = colors;
   image.lines = {{0, lastLine}};
   return image;
 }
 
 const Meanings<Job> kImageWords = {
-    {"pha", [](const Word&, Job& j) { j.image = InkOn(kPlanesOfPha, 0); }},
-    {"all", [](const Word&, Job& j) { j.image = InkOn(kAllPlanes, 0); }},
-    {"solid", [](const Word&, Job& j) { j.image = InkOn(kAllPlanes, j.height); }},
+    {"pha", [](const Word&, Job& j) { j.image = InkOn(kColorsOfPha, 0); }},
+    {"all", [](const Word&, Job& j) { j.image = InkOn(kAllColors, 0); }},
+    {"solid", [](const Word&, Job& j) { j.image = InkOn(kAllColors, j.height); }},
     {"blank", [](const Word&, Job& j) { j.image = Image(); }},
     {"random", [](const Word&, Job& j) { j.image.random = true; }},
     {"lines", [](const Word& w, Job& j) { j.image.lines = RangesOf(w.value); }},

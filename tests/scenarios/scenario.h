@@ -40,7 +40,7 @@ struct LineRange {
 
 // What is on the page: pixels at the highest level, or at random ones.
 struct Image {
-  std::uint32_t planes = 0xFF;  // of the ink on `lines`, a bit each
+  std::uint32_t colors = 0xFF;  // of the ink on `lines`, a bit each
   std::vector<LineRange> lines = {};
   bool random = false;
   std::uint64_t seed = 1;

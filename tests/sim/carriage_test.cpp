@@ -33,7 +33,7 @@ struct Case {
   std::uint32_t resolution;
   PassCommand pass;  // direction, start position
   struct {
-    std::size_t column, head, row, nozzle, plane;
+    std::size_t column, head, row, nozzle, color;
   } fired;  // in the swath data
   struct {
     int ink, line, column;
@@ -73,9 +73,9 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
     Carriage carriage(machine, resolution);
     Paper paper;
     std::vector<std::uint8_t> data(720 * (fired.column + 1));
-    data[720 * fired.column + 360 * fired.plane + 2 * fired.nozzle + fired.head] =
+    data[720 * fired.column + 360 * fired.color + 2 * fired.nozzle + fired.head] =
         static_cast<std::uint8_t>(1u << fired.row);
-    const std::uint64_t amount = fired.plane == 0 ? 2 : 1;
+    const std::uint64_t amount = fired.color == 0 ? 2 : 1;
     EXPECT_EQ(amount, carriage.Print(pass, data, paper));
     EXPECT_EQ(amount, paper.Ink(laid.ink, pass.direction, laid.line, laid.column));
     EXPECT_EQ(amount, paper.TotalInk());

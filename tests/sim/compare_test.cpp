@@ -13,23 +13,23 @@ using scenarios::Page;
 
 constexpr std::uint32_t kLines = 60, kWidth = 96, kPassCount = 4, kResolution = 1440;
 
-void Lay(int plane, int direction, std::int32_t line, std::int32_t column, int amount,
+void Lay(int color, int direction, std::int32_t line, std::int32_t column, int amount,
          Paper* paper) {
-  AddInk(paper->Prepare(plane, direction, line, column, column), column,
+  AddInk(paper->Prepare(color, direction, line, column, column), column,
          static_cast<std::uint8_t>(amount));
 }
 
 // Prints every pixel, even phases in reverse passes, with a calibration that is off.
 Paper Printed(const Page& page, std::int32_t origin, std::int32_t shift) {
   Paper paper;
-  for (int plane = 0; plane < kInks; ++plane) {
+  for (int color = 0; color < kInks; ++color) {
     for (std::uint32_t at = 0; at < kLines * kWidth; ++at) {
       const std::uint32_t line = at / kWidth, pixel = at % kWidth;
-      const int level = (page.Line(plane, line)[pixel / 4] >> (6 - 2 * (pixel % 4))) & 3;
+      const int level = (page.Line(color, line)[pixel / 4] >> (6 - 2 * (pixel % 4))) & 3;
       const int reverse = pixel % 2 == 0;
       const auto column = static_cast<std::int32_t>(pixel / kPassCount) + reverse * shift;
       if (level != 0)
-        Lay(plane, reverse, static_cast<std::int32_t>(line) + origin, column, level, &paper);
+        Lay(color, reverse, static_cast<std::int32_t>(line) + origin, column, level, &paper);
     }
   }
   return paper;
@@ -41,7 +41,7 @@ TEST(Compare, ReportsOneWrongCellWhereverItIs) {
   job.image.random = true, job.image.seed = TestSeed();
   const Page page = Page::Drawn(job);
   struct Case {
-    int plane, direction;
+    int color, direction;
     std::int32_t line, column;
   };
   for (const auto& [origin, shift] :
@@ -56,11 +56,11 @@ TEST(Compare, ReportsOneWrongCellWhereverItIs) {
          {Case{2, 0, 30, 7}, Case{2, 1, 30, 7 + shift}, Case{5, 0, 30, 7}, Case{2, 0, 70, 3},
           Case{2, 0, 20, -4}, Case{2, 0, 20, 900}, Case{2, 0, kLines - 1, 23}}) {
       paper = Printed(page, origin, shift);
-      Lay(extra.plane, extra.direction, extra.line + origin, extra.column, 1, &paper);
+      Lay(extra.color, extra.direction, extra.line + origin, extra.column, 1, &paper);
       const Comparison result = Compare(page, paper, Machine{}, kResolution);
       EXPECT_EQ(1u, result.differingCells);
       EXPECT_EQ(1u, result.overInkedCells);
-      EXPECT_EQ(0u, result.firstDifference.find("plane " + std::to_string(extra.plane) + ", line " +
+      EXPECT_EQ(0u, result.firstDifference.find("plane " + std::to_string(extra.color) + ", line " +
                                                 std::to_string(extra.line)))
           << result.firstDifference;
     }

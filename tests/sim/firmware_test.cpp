@@ -56,8 +56,8 @@ const std::map<std::string, Sent> kSent = {
 class FirmwareTest : public testing::Test {
  protected:
   void SwitchOn(const char* quirk, const Machine& machine) {
-    moments = QuirkMoments(*quirk != '\0' ? Script({quirk}) : QuirkScript());
-    firmware.emplace(machine, moments);
+    triggers = QuirkTriggers(*quirk != '\0' ? Script({quirk}) : QuirkScript());
+    firmware.emplace(machine, triggers);
   }
   // The reply's words code, ok, sub, status; empty when there is none.
   Words Tell(const Sent& sent) {
@@ -94,8 +94,8 @@ class FirmwareTest : public testing::Test {
   }
 
   std::uint32_t now = 1000;
-  QuirkMoments moments{{}};
-  std::optional<Firmware> firmware{std::in_place, Machine{}, moments};
+  QuirkTriggers triggers{{}};
+  std::optional<Firmware> firmware{std::in_place, Machine{}, triggers};
 };
 
 // Each byte of each packet, changed: a violation where the value is given, none where it is free.

@@ -15,8 +15,8 @@ using Rows = std::vector<std::vector<std::uint32_t>>;
 
 class PictureTest : public testing::Test {
  protected:
-  void Lay(int plane, int direction, std::int32_t line, std::int32_t column, std::uint8_t ink) {
-    AddInk(paper.Prepare(plane, direction, line, column, column), column, ink);
+  void Lay(int color, int direction, std::int32_t line, std::int32_t column, std::uint8_t ink) {
+    AddInk(paper.Prepare(color, direction, line, column, column), column, ink);
   }
   void Render() {
     ASSERT_EQ("", WritePng(paper, options, path));

@@ -18,7 +18,7 @@ TEST(ParseQuirk, RefusesWhatIsNoQuirkAndSaysWhy) {
            std::pair{"pause:ms=1,ms=2", "ms stands there twice"},
            std::pair{"pause:ms=1,", "'' is not one of at=, msg=, write=, read=, byte=, t=, on=,"},
            std::pair{"pause:ms=1,count=2", "'count=2' is not one of at=, msg="},
-           std::pair{"pause:ms=1,at=2,t=3", "t is a second moment"},
+           std::pair{"pause:ms=1,at=2,t=3", "t is a second trigger"},
            std::pair{"refuse:on=test",
                      "on must be one of connect, create, swath, end, cancel, poll"},
            std::pair{"cancel:at=0", "at must be a number from 1"},

@@ -68,10 +68,6 @@ inline Bytes Frame(std::uint16_t type, std::uint16_t kind, std::uint16_t number,
 inline Bytes CommandWrite(std::uint16_t number) {
   return Frame(0x0BAA, 0xF008, number, 0, 47, 1, 32, 128);
 }
-inline Bytes DataWrite(std::uint16_t number, std::uint32_t words) {
-  return Frame(0x85B5, 0xF008, number, 0, static_cast<std::uint16_t>(words - 1), 1, words,
-               32 + 2 * words);
-}
 
 }  // namespace qrn::sim
 

@@ -69,7 +69,7 @@ void LoadPrintAndUnload(int times) {
     ASSERT_EQ(0, MinimalHost());
     ASSERT_EQ("", printer.Violation());
     ASSERT_EQ(1u, printer.Stats().jobsEnded);
-    ASSERT_EQ(480u * 360 * 3, printer.Stats().inkLaid);  // each pixel in one plane, at level 3
+    ASSERT_EQ(480u * 360 * 3, printer.Stats().inkLaid);  // each pixel in one color, at level 3
     ASSERT_TRUE(UnloadDll());
   }
 }

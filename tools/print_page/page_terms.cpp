@@ -81,7 +81,7 @@ PageTerms TermsOf(const Options& options, const sim::Machine& machine) {
 std::string InkProblem(const Options& options, const sim::Machine& machine,
                        const RasterPage& page) {
   if (options.partial) return "";
-  const unsigned printed = sim::PrintedPlanes(machine);
+  const unsigned printed = sim::PrintedColors(machine);
   const SlotPage slots(page, options.slots);
   std::string missing;
   unsigned count = 0;

@@ -1,63 +1,63 @@
-#include "sim/quirks/quirk_moments.h"
+#include "sim/quirks/quirk_triggers.h"
 
 #include <algorithm>
 
 namespace qrn::sim {
 
-void QuirkMoments::PassTime(std::uint32_t nowMs) {
+void QuirkTriggers::PassTime(std::uint32_t nowMs) {
   if (!begun_) beganMs_ = nowMs;
   begun_ = true;
   nowMs_ = nowMs;
 }
 
-void QuirkMoments::BeginPacket(Message message, std::uint32_t swath) {
+void QuirkTriggers::BeginPacket(Message message, std::uint32_t swath) {
   written_.message = message;
   if (swath != 0 || message == Message::kCreate) written_.swath = swath;
 }
 
-void QuirkMoments::BeginWrite(std::size_t bytes, bool isData) {
+void QuirkTriggers::BeginWrite(std::size_t bytes, bool isData) {
   ++writes_;
   bytes_ += bytes;
   writesData_ = isData;
 }
 
-void QuirkMoments::BeginRead() {
+void QuirkTriggers::BeginRead() {
   if (!reading_) ++reads_;
   reading_ = true;
 }
 
 // What is written may come to nothing; what is answered has come whole.
-const QuirkMoments::InHand& QuirkMoments::Concerned(const Quirk& quirk) const {
+const QuirkTriggers::InHand& QuirkTriggers::Concerned(const Quirk& quirk) const {
   return WhereActs(quirk.kind) == Acts::kOnWrite ? written_ : answered_;
 }
 
-bool QuirkMoments::Reached(const Quirk& quirk) const {
-  switch (quirk.moment) {
-    case Quirk::Moment::kStart:
+bool QuirkTriggers::Reached(const Quirk& quirk) const {
+  switch (quirk.trigger) {
+    case Quirk::Trigger::kStart:
       return true;
-    case Quirk::Moment::kSwath:
+    case Quirk::Trigger::kSwath:
       return Concerned(quirk).swath >= quirk.at;
-    case Quirk::Moment::kMessage:
+    case Quirk::Trigger::kMessage:
       // A write belongs to the message that it is to complete, anything else to the last whole one.
       return messages_ + (WhereActs(quirk.kind) == Acts::kOnWrite ? 1 : 0) >= quirk.at;
-    case Quirk::Moment::kWrite:
+    case Quirk::Trigger::kWrite:
       return writes_ >= quirk.at;
-    case Quirk::Moment::kRead:
+    case Quirk::Trigger::kRead:
       return reads_ >= quirk.at;
-    case Quirk::Moment::kByte:
+    case Quirk::Trigger::kByte:
       return bytes_ >= quirk.at;
-    case Quirk::Moment::kTime:
+    case Quirk::Trigger::kTime:
       return nowMs_ - beganMs_ >= quirk.at;
   }
   return false;
 }
 
-bool QuirkMoments::Fits(const Quirk& quirk) const {
+bool QuirkTriggers::Fits(const Quirk& quirk) const {
   if (quirk.on != Message::kAny && quirk.on != Concerned(quirk).message) return false;
   return quirk.where == Where::kAny || (quirk.where == Where::kData) == writesData_;
 }
 
-const Quirk* QuirkMoments::Use(Quirk::Kind kind) {
+const Quirk* QuirkTriggers::Use(Quirk::Kind kind) {
   for (Quirk& quirk : script_) {
     if (quirk.kind != kind || quirk.count == 0 || !Reached(quirk) || !Fits(quirk)) continue;
     --quirk.count;
@@ -66,10 +66,10 @@ const Quirk* QuirkMoments::Use(Quirk::Kind kind) {
   return nullptr;
 }
 
-std::uint32_t QuirkMoments::NoLongerThan(std::uint32_t untilMs) const {
+std::uint32_t QuirkTriggers::NoLongerThan(std::uint32_t untilMs) const {
   std::uint32_t waitMs = untilMs - nowMs_;
   for (const Quirk& quirk : script_) {
-    if (quirk.moment == Quirk::Moment::kTime && quirk.count > 0 && !Reached(quirk))
+    if (quirk.trigger == Quirk::Trigger::kTime && quirk.count > 0 && !Reached(quirk))
       waitMs = std::min(waitMs, quirk.at - (nowMs_ - beganMs_));
   }
   return nowMs_ + waitMs;

@@ -1,7 +1,7 @@
-// Counts what goes by at the printer's border and finds the quirks whose moment has come. Each is
+// Counts what goes by at the printer's border and finds the quirks that are triggered. Each is
 // used up on its own, so any number of them act at once.
-#ifndef QRN_SIM_QUIRKS_QUIRK_MOMENTS_H_
-#define QRN_SIM_QUIRKS_QUIRK_MOMENTS_H_
+#ifndef QRN_SIM_QUIRKS_QUIRK_TRIGGERS_H_
+#define QRN_SIM_QUIRKS_QUIRK_TRIGGERS_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -10,9 +10,9 @@
 
 namespace qrn::sim {
 
-class QuirkMoments {
+class QuirkTriggers {
  public:
-  explicit QuirkMoments(QuirkScript script) : script_(std::move(script)) {}
+  explicit QuirkTriggers(QuirkScript script) : script_(std::move(script)) {}
 
   // The clock stands at `nowMs`; the first call begins the session.
   void PassTime(std::uint32_t nowMs);
@@ -34,7 +34,7 @@ class QuirkMoments {
   // Uses the first quirk of the kind that is due and not used up once; null if there is none.
   const Quirk* Use(Quirk::Kind kind);
 
-  // `untilMs`, or the moment of a quirk that comes before it: nobody waits past one.
+  // `untilMs`, or the time at which a quirk is triggered before it: nobody waits past one.
   std::uint32_t NoLongerThan(std::uint32_t untilMs) const;
 
  private:
@@ -58,4 +58,4 @@ class QuirkMoments {
 
 }  // namespace qrn::sim
 
-#endif  // QRN_SIM_QUIRKS_QUIRK_MOMENTS_H_
+#endif  // QRN_SIM_QUIRKS_QUIRK_TRIGGERS_H_
