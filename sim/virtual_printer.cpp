@@ -38,8 +38,8 @@ struct VirtualPrinter::Impl {
                                              data + kFramePayloadAt + kCommandBytes);
       const Message message = Firmware::MessageOf(packet);
       triggers.BeginPacket(message, message == Message::kSwath   ? U32(&packet[kSwathNoAt])
-                                   : message == Message::kQuery ? firmware.NextSwath()
-                                                                : 0);
+                                    : message == Message::kQuery ? firmware.NextSwath()
+                                                                 : 0);
     }
     triggers.BeginWrite(bytes, !isCommand);
   }
