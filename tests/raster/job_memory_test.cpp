@@ -10,6 +10,7 @@
 #include "raster/band.h"
 #include "raster/core_job.h"
 #include "raster/pass_rows.h"
+#include "raster/tile_walk.h"
 
 namespace {
 std::size_t g_refusedBytes = 0;  // a block of this size cannot be had
@@ -54,7 +55,7 @@ TEST_F(JobMemory, HasTheSizesOfAOneMetreImage) {
   EXPECT_EQ(nullptr, job.PrintOutBuf);
 }
 
-// Ends of runs and marks come on top of the lines: at 1080 dpi and 10 cm, the worst, at most 5 %.
+// Ends of runs and occupancy come on top of the lines: at 1080 dpi and 10 cm, the worst, at most 5 %.
 TEST_F(JobMemory, IsLittleMoreThanThatOfLinesAndSwaths) {
   for (const std::uint8_t passCount : {std::uint8_t{3}, std::uint8_t{4}, std::uint8_t{6}}) {
     job.passCount = passCount;
@@ -108,6 +109,7 @@ TEST_F(JobMemory, ThatCannotBeHadRaises13AndLeavesNothing) {
            Case{30'000'000, 1, "mem: malloc PrintOutBuf fail! 0-128428990"},
            // 9 masks of 513 bytes in three phases
            Case{48, 360, "mem: malloc pJob->Mem.pFeatherRuns fail 9-13851!", 13851},
+           Case{48, 360, "mem: malloc pJob->Mem.pConvertScratch fail", kConvertScratchBytes},
        }) {
     job.lineStride = failing.stride;
     job.nResY = failing.nResY;
