@@ -12,13 +12,6 @@ namespace {
 
 static_assert(kStripReadBytes <= kPartBytes + 1, "a strip reads two parts of a run at most");
 
-ConvertScratch& ScratchOf(Job& job) {
-  std::uint8_t* const bytes = job.Mem.pConvertScratch;
-  const std::size_t skipped =
-      (0 - reinterpret_cast<std::uintptr_t>(bytes)) % alignof(ConvertScratch);
-  return *reinterpret_cast<ConvertScratch*>(bytes + skipped);
-}
-
 std::uint32_t NozzlesOf(std::uint32_t group) {
   return std::min(kGroupNozzles, kNozzles - group * kGroupNozzles);
 }
@@ -203,6 +196,13 @@ void PackStrip(Job& job, const ConvertParams& params, const ColumnWalk& walk,
 }
 
 }  // namespace
+
+ConvertScratch& ScratchOf(Job& job) {
+  std::uint8_t* const bytes = job.Mem.pConvertScratch;
+  const std::size_t skipped =
+      (0 - reinterpret_cast<std::uintptr_t>(bytes)) % alignof(ConvertScratch);
+  return *reinterpret_cast<ConvertScratch*>(bytes + skipped);
+}
 
 void PackColumns(Job& job, const ConvertParams& params, const ColumnWalk& walk) {
   ConvertScratch& scratch = ScratchOf(job);

@@ -32,6 +32,8 @@ struct ConvertScratch {
 };
 // What is obtained for it, so that it can be aligned there. All zeros is how it starts.
 constexpr std::size_t kConvertScratchBytes = sizeof(ConvertScratch) + alignof(ConvertScratch);
+// The job's. Requires: its memory.
+ConvertScratch& ScratchOf(Job& job);
 
 // The columns of the pass in the order in which the pixels of a line reach them: forward they rise,
 // in reverse they fall.

@@ -55,7 +55,7 @@ TEST_F(JobMemory, HasTheSizesOfAOneMetreImage) {
   EXPECT_EQ(nullptr, job.PrintOutBuf);
 }
 
-// Ends of runs and occupancy come on top of the lines: at 1080 dpi and 10 cm, the worst, at most 5 %.
+// Ends of runs and occupancy come on top of the lines: at 1080 dpi and 10 cm at most 5 %.
 TEST_F(JobMemory, IsLittleMoreThanThatOfLinesAndSwaths) {
   for (const std::uint8_t passCount : {std::uint8_t{3}, std::uint8_t{4}, std::uint8_t{6}}) {
     job.passCount = passCount;

@@ -38,7 +38,7 @@ class Draw {
 };
 
 // Two rows a colour: as pairs on one head, in any order on either, in any order on both, or all
-// zeros. A few are spoiled.
+// zeros. A few are corrupt.
 void DrawInks(Draw& draw, std::uint8_t* inks) {
   std::uint8_t colors[] = {0, 1, 2, 3, 4, 5, 6, 7};
   draw.Shuffle(colors, colors + 8);
