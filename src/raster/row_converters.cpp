@@ -11,15 +11,19 @@
 namespace qrn {
 namespace {
 
-// Forward, the pixel of column j lands in output column j, in reverse in column reverseStart - j;
-// the nozzle row's own offset is added in both.
+std::uint32_t PhaseOf(const Job& job, const ColumnMode& mode) {
+  return job.passIndex / mode.passesPerPhase;
+}
+
+// Forward, pixel j of a run lands in column j, in reverse in column reverseStart - j; the nozzle
+// row's own offset is added in both. Requires: a run.
 ColumnWalk WalkOf(const Job& job, const ConvertParams& params, const ColumnMode& mode,
                   bool reverse) {
   const auto [least, most] = std::minmax_element(
       params.nozzleRows, params.nozzleRows + params.nozzleRowCount,
       [](const NozzleRow& a, const NozzleRow& b) { return a.column < b.column; });
   ColumnWalk walk{};
-  walk.phase = job.passIndex / mode.passesPerPhase;
+  walk.phase = PhaseOf(job, mode);
   walk.reverse = reverse;
   walk.columns = job.Mem.layout.columns + most->column - least->column;
   walk.firstRowColumn = (reverse ? most : least)->column;
@@ -41,9 +45,8 @@ void TakeOutPrinted(Job& job, const ConvertParams& params, std::uint32_t phase) 
 
 WrittenBytes ConvertRows(Job& job, const ConvertParams& params, const ColumnMode& mode,
                          bool reverse) {
-  if (params.nozzleRowCount == 0) return {};
+  if (PhaseOf(job, mode) >= job.Mem.layout.phases || params.nozzleRowCount == 0) return {};
   const ColumnWalk walk = WalkOf(job, params, mode, reverse);
-  if (walk.phase >= job.Mem.layout.phases) return {};
   PackColumns(job, params, walk);
   TakeOutPrinted(job, params, walk.phase);
   const std::size_t begin =

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "raster/convert.h"
 #include "raster/core_job.h"
 #include "reference/plain_raster.h"
 
