@@ -26,12 +26,12 @@ constexpr std::uint32_t kPlainBands = 2;
 void TakeLines(Job& job, const Lines& lines, std::uint32_t firstLine) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
   for (std::uint32_t line = 0; line < job.swathH; ++line) {
-    for (std::uint32_t plane = 0; plane < kColors; ++plane) {
-      const std::uint8_t* const source = LineOf(lines, plane, firstLine + line);
-      if (line + 1 == job.swathH && plane + 1 == kColors)
-        StoreRow(job, plane, std::uint32_t{job.historyRows} + line, source, bytes);
+    for (std::uint32_t color = 0; color < kColors; ++color) {
+      const std::uint8_t* const source = LineOf(lines, color, firstLine + line);
+      if (line + 1 == job.swathH && color + 1 == kColors)
+        StoreRow(job, color, std::uint32_t{job.historyRows} + line, source, bytes);
       else
-        (void)AddLine(job, plane, bytes, source);  // every line is usable
+        (void)AddLine(job, color, bytes, source);  // every line is usable
     }
   }
 }
@@ -48,15 +48,15 @@ void RunBandPasses(Job& job) {
   }
 }
 
-// Every row above the first band as if its lines had come in before, but for the dots that earlier
-// passes would have taken: each phase of a row is still there when its pass comes.
+// Every row above the first band as if its lines had come in before, except that no earlier pass
+// has taken dots out: each phase of a row is still there when its pass comes.
 void FillHistory(Job& job, PlainRaster& plain, const Lines& lines) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
+  for (std::uint32_t color = 0; color < kColors; ++color) {
     for (std::uint32_t row = 0; row < job.historyRows; ++row) {
-      const std::uint8_t* const line = LineOf(lines, plane, row);
-      StoreRow(job, plane, row, line, bytes);
-      std::memcpy(plain.Row(plane, row), line, bytes);
+      const std::uint8_t* const line = LineOf(lines, color, row);
+      StoreRow(job, color, row, line, bytes);
+      std::memcpy(plain.Row(color, row), line, bytes);
     }
   }
 }
@@ -71,9 +71,9 @@ Timing CheckBands(const std::string& where, Job& job, const Lines& lines) {
     TakeLines(job, lines, first);
     double seconds = SecondsOf([&] {
       for (std::uint32_t line = 0; line < job.swathH; ++line) {
-        for (std::uint32_t plane = 0; plane < kColors; ++plane)
-          std::memcpy(plain.Row(plane, std::uint32_t{job.historyRows} + line),
-                      LineOf(lines, plane, first + line), lines[0].size());
+        for (std::uint32_t color = 0; color < kColors; ++color)
+          std::memcpy(plain.Row(color, std::uint32_t{job.historyRows} + line),
+                      LineOf(lines, color, first + line), lines[0].size());
       }
     });
     for (std::uint32_t pass = 0; pass < job.passCount; ++pass) {

@@ -1,4 +1,4 @@
-// A job in front of its first pass, as the connect leaves it, and images to print with it.
+// A job before its first pass, as the connect leaves it, and images to print with it.
 #ifndef QRN_BENCH_BENCH_JOB_H_
 #define QRN_BENCH_BENCH_JOB_H_
 
@@ -82,7 +82,7 @@ class BenchJob {
   BenchJob(const BenchJob&) = delete;
   BenchJob& operator=(const BenchJob&) = delete;
 
-  // Back to in front of the first line, in the buffers that are there.
+  // Back to before the first line, in the buffers that are there.
   void Restart();
 
   Job& Record() { return job_; }
@@ -104,10 +104,10 @@ inline void RunPass(Job& job) {
 using Lines = std::vector<std::vector<std::uint8_t>>;
 Lines InkLines(std::size_t count, std::size_t lineBytes, int percent);
 
-// An image of a few different lines, each plane in another order.
+// An image of a few different lines, each colour in another order.
 constexpr std::size_t kDifferentLines = 61;
-inline const std::uint8_t* LineOf(const Lines& lines, std::uint32_t plane, std::uint32_t line) {
-  return lines[(line + std::size_t{7} * plane) % lines.size()].data();
+inline const std::uint8_t* LineOf(const Lines& lines, std::uint32_t color, std::uint32_t line) {
+  return lines[(line + std::size_t{7} * color) % lines.size()].data();
 }
 
 // Lines of a page of that length.

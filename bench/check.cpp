@@ -35,11 +35,11 @@ void CheckPass(const std::string& where, const Job& job, const plain::PlainRaste
 
 void CheckRows(const std::string& where, const Job& job, plain::PlainRaster& plain) {
   std::vector<std::uint8_t> line(job.lineStride);
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
+  for (std::uint32_t color = 0; color < kColors; ++color) {
     for (std::uint32_t row = 0; row < job.Mem.layout.rows; ++row) {
-      LoadRow(job, plane, row, line.data());
-      if (std::memcmp(line.data(), plain.Row(plane, row), line.size()) != 0)
-        Fail(where, "row " + std::to_string(row) + " of plane " + std::to_string(plane));
+      LoadRow(job, color, row, line.data());
+      if (std::memcmp(line.data(), plain.Row(color, row), line.size()) != 0)
+        Fail(where, "row " + std::to_string(row) + " of color " + std::to_string(color));
     }
   }
 }

@@ -17,7 +17,7 @@ plain::Geometry GeometryOf(const Job& job);
 // The pass just converted: whether it prints, its size, and every byte that travels.
 void CheckPass(const std::string& where, const Job& job, const plain::PlainRaster& plain,
                bool printed);
-// All rows of all planes.
+// All rows of all colours.
 void CheckRows(const std::string& where, const Job& job, plain::PlainRaster& plain);
 
 }  // namespace qrn::bench

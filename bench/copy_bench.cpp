@@ -88,19 +88,19 @@ Timing TakeIn(benchmark::State& state, const std::string& name, const JobSpec& m
   const auto eachLine = [&](auto&& use) {
     const std::uint8_t* source = image.data();
     for (std::uint32_t line = 0; line < lineCount; ++line) {
-      for (std::uint32_t plane = 0; plane < kColors; ++plane, source += bytes)
-        use(plane, line, source);
+      for (std::uint32_t color = 0; color < kColors; ++color, source += bytes)
+        use(color, line, source);
     }
   };
   const auto take = [&] {
     job.bandLine = 0;
-    eachLine([&](std::uint32_t plane, std::uint32_t, const std::uint8_t* source) {
-      (void)AddLine(job, plane, bytes, source);  // every line is usable
+    eachLine([&](std::uint32_t color, std::uint32_t, const std::uint8_t* source) {
+      (void)AddLine(job, color, bytes, source);  // every line is usable
     });
   };
   const auto copy = [&] {
-    eachLine([&](std::uint32_t plane, std::uint32_t line, const std::uint8_t* source) {
-      std::memcpy(plain.Row(plane, std::uint32_t{job.historyRows} + line), source, bytes);
+    eachLine([&](std::uint32_t color, std::uint32_t line, const std::uint8_t* source) {
+      std::memcpy(plain.Row(color, std::uint32_t{job.historyRows} + line), source, bytes);
     });
   };
   take();

@@ -43,8 +43,8 @@ JobRun RunCore(BenchJob& bench, const Lines& lines) {
   JobRun run;
   run.time.lines = SecondsOf([&] {
     for (std::uint32_t line = 0; line < job.nHeight; ++line) {
-      for (std::uint32_t plane = 0; plane < kColors; ++plane)
-        (void)AddLine(job, plane, bytes, LineOf(lines, plane, line));  // every line is usable
+      for (std::uint32_t color = 0; color < kColors; ++color)
+        (void)AddLine(job, color, bytes, LineOf(lines, color, line));  // every line is usable
     }
   });
   run.time.total = run.time.lines + SecondsOf([&job] {
@@ -67,8 +67,8 @@ double PlainSeconds(const Job& job, const Lines& lines) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
   return SecondsOf([&] {
     for (std::uint32_t line = 0; line < job.nHeight; ++line) {
-      for (std::uint32_t plane = 0; plane < kColors; ++plane)
-        (void)plain.AddLine(plane, bytes, LineOf(lines, plane, line));  // every line is usable
+      for (std::uint32_t color = 0; color < kColors; ++color)
+        (void)plain.AddLine(color, bytes, LineOf(lines, color, line));  // every line is usable
     }
     plain.Flush();
   });

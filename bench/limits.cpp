@@ -1,11 +1,10 @@
 #include "bench/limits.h"
 
 #include "bench/measure.h"
+#include "job/heads.h"
 
 namespace qrn::bench {
 namespace {
-
-constexpr std::size_t kShiftRows = 720;
 
 double Read(std::size_t bytes) { return static_cast<double>(bytes) / ReadSpeed(bytes); }
 double Fill(std::size_t bytes) { return static_cast<double>(bytes) / FillSpeed(bytes); }
@@ -20,7 +19,7 @@ double LeastSeconds(const Job& job) {
 }
 
 double SweepSeconds(const Job& job, const Sweeps& sweeps) {
-  const std::size_t moved = kColors * kShiftRows * job.lineStride;
+  const std::size_t moved = std::size_t{kColors} * kBothHeadsRows * job.lineStride;
   return sweeps.passes * Fill(job.printOutBufSize) +
          sweeps.printingPasses * Copy(job.passDataSize) +
          sweeps.bands * (Copy(moved) + Fill(moved));

@@ -13,7 +13,7 @@ namespace qrn::bench {
 double LeastSeconds(const Job& job);
 
 // What a job sweeps over when it keeps plain buffers: each pass clears PrintOutBuf, each printing
-// one is copied into its swath, each band moves 720 rows of every plane up and clears as many.
+// one is copied into its swath, each band moves 720 rows of every colour up and clears as many.
 struct Sweeps {
   std::uint32_t passes, printingPasses, bands;
 };

@@ -41,7 +41,7 @@ double SecondsOf(Work work) {
   return CpuSeconds() - start;
 }
 
-// Times `work` until there are enough samples, with `prepare` in front of each.
+// Times `work` until there are enough samples, with `prepare` before each.
 template <class Prepare, class Work>
 Timing Measure(Prepare prepare, Work work) {
   Samples samples;

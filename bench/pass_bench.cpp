@@ -18,17 +18,17 @@ using plain::PlainRaster;
 
 void FillRows(Job& job, const Lines& lines, std::uint32_t rows) {
   const auto bytes = static_cast<std::uint32_t>(lines[0].size());
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
+  for (std::uint32_t color = 0; color < kColors; ++color) {
     for (std::uint32_t row = 0; row < rows; ++row)
-      StoreRow(job, plane, row, LineOf(lines, plane, row), bytes);
+      StoreRow(job, color, row, LineOf(lines, color, row), bytes);
   }
 }
 
 // Whether the pass prints nothing, in the plainest way.
 bool IsBlankByteByByte(const Job& job, PlainRaster& plain) {
   const std::size_t bytes = std::size_t{job.checkRows} * job.lineStride;
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
-    const std::uint8_t* const first = plain.Row(plane, job.passRow);
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    const std::uint8_t* const first = plain.Row(color, job.passRow);
     if (!std::all_of(first, first + bytes, [](auto byte) { return byte == 0; })) return false;
   }
   return true;
@@ -40,9 +40,9 @@ Timing CheckPasses(const std::string& where, Job& job, const Lines& lines, std::
   PlainRaster plain(GeometryOf(job));
   const std::uint32_t rows = job.Mem.layout.rows;
   FillRows(job, lines, rows);
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
+  for (std::uint32_t color = 0; color < kColors; ++color) {
     for (std::uint32_t row = 0; row < rows; ++row)
-      std::memcpy(plain.Row(plane, row), LineOf(lines, plane, row), lines[0].size());
+      std::memcpy(plain.Row(color, row), LineOf(lines, color, row), lines[0].size());
   }
   Samples samples, blankSamples;
   job.passDir = dir;

@@ -1,5 +1,5 @@
 // The transmit thread's part of a job, without the printer's answers: every ready swath goes out,
-// its command in front of its data, each framed. And what is needed to compare two such streams.
+// its command before its data, each framed. And what is needed to compare two such streams.
 #ifndef QRN_BENCH_SENDING_H_
 #define QRN_BENCH_SENDING_H_
 
@@ -10,7 +10,7 @@
 
 namespace qrn::bench {
 
-// A swath, its command in front of its data.
+// A swath, its command before its data.
 void SendSwath(const std::uint8_t* header, const std::uint8_t* data, std::uint32_t bytes);
 
 // Sends all that is ready, as one turn of the transmit thread after the other would. Returns how

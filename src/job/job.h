@@ -25,9 +25,10 @@ constexpr std::uint32_t kPollMs = 100;
 struct JobMem {
   std::uint8_t* pPassBuffer[kColors];  // rings of 4 x nResY rows; raster/pass_rows.h
   std::uint32_t passBufBytes;          // bytes of each; 0 = none obtained
-  std::uint8_t* pFeatherRuns;          // sorted feather masks; raster/feather_runs.h
+  std::uint8_t* pFeatherRuns;          // deinterleaved feather masks; raster/feather_runs.h
+  std::uint8_t* pConvertScratch;       // of the pass being converted; raster/tile_walk.h
   RowLayout layout;                    // of the rows
-  std::uint32_t firstRow;              // place in the ring of the band window's first row
+  std::uint32_t ringStart;             // place in the ring where the band's window begins
 };
 
 // A line of the log between taking its place in the file and standing there.

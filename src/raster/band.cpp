@@ -31,10 +31,10 @@ bool RunPasses(Job& job) {
   return true;
 }
 
-// The rows stay where they are, the ring's first row moves on. Rows after those that a band
-// carries on are blank, and so are all from the new band's first on.
+// The rows stay where they are; the ring's start moves on. Lines after those that a band carries on
+// are blank, and so are all from the new band's first line on.
 void ShiftPassBuffers(Job& job) {
-  job.Mem.firstRow = RingIndex(job, job.swathH);
+  job.Mem.ringStart = RingIndex(job, job.swathH);
   const std::uint32_t kept = std::min<std::uint32_t>(kBothHeadsRows, job.historyRows);
   ClearRows(job, kept, job.Mem.layout.rows - kept);
 }

@@ -6,43 +6,35 @@
 
 #include "base/bytes.h"
 #include "raster/column_modes.h"
+#include "raster/locate_rows.h"
 #include "raster/pass_rows.h"
 #include "raster/pass_size.h"
-#include "raster/row_converters.h"
 
 namespace qrn {
 namespace {
 
-using Worker = void (*)(Job&, ConvertParams&);
-
-struct Variant {
-  const ColumnMode* mode;
-  Worker forward, reverse;
-};
-
-constexpr Variant kVariants[] = {
-    {&kDual3, Dual3Forward, Dual3Reverse},    {&kDual4, Dual4Forward, Dual4Reverse},
-    {&kDual6, Dual6Forward, Dual6Reverse},    {&kDual8, Dual8Forward, Dual8Reverse},
-    {&kSingle, SingleForward, SingleReverse},
-};
-
-// Enters one row of the colour, bit and column as they were located. A row without a bit has none.
+// Enters one nozzle row of curColor, bit and column as they were located. A row without a bit is
+// not there.
 void EnterRow(const Job& job, ConvertParams& params, std::uint32_t head, std::uint8_t rowBit,
-              std::uint16_t column, std::uint32_t firstRow) {
+              std::uint16_t column, std::uint32_t firstLine) {
   if (rowBit == 0) return;
   params.firstJet = head - head % 2;
-  params.rows[params.rowCount++] = {Low8(head % 2),
-                                    Low8(static_cast<unsigned>(std::countr_zero(rowBit))),
-                                    job.curColor, column, firstRow};
+  params.nozzleRows[params.nozzleRowCount++] = {
+      .head = Low8(head % 2),
+      .slot = Low8(static_cast<unsigned>(std::countr_zero(rowBit))),
+      .color = job.curColor,
+      .column = column,
+      .firstLine = firstLine,
+  };
 }
 
 // Row A prints the first line of every pair of lines, row B the second.
 void ConvertDual(Job& job, ConvertParams& params) {
   const std::uint32_t head = LocateRowsDual(job);
   // PHA prints lines that lie further down the page than PHB's.
-  const std::uint32_t firstRow = job.passRow + (head == 1 ? 0u : kHeadLines - job.headGapY);
-  EnterRow(job, params, head, job.rowBitA, job.rowColA, firstRow);
-  EnterRow(job, params, head, job.rowBitB, job.rowColB, firstRow + 1);
+  const std::uint32_t firstLine = job.passRow + (head == 1 ? 0u : kHeadLines - job.headGapY);
+  EnterRow(job, params, head, job.rowBitA, job.rowColA, firstLine);
+  EnterRow(job, params, head, job.rowBitB, job.rowColB, firstLine + 1);
 }
 
 void ConvertSingle(Job& job, ConvertParams& params) {
@@ -51,19 +43,13 @@ void ConvertSingle(Job& job, ConvertParams& params) {
            SingleFirstRow(job, job.passIndex, job.passDir));
 }
 
-// Zeros in front of what a worker has written and behind it, as far as the swath carries.
-void ClearMargins(Job& job, const ConvertParams& params) {
+// Zeros before and after what a worker has written, as far as the swath carries.
+void ClearMargins(Job& job, const WrittenBytes& written) {
   const std::size_t end = SwathDataSize(job);
-  const std::size_t first = std::min(params.firstByte, end);
-  const std::size_t last = std::min(params.endByte, end);
+  const std::size_t first = std::min(written.begin, end);
+  const std::size_t last = std::min(written.end, end);
   std::memset(job.PrintOutBuf, 0, first);
   std::memset(job.PrintOutBuf + last, 0, end - last);
-}
-
-// Bit and column of one row of a colour.
-void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, bool rowA) {
-  (rowA ? job.rowBitA : job.rowBitB) = Low8(1u << slot);
-  (rowA ? job.rowColA : job.rowColB) = Low16(RowColumn(job, slot) + gap);
 }
 
 }  // namespace
@@ -79,13 +65,14 @@ void ConvertPass(Job& job) {
   if (job.passEmpty == 1) return;
 
   ConvertParams params{};
+  params.nozzleCount = kNozzles - job.featherRows;
   for (std::uint8_t color = 0; color < job.nColors; ++color) {
     job.curColor = color;
     ConvertColor(job, params);
   }
-  RunWorker(job, params);
+  const WrittenBytes written = RunWorker(job, params);
   SetPassSize(job);
-  ClearMargins(job, params);
+  ClearMargins(job, written);
 }
 
 bool IsPassBlank(Job& job) {
@@ -100,51 +87,10 @@ void ConvertColor(Job& job, ConvertParams& params) {
   job.dualHead == 1 ? ConvertDual(job, params) : ConvertSingle(job, params);
 }
 
-void RunWorker(Job& job, ConvertParams& params) {
+WrittenBytes RunWorker(Job& job, const ConvertParams& params) {
   const ColumnMode* const mode = ModeOf(job);
-  for (const Variant& variant : kVariants) {
-    if (variant.mode == mode) (job.passDir == 0 ? variant.forward : variant.reverse)(job, params);
-  }
-}
-
-std::uint32_t LocateRowsDual(Job& job) {
-  constexpr std::uint32_t kRows = 2 * kNozzleRows;  // of both heads, PHA first
-  std::uint32_t rowA = 0, rowB = 0, found = 0;
-  for (std::uint32_t row = 0; row < kRows && found < 2; ++row) {
-    if (job.inkOrder[row / kNozzleRows][row % kNozzleRows] != job.curColor) continue;
-    rowB = rowA;
-    rowA = row;
-    ++found;
-  }
-  const std::uint32_t head = rowA / kNozzleRows;
-
-  // The head that comes second in the direction of travel fires a head distance later.
-  const bool second = (job.passDir == 0) == (head == 1);
-  const std::uint32_t gap = second ? job.headGapX : 0;
-  SetRow(job, rowA % kNozzleRows, gap, true);
-  SetRow(job, rowB % kNozzleRows, gap, false);
-  return head;
-}
-
-void LocateRowsSingle(std::uint32_t head, Job& job) {
-  job.rowBitA = job.rowBitB = 0;
-  job.rowColA = job.rowColB = 0;
-  for (std::uint32_t slot = 0, found = 0; slot < kNozzleRows && found < 2; ++slot) {
-    if (GetInkColor(job, head, slot) == job.curColor) SetRow(job, slot, 0, found++ == 0);
-  }
-}
-
-std::uint32_t SingleFirstRow(const Job& job, std::uint32_t passIndex, std::uint32_t direction) {
-  const bool oddLines = direction != 0 && job.passStep % 2 == 0 && passIndex % 2 == 0;
-  return job.passStep * passIndex + (oddLines ? 1 : 0);
-}
-
-std::uint16_t RowColumn(const Job& job, std::uint32_t slot) {
-  const bool mirrored = job.headMirror == 1;
-  const bool reverse = job.passDir == 1;
-  const std::uint16_t offset = job.rowOffset[slot];
-  return mirrored == reverse ? offset
-                             : Low16(static_cast<std::uint32_t>(job.rowOffset[0]) - offset);
+  if (mode == nullptr) return {};
+  return (job.passDir == 0 ? mode->forward : mode->reverse)(job, params);
 }
 
 }  // namespace qrn

@@ -9,7 +9,7 @@ namespace {
 // The cell of a mask over the pixel of one column, 0 or 3.
 unsigned CellOf(const ColumnMode& mode, const std::uint8_t* mask, std::uint32_t i,
                 std::uint32_t phase, std::uint32_t column) {
-  const std::uint32_t pixel = column * mode.columnPixels + phase;
+  const std::uint32_t pixel = column * mode.phases + phase;
   const std::uint32_t byte = pixel / kPixelsPerByte;
   const std::uint32_t inGroup = byte % mode.groupBytes;
   const std::uint8_t cells = mask[mode.maskByte(i, byte - inGroup, inGroup)];

@@ -1,5 +1,5 @@
-// The job's feather masks, sorted like the runs of a stored row. A mask comes round on every run
-// after 256 bytes at the latest.
+// The job's feather masks, deinterleaved like the runs of a stored row: one feather run for each
+// mask and phase. Every mask comes round on a run after 256 bytes at the latest.
 #ifndef QRN_RASTER_FEATHER_RUNS_H_
 #define QRN_RASTER_FEATHER_RUNS_H_
 
@@ -12,14 +12,14 @@
 namespace qrn {
 
 constexpr std::uint32_t kFeatherPeriodBytes = 256;
-// As much again as a strip reads, so that one that begins within the period can be read in one go.
+// A period and what a strip reads: one that begins anywhere in the period is read in one go.
 constexpr std::uint32_t kFeatherRunBytes = kFeatherPeriodBytes + kStripReadBytes;
 
-// All phases of all masks of the job. Requires: layout and masks.
+// The feather runs of all phases of all masks of the job. Requires: layout and masks.
 std::size_t FeatherRunsBytes(const Job& job);
 void BuildFeatherRuns(const Job& job, std::uint8_t* runs);
 
-// Mask i over the run of a phase.
+// Mask i for the run of a phase.
 inline const std::uint8_t* FeatherRun(const Job& job, std::uint32_t phase, std::uint32_t i) {
   return job.Mem.pFeatherRuns + std::size_t{phase * job.featherRows + i} * kFeatherRunBytes;
 }

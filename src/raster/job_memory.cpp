@@ -1,5 +1,6 @@
 #include "raster/job_memory.h"
 
+#include <cstring>
 #include <new>
 
 #include "base/bytes.h"
@@ -9,6 +10,7 @@
 #include "raster/pass_rows.h"
 #include "raster/pass_size.h"
 #include "raster/swath_queue.h"
+#include "raster/tile_walk.h"
 
 namespace qrn {
 namespace {
@@ -30,6 +32,7 @@ bool Obtain(std::uint8_t** buffer, std::uint64_t bytes) {
 void ReleasePassBuffers(Job& job) {
   for (std::uint8_t*& buffer : job.Mem.pPassBuffer) Release(&buffer);
   Release(&job.Mem.pFeatherRuns);
+  Release(&job.Mem.pConvertScratch);
   job.Mem.passBufBytes = 0;
 }
 
@@ -39,18 +42,18 @@ void ReleaseOutBuffers(Job& job) {
   job.printOutBufSize = 0;
 }
 
-// The log keeps the size that the lines as such have; ends of runs and marks come on top.
+// The log keeps the size that the lines as such have; ends of runs and occupancy come on top.
 bool ObtainPassBuffers(Job& job, std::uint64_t linesBytes) {
   const std::uint64_t bytes = PassBufferBytes(job.Mem.layout);
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
-    if (!Obtain(&job.Mem.pPassBuffer[plane], bytes)) {
-      LogPrint("mem: malloc pJob->Mem.pPassBuffer fail %d-%d!", static_cast<int>(plane),
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    if (!Obtain(&job.Mem.pPassBuffer[color], bytes)) {
+      LogPrint("mem: malloc pJob->Mem.pPassBuffer fail %d-%d!", static_cast<int>(color),
                static_cast<int>(Low32(linesBytes)));
       return false;
     }
   }
   job.Mem.passBufBytes = Low32(bytes);
-  job.Mem.firstRow = 0;
+  job.Mem.ringStart = 0;
   ClearRows(job, 0, job.Mem.layout.rows);
   return true;
 }
@@ -66,6 +69,18 @@ bool ObtainFeatherRuns(Job& job) {
     return false;
   }
   BuildFeatherRuns(job, job.Mem.pFeatherRuns);
+  return true;
+}
+
+// Scratch that is present is as the last pass has left it, and so in order.
+bool ObtainConvertScratch(Job& job) {
+  if (job.Mem.pConvertScratch != nullptr) return true;
+  if (!Obtain(&job.Mem.pConvertScratch, kConvertScratchBytes)) {
+    LogPrint("mem: malloc pJob->Mem.pConvertScratch fail %d!",
+             static_cast<int>(kConvertScratchBytes));
+    return false;
+  }
+  std::memset(job.Mem.pConvertScratch, 0, kConvertScratchBytes);
   return true;
 }
 
@@ -91,7 +106,8 @@ void AllocJobMem(Job& job) {
   job.Mem.layout = LayoutOf(job);
   if (job.Mem.passBufBytes != PassBufferBytes(job.Mem.layout)) ReleasePassBuffers(job);
   if (job.printOutBufSize != printOutBytes) ReleaseOutBuffers(job);
-  bool obtained = ObtainPassBuffers(job, linesBytes) && ObtainFeatherRuns(job);
+  bool obtained =
+      ObtainPassBuffers(job, linesBytes) && ObtainFeatherRuns(job) && ObtainConvertScratch(job);
   if (obtained) {
     LogPrint("mem: malloc %d, %d-%d", static_cast<int>(kColors),
              static_cast<int>(Low32(linesBytes)), static_cast<int>(Low32(printOutBytes)));

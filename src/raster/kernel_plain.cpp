@@ -8,19 +8,19 @@
 namespace qrn {
 namespace {
 
-unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
-              std::uint8_t* runs, std::size_t runsApart) {
+unsigned Deinterleave(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
+                      std::uint8_t* runs, std::size_t runsApart) {
   unsigned ink = 0;
   for (std::size_t byte = 0; byte < vectors * kVectorBytes; ++byte, line += phases) {
     for (std::uint32_t phase = 0; phase < phases; ++phase) {
-      unsigned sorted = 0;
+      unsigned cells = 0;
       for (std::uint32_t k = 0; k < kPixelsPerByte; ++k) {
         const std::uint32_t pixel = k * phases + phase;
         const unsigned level = line[pixel / 4] >> (6 - 2 * (pixel % 4)) & 3u;
-        sorted |= level << (2 * k);
+        cells |= level << (2 * k);
       }
-      runs[phase * runsApart + byte] = static_cast<std::uint8_t>(sorted);
-      if (sorted != 0) ink |= 1u << phase;
+      runs[phase * runsApart + byte] = static_cast<std::uint8_t>(cells);
+      if (cells != 0) ink |= 1u << phase;
     }
   }
   return ink;
@@ -39,15 +39,16 @@ void Align(const std::uint8_t* const (&runs)[kGroupNozzles], unsigned shift, std
 }
 
 // The bit of all eight nozzle rows of a jet as the byte that it fires.
-std::uint8_t JoinRows(const std::uint8_t (&rows)[kJetRows][kStripBytes], std::uint32_t byte,
+std::uint8_t JoinRows(const std::uint8_t (&rows)[kNozzleRows][kStripBytes], std::uint32_t byte,
                       unsigned bit) {
   unsigned fired = 0;
-  for (std::uint32_t row = 0; row < kJetRows; ++row) fired |= (rows[row][byte] >> bit & 1u) << row;
+  for (std::uint32_t row = 0; row < kNozzleRows; ++row)
+    fired |= (rows[row][byte] >> bit & 1u) << row;
   return static_cast<std::uint8_t>(fired);
 }
 
-void Lay(const JetRows& jets, std::uint32_t firstByte, std::uint32_t nozzles, std::uint32_t columns,
-         std::uint8_t* out, std::ptrdiff_t columnStep) {
+void Pack(const JetGroup& jets, std::uint32_t firstByte, std::uint32_t nozzles,
+          std::uint32_t columns, std::uint8_t* out, std::ptrdiff_t columnStep) {
   for (std::uint32_t column = 0; column < columns; ++column, out += columnStep) {
     const std::uint32_t byte = firstByte + column / kPixelsPerByte;
     const unsigned bit = 2 * (column % kPixelsPerByte);
@@ -65,6 +66,12 @@ void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
 }  // namespace
 
 extern const Kernel kPlainKernel;
-constinit const Kernel kPlainKernel = {"plain", Sort, Align, Lay, Stream};
+constinit const Kernel kPlainKernel = {
+    .name = "plain",
+    .deinterleave = Deinterleave,
+    .align = Align,
+    .pack = Pack,
+    .stream = Stream,
+};
 
 }  // namespace qrn

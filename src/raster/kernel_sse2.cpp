@@ -44,7 +44,7 @@ void SwapBits(Vector& a, Vector& b, int mask) {
   a = Xor(a, ShiftLeft<kShift>(differ));
 }
 
-// ---- sort
+// ---- deinterleave
 
 Vector HighHalf(Vector a) { return _mm_unpackhi_epi64(a, a); }
 
@@ -57,7 +57,7 @@ void SplitPair(Vector a, Vector b, Vector& even, Vector& odd) {
 // Of 48 bytes, byte i goes to place 16 x i mod 47: four times the shuffle that interleaves the
 // first with the second half and so takes byte i to place 2 x i mod 47.
 void SplitByThree(Vector (&v)[3]) {
-  for (int turn = 0; turn < 4; ++turn) {
+  for (int round = 0; round < 4; ++round) {
     const Vector a = _mm_unpacklo_epi8(v[0], HighHalf(v[1]));
     const Vector b = _mm_unpacklo_epi8(HighHalf(v[0]), v[2]);
     const Vector c = _mm_unpacklo_epi8(v[1], HighHalf(v[2]));
@@ -67,20 +67,20 @@ void SplitByThree(Vector (&v)[3]) {
 
 // Interleaved streams of bytes into one vector for each stream.
 template <std::uint32_t kStreams>
-void Deinterleave(Vector (&v)[kStreams]) {
+void SplitStreams(Vector (&v)[kStreams]) {
   if constexpr (kStreams == 3) {
     SplitByThree(v);
   } else if constexpr (kStreams % 2 == 0) {
     Vector even[kStreams / 2], odd[kStreams / 2];
     for (std::uint32_t i = 0; i < kStreams / 2; ++i)
       SplitPair(v[2 * i], v[2 * i + 1], even[i], odd[i]);
-    Deinterleave(even);
-    Deinterleave(odd);
+    SplitStreams(even);
+    SplitStreams(odd);
     for (std::uint32_t i = 0; i < kStreams / 2; ++i) v[2 * i] = even[i], v[2 * i + 1] = odd[i];
   }
 }
 
-// Pixel kPixel of the group to place kTo of the sorted byte.
+// Pixel kPixel of the group to place kTo of the run's byte.
 template <std::uint32_t kPixel, std::uint32_t kTo, std::uint32_t kStreams>
 Vector Pick(const Vector (&v)[kStreams]) {
   constexpr int kFromBit = 6 - 2 * static_cast<int>(kPixel % 4), kToBit = 2 * kTo;
@@ -92,19 +92,19 @@ Vector Pick(const Vector (&v)[kStreams]) {
   }
 }
 
-// The sorted byte of phase kPhase and of all after it.
+// The run's byte of phase kPhase and of all after it.
 template <std::uint32_t kPhases, std::uint32_t kPhase>
-void PickPhases(const Vector (&v)[kPhases], Vector (&sorted)[kPhases]) {
+void PickPhases(const Vector (&v)[kPhases], Vector (&split)[kPhases]) {
   if constexpr (kPhase < kPhases) {
-    sorted[kPhase] = Or(Or(Pick<kPhase, 0>(v), Pick<kPhase + kPhases, 1>(v)),
-                        Or(Pick<kPhase + 2 * kPhases, 2>(v), Pick<kPhase + 3 * kPhases, 3>(v)));
-    PickPhases<kPhases, kPhase + 1>(v, sorted);
+    split[kPhase] = Or(Or(Pick<kPhase, 0>(v), Pick<kPhase + kPhases, 1>(v)),
+                       Or(Pick<kPhase + 2 * kPhases, 2>(v), Pick<kPhase + 3 * kPhases, 3>(v)));
+    PickPhases<kPhases, kPhase + 1>(v, split);
   }
 }
 
-// The same where every byte has one pixel of each of four phases: 4 x 4 pixels turned.
+// The same where every byte has one pixel of each of four phases: 4 x 4 pixels transposed.
 template <std::uint32_t kPhases>
-void TurnPixels(const Vector (&v)[kPhases], Vector (&sorted)[kPhases]) {
+void TransposePixels(const Vector (&v)[kPhases], Vector (&split)[kPhases]) {
   constexpr std::uint32_t kApart = kPhases / 4;
   for (std::uint32_t i = 0; i < kApart; ++i) {
     Vector p[4] = {v[i], v[i + kApart], v[i + 2 * kApart], v[i + 3 * kApart]};
@@ -112,28 +112,28 @@ void TurnPixels(const Vector (&v)[kPhases], Vector (&sorted)[kPhases]) {
     SwapBits<4>(p[1], p[3], 0x0F);
     SwapBits<2>(p[0], p[1], 0x33);
     SwapBits<2>(p[2], p[3], 0x33);
-    for (std::uint32_t k = 0; k < 4; ++k) sorted[4 * i + k] = p[3 - k];
+    for (std::uint32_t k = 0; k < 4; ++k) split[4 * i + k] = p[3 - k];
   }
 }
 
 // A block of kPhases x 16 bytes gives 16 bytes of every run.
 template <std::uint32_t kPhases>
-unsigned SortInto(const std::uint8_t* line, std::size_t vectors, std::uint8_t* runs,
-                  std::size_t runsApart) {
+unsigned DeinterleaveInto(const std::uint8_t* line, std::size_t vectors, std::uint8_t* runs,
+                          std::size_t runsApart) {
   Vector ink[kPhases] = {};
   for (; vectors > 0; --vectors) {
     Vector v[kPhases];
     for (std::uint32_t i = 0; i < kPhases; ++i) v[i] = Load(line + i * kVectorBytes);
-    Deinterleave(v);
-    Vector sorted[kPhases];
+    SplitStreams(v);
+    Vector split[kPhases];
     if constexpr (kPhases % 4 == 0) {
-      TurnPixels(v, sorted);
+      TransposePixels(v, split);
     } else {
-      PickPhases<kPhases, 0>(v, sorted);
+      PickPhases<kPhases, 0>(v, split);
     }
     for (std::uint32_t phase = 0; phase < kPhases; ++phase) {
-      Store(runs + phase * runsApart, sorted[phase]);
-      ink[phase] = Or(ink[phase], sorted[phase]);
+      Store(runs + phase * runsApart, split[phase]);
+      ink[phase] = Or(ink[phase], split[phase]);
     }
     line += kPhases * kVectorBytes;
     runs += kVectorBytes;
@@ -145,17 +145,17 @@ unsigned SortInto(const std::uint8_t* line, std::size_t vectors, std::uint8_t* r
   return inked;
 }
 
-unsigned Sort(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
-              std::uint8_t* runs, std::size_t runsApart) {
+unsigned Deinterleave(std::uint32_t phases, const std::uint8_t* line, std::size_t vectors,
+                      std::uint8_t* runs, std::size_t runsApart) {
   switch (phases) {
     case 3:
-      return SortInto<3>(line, vectors, runs, runsApart);
+      return DeinterleaveInto<3>(line, vectors, runs, runsApart);
     case 4:
-      return SortInto<4>(line, vectors, runs, runsApart);
+      return DeinterleaveInto<4>(line, vectors, runs, runsApart);
     case 6:
-      return SortInto<6>(line, vectors, runs, runsApart);
+      return DeinterleaveInto<6>(line, vectors, runs, runsApart);
     default:
-      return SortInto<8>(line, vectors, runs, runsApart);
+      return DeinterleaveInto<8>(line, vectors, runs, runsApart);
   }
 }
 
@@ -192,7 +192,7 @@ void Align(const std::uint8_t* const (&runs)[kGroupNozzles], unsigned shift, std
   }
 }
 
-// ---- lay
+// ---- pack
 //
 // One block is 16 bytes of every row, 64 columns. c0..c3: a byte's columns; a0, a1: plane 0, 1.
 //
@@ -208,36 +208,36 @@ void Align(const std::uint8_t* const (&runs)[kGroupNozzles], unsigned shift, std
 // plane 1.
 constexpr std::uint32_t kBits = 8;
 
-struct Turned {
+struct Transposed {
   Vector bits[kBits][kGroupJets];
 };
 
 // Of all pairs of rows kApart from each other.
 template <int kApart>
-void SwapRows(Vector (&r)[kJetRows], int mask) {
+void SwapRows(Vector (&r)[kNozzleRows], int mask) {
 #pragma GCC unroll 8
-  for (std::uint32_t i = 0; i < kJetRows; ++i) {
+  for (std::uint32_t i = 0; i < kNozzleRows; ++i) {
     if ((i & kApart) == 0) SwapBits<kApart>(r[i], r[i + kApart], mask);
   }
 }
 
-// Joins the nozzle rows of a jet: 8 x 8 bits turned, so that bit b of row s becomes bit s of
+// Joins the nozzle rows of a jet: 8 x 8 bits transposed, so that bit b of row s becomes bit s of
 // bits[b].
-void JoinRows(const JetRows& jets, std::uint32_t jet, std::uint32_t at, Turned& turned) {
-  Vector r[kJetRows] = {};
-  if (jets.ink[jet] != 0) {
-    for (std::uint32_t row = 0; row < kJetRows; ++row) r[row] = Load(jets.rows[jet][row] + at);
+void JoinRows(const JetGroup& jets, std::uint32_t jet, std::uint32_t at, Transposed& transposed) {
+  Vector r[kNozzleRows] = {};
+  if (jets.occupancy[jet] != 0) {
+    for (std::uint32_t row = 0; row < kNozzleRows; ++row) r[row] = Load(jets.rows[jet][row] + at);
     SwapRows<4>(r, 0x0F);
     SwapRows<2>(r, 0x33);
     SwapRows<1>(r, 0x55);
   }
-  for (std::uint32_t bit = 0; bit < kBits; ++bit) turned.bits[bit][jet] = r[bit];
+  for (std::uint32_t bit = 0; bit < kBits; ++bit) transposed.bits[bit][jet] = r[bit];
 }
 
-// 16 x 16 bytes turned: byte i of jet j becomes byte j of v[i].
-void Turn(Vector (&v)[kGroupJets]) {
+// 16 x 16 bytes transposed: byte i of jet j becomes byte j of v[i].
+void Transpose(Vector (&v)[kGroupJets]) {
 #pragma GCC unroll 4
-  for (int turn = 0; turn < 4; ++turn) {
+  for (int round = 0; round < 4; ++round) {
     Vector w[kGroupJets];
 #pragma GCC unroll 8
     for (std::uint32_t i = 0; i < kGroupJets / 2; ++i) {
@@ -251,13 +251,13 @@ void Turn(Vector (&v)[kGroupJets]) {
 
 // A block of four columns for each byte. kWhole: all its columns, eight nozzles.
 template <bool kWhole>
-void LayBlock(const Turned& turned, std::uint32_t nozzles, std::uint32_t left, std::uint8_t* out,
-              std::ptrdiff_t columnStep) {
+void PackBlock(const Transposed& transposed, std::uint32_t nozzles, std::uint32_t left,
+               std::uint8_t* out, std::ptrdiff_t columnStep) {
   for (std::uint32_t bit = 0; bit < kBits; ++bit) {
     Vector v[kGroupJets];
 #pragma GCC unroll 16
-    for (std::uint32_t i = 0; i < kGroupJets; ++i) v[i] = turned.bits[bit][i];
-    Turn(v);
+    for (std::uint32_t i = 0; i < kGroupJets; ++i) v[i] = transposed.bits[bit][i];
+    Transpose(v);
     const std::uint32_t firstColumn = bit / 2;
     std::uint8_t* const plane = out + (bit % 2 == 1 ? 0 : kPlaneBytes);
 #pragma GCC unroll 16
@@ -274,19 +274,19 @@ void LayBlock(const Turned& turned, std::uint32_t nozzles, std::uint32_t left, s
   }
 }
 
-void Lay(const JetRows& jets, std::uint32_t firstByte, std::uint32_t nozzles, std::uint32_t columns,
-         std::uint8_t* out, std::ptrdiff_t columnStep) {
+void Pack(const JetGroup& jets, std::uint32_t firstByte, std::uint32_t nozzles,
+          std::uint32_t columns, std::uint8_t* out, std::ptrdiff_t columnStep) {
   constexpr std::uint32_t kBlockColumns = 4 * kVectorBytes;
   for (std::uint32_t column = 0; column < columns; column += kBlockColumns) {
-    Turned turned;
+    Transposed transposed;
     for (std::uint32_t jet = 0; jet < kGroupJets; ++jet)
-      JoinRows(jets, jet, firstByte + column / 4, turned);
+      JoinRows(jets, jet, firstByte + column / 4, transposed);
     const std::uint32_t left = columns - column;
     std::uint8_t* const first = out + static_cast<std::ptrdiff_t>(column) * columnStep;
     if (nozzles == kGroupNozzles && left >= kBlockColumns) {
-      LayBlock<true>(turned, nozzles, left, first, columnStep);
+      PackBlock<true>(transposed, nozzles, left, first, columnStep);
     } else {
-      LayBlock<false>(turned, nozzles, left, first, columnStep);
+      PackBlock<false>(transposed, nozzles, left, first, columnStep);
     }
   }
 }
@@ -310,7 +310,13 @@ void Stream(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
 }  // namespace
 
 extern const Kernel kSse2Kernel;
-constinit const Kernel kSse2Kernel = {"sse2", Sort, Align, Lay, Stream};
+constinit const Kernel kSse2Kernel = {
+    .name = "sse2",
+    .deinterleave = Deinterleave,
+    .align = Align,
+    .pack = Pack,
+    .stream = Stream,
+};
 
 }  // namespace qrn
 

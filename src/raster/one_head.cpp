@@ -4,12 +4,10 @@
 
 #include "diag/job_log.h"
 #include "raster/column_modes.h"
-#include "raster/convert.h"
+#include "raster/locate_rows.h"
 
 namespace qrn {
 namespace {
-
-constexpr std::uint32_t kPhases = kSingleColumnPixels;
 
 std::uint32_t DirectionOf(const Job& job, std::uint32_t passIndex) {
   if (job.bidirectional != 1) return job.fixedDir;
@@ -44,13 +42,13 @@ Extent ExtentOf(const Job& job) {
   Extent extent{};
   for (std::uint32_t line = 0; line < job.swathH; ++line) {
     std::uint32_t never = 0, whole = 0;
-    for (std::uint32_t phase = 0; phase < kPhases; ++phase) {
+    for (std::uint32_t phase = 0; phase < kSinglePhases; ++phase) {
       const Met met = MetByPhase(job, phase, line);
       never += met == Met::kNever ? 1 : 0;
       whole += met == Met::kWhole ? 1 : 0;
     }
-    extent.notPrinted += never == kPhases ? 1 : 0;
-    extent.inPart += never < kPhases && whole < kPhases ? 1 : 0;
+    extent.notPrinted += never == kSinglePhases ? 1 : 0;
+    extent.inPart += never < kSinglePhases && whole < kSinglePhases ? 1 : 0;
   }
   return extent;
 }
@@ -59,9 +57,9 @@ Extent ExtentOf(const Job& job) {
 
 void WarnOfUnprintedLines(const Job& job) {
   const std::uint32_t gridDots = job.passCount / 2u;
-  if (gridDots != kSingleColumnPixels) {
+  if (gridDots != kSinglePhases) {
     LogPrint("One head: columns of %d dots on a grid of %d, width and reverse passes do not fit",
-             static_cast<int>(kSingleColumnPixels), static_cast<int>(gridDots));
+             static_cast<int>(kSinglePhases), static_cast<int>(gridDots));
   }
   // With an even step all passes start on even rows, and a nozzle row prints every other row from
   // there. Only reverse passes reach for the rows between.

@@ -5,6 +5,7 @@
 
 #include "base/bytes.h"
 #include "raster/column_modes.h"
+#include "raster/feather_runs.h"
 #include "raster/kernels.h"
 
 namespace qrn {
@@ -19,9 +20,9 @@ bool HasInk(const std::uint8_t* bytes, std::size_t count) {
         0)
       return true;
   }
-  std::uint8_t rest = 0;
-  for (; at < count; ++at) rest = Low8(rest | bytes[at]);
-  return rest != 0;
+  std::uint8_t last = 0;
+  for (; at < count; ++at) last = Low8(last | bytes[at]);
+  return last != 0;
 }
 
 std::uint32_t PartBytesOf(const RowLayout& layout, std::uint32_t part) {
@@ -37,8 +38,8 @@ void PrefetchParts(const std::uint8_t* run, std::uint32_t phases, std::size_t ru
 }
 
 // One part of every run from the line's bytes that belong to it. What the line lacks is blank.
-void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* marks, std::uint32_t part,
-               const std::uint8_t* line, std::uint32_t bytes) {
+void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* occupancy,
+               std::uint32_t part, const std::uint8_t* line, std::uint32_t bytes) {
   constexpr std::uint32_t kPhasesMax = 8;
   const std::uint32_t wholeBytes = kPartBytes * layout.phases;
   const std::uint32_t partBytes = PartBytesOf(layout, part);
@@ -54,23 +55,23 @@ void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* marks, 
   unsigned inked = 0;
   if (ink) {
     PrefetchParts(run + kPartBytes, layout.phases, runsApart);
-    inked = TheKernel().sort(layout.phases, line, partBytes / kVectorBytes, run, runsApart);
+    inked = TheKernel().deinterleave(layout.phases, line, partBytes / kVectorBytes, run, runsApart);
   }
   for (std::uint32_t phase = 0; phase < layout.phases; ++phase) {
     if (!ink) std::memset(run + phase * runsApart, 0, partBytes);
-    marks[phase * layout.parts + part] = Low8(inked >> phase & 1u);
+    occupancy[phase * layout.parts + part] = Low8(inked >> phase & 1u);
   }
 }
 
-// The marks of rows [first, first + count) of a plane, which lie in one or two pieces.
+// The occupancy of window lines [first, first + count) of a colour: it lies in one or two pieces.
 template <class Act>
-bool ForMarks(const Job& job, std::uint32_t plane, std::uint32_t first, std::uint32_t count,
-              Act act) {
+bool ForOccupancy(const Job& job, std::uint32_t color, std::uint32_t first, std::uint32_t count,
+                  Act act) {
   const RowLayout& layout = job.Mem.layout;
   const std::uint32_t begin = RingIndex(job, first);
   const std::uint32_t upTo = std::min(count, layout.rows - begin);
-  return act(RowMarks(job, plane, begin), std::size_t{upTo} * layout.marks) &&
-         act(RowMarks(job, plane, 0), std::size_t{count - upTo} * layout.marks);
+  return act(OccupancyAt(job, color, begin), std::size_t{upTo} * layout.occupancyBytes) &&
+         act(OccupancyAt(job, color, 0), std::size_t{count - upTo} * layout.occupancyBytes);
 }
 
 }  // namespace
@@ -83,62 +84,62 @@ RowLayout LayoutOf(const Job& job) {
   const std::uint32_t printedBytes = std::min(job.nLineBits / 8, job.lineStride);
   if (mode != nullptr && printedBytes >= mode->needBytes) {
     const std::uint32_t groups = (printedBytes - mode->needBytes) / mode->groupBytes + 1;
-    layout.sortedBytes = groups * mode->groupBytes;
-    layout.phases = mode->columnPixels;
-    layout.columns = layout.sortedBytes * kPixelsPerByte / layout.phases;
+    layout.deinterleavedBytes = groups * mode->groupBytes;
+    layout.phases = mode->phases;
+    layout.columns = layout.deinterleavedBytes * kPixelsPerByte / layout.phases;
     layout.runBytes = DivUp(layout.columns, kPixelsPerByte * kVectorBytes) * kVectorBytes;
     layout.parts = DivUp(layout.runBytes, kPartBytes);
   }
-  layout.restBytes = layout.lineBytes - layout.sortedBytes;
-  layout.marks = layout.phases * layout.parts + 1;
+  layout.tailBytes = layout.lineBytes - layout.deinterleavedBytes;
+  layout.occupancyBytes = layout.phases * layout.parts + 1;
   return layout;
 }
 
 std::uint64_t PassBufferBytes(const RowLayout& layout) {
-  const std::uint64_t rowBytes = std::uint64_t{layout.phases} * layout.runBytes + layout.restBytes;
-  return layout.rows * (rowBytes + layout.marks) + layout.lineBytes;
+  const std::uint64_t rowBytes = std::uint64_t{layout.phases} * layout.runBytes + layout.tailBytes;
+  return layout.rows * (rowBytes + layout.occupancyBytes) + layout.lineBytes;
 }
 
-void StoreRow(Job& job, std::uint32_t plane, std::uint32_t row, const std::uint8_t* line,
+void StoreRow(Job& job, std::uint32_t color, std::uint32_t windowLine, const std::uint8_t* line,
               std::uint32_t bytes) {
   const RowLayout& layout = job.Mem.layout;
-  const std::uint32_t index = RingIndex(job, row);
-  std::uint8_t* const marks = RowMarks(job, plane, index);
-  if (bytes < layout.lineBytes && HasInk(marks, layout.marks)) {
-    // A short line over one that came before: what lies behind it stays.
-    std::uint8_t* const whole = RestAt(job, plane, layout.rows);
-    LoadRow(job, plane, row, whole);
+  const std::uint32_t index = RingIndex(job, windowLine);
+  std::uint8_t* const occupancy = OccupancyAt(job, color, index);
+  if (bytes < layout.lineBytes && HasInk(occupancy, layout.occupancyBytes)) {
+    // A short line over one that came before: what that one has after its end stays.
+    std::uint8_t* const whole = TailAt(job, color, layout.rows);
+    LoadRow(job, color, windowLine, whole);
     std::memcpy(whole, line, bytes);
     line = whole;
     bytes = layout.lineBytes;
   }
-  const std::uint32_t sortedBytes = std::min(bytes, layout.sortedBytes);
+  const std::uint32_t deinterleavedBytes = std::min(bytes, layout.deinterleavedBytes);
   if (!HasInk(line, bytes)) {
-    std::memset(marks, 0, layout.marks);
+    std::memset(occupancy, 0, layout.occupancyBytes);
     return;
   }
-  std::uint8_t* const firstRun = RunAt(job, plane, 0, index);
+  std::uint8_t* const firstRun = RunAt(job, color, 0, index);
   const std::uint32_t partLineBytes = kPartBytes * layout.phases;
   for (std::uint32_t part = 0; part < layout.parts; ++part) {
-    const std::uint32_t from = std::min(part * partLineBytes, sortedBytes);
-    StorePart(layout, firstRun, marks, part, line + from,
-              std::min(partLineBytes, sortedBytes - from));
+    const std::uint32_t from = std::min(part * partLineBytes, deinterleavedBytes);
+    StorePart(layout, firstRun, occupancy, part, line + from,
+              std::min(partLineBytes, deinterleavedBytes - from));
   }
-  std::uint8_t* const rest = RestAt(job, plane, index);
-  const std::uint32_t filled = bytes - sortedBytes;
-  std::memcpy(rest, line + sortedBytes, filled);
-  std::memset(rest + filled, 0, layout.restBytes - filled);
-  marks[layout.marks - 1] = HasInk(rest, layout.restBytes) ? 1 : 0;
+  std::uint8_t* const tail = TailAt(job, color, index);
+  const std::uint32_t filled = bytes - deinterleavedBytes;
+  std::memcpy(tail, line + deinterleavedBytes, filled);
+  std::memset(tail + filled, 0, layout.tailBytes - filled);
+  occupancy[layout.occupancyBytes - 1] = HasInk(tail, layout.tailBytes) ? 1 : 0;
 }
 
-void LoadRow(const Job& job, std::uint32_t plane, std::uint32_t row, std::uint8_t* line) {
+void LoadRow(const Job& job, std::uint32_t color, std::uint32_t windowLine, std::uint8_t* line) {
   const RowLayout& layout = job.Mem.layout;
-  const std::uint32_t index = RingIndex(job, row);
-  const std::uint8_t* const marks = RowMarks(job, plane, index);
+  const std::uint32_t index = RingIndex(job, windowLine);
+  const std::uint8_t* const occupancy = OccupancyAt(job, color, index);
   std::memset(line, 0, layout.lineBytes);
   for (std::uint32_t phase = 0; phase < layout.phases; ++phase) {
-    const std::uint8_t* const run = RunAt(job, plane, phase, index);
-    if (!HasInk(marks + phase * layout.parts, layout.parts)) continue;
+    const std::uint8_t* const run = RunAt(job, color, phase, index);
+    if (!HasInk(occupancy + phase * layout.parts, layout.parts)) continue;
     std::uint32_t pixel = phase;
     for (std::uint32_t column = 0; column < layout.columns; ++column, pixel += layout.phases) {
       const unsigned level = run[column / kPixelsPerByte] >> (2 * (column % kPixelsPerByte)) & 3u;
@@ -146,32 +147,50 @@ void LoadRow(const Job& job, std::uint32_t plane, std::uint32_t row, std::uint8_
       target = Low8(target | level << (6 - 2 * (pixel % kPixelsPerByte)));
     }
   }
-  if (marks[layout.marks - 1] != 0) {
-    std::memcpy(line + layout.sortedBytes, RestAt(job, plane, index), layout.restBytes);
+  if (occupancy[layout.occupancyBytes - 1] != 0) {
+    std::memcpy(line + layout.deinterleavedBytes, TailAt(job, color, index), layout.tailBytes);
   }
 }
 
-void MarkRun(const RowLayout& layout, const std::uint8_t* run, std::uint8_t* marks) {
+void TakeOutPixels(Job& job, std::uint32_t color, std::uint32_t phase, std::uint32_t firstLine,
+                   std::uint32_t count) {
+  const RowLayout& layout = job.Mem.layout;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const std::uint32_t index = RingIndex(job, firstLine + 2 * i);
+    std::memset(OccupancyAt(job, color, index) + phase * layout.parts, 0, layout.parts);
+  }
+}
+
+void TakeOutFeathered(Job& job, std::uint32_t color, std::uint32_t phase, std::uint32_t windowLine,
+                      const std::uint8_t* mask) {
+  const RowLayout& layout = job.Mem.layout;
+  const std::uint32_t index = RingIndex(job, windowLine);
+  std::uint8_t* const run = RunAt(job, color, phase, index);
+  std::uint8_t* const occupancy = OccupancyAt(job, color, index) + phase * layout.parts;
   for (std::uint32_t part = 0; part < layout.parts; ++part) {
-    if (marks[part] != 0)
-      marks[part] = HasInk(run + part * kPartBytes, PartBytesOf(layout, part)) ? 1 : 0;
+    if (occupancy[part] == 0) continue;
+    const std::uint32_t begin = part * kPartBytes;
+    const std::uint32_t bytes = PartBytesOf(layout, part);
+    const std::uint8_t* const cells = mask + begin % kFeatherPeriodBytes;
+    for (std::uint32_t i = 0; i < bytes; ++i) run[begin + i] = Low8(run[begin + i] & ~cells[i]);
+    occupancy[part] = HasInk(run + begin, bytes) ? 1 : 0;
   }
 }
 
 bool AreRowsBlank(const Job& job, std::uint32_t first, std::uint32_t count) {
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
-    const auto blank = [](const std::uint8_t* marks, std::size_t bytes) {
-      return !HasInk(marks, bytes);
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    const auto blank = [](const std::uint8_t* occupancy, std::size_t bytes) {
+      return !HasInk(occupancy, bytes);
     };
-    if (!ForMarks(job, plane, first, count, blank)) return false;
+    if (!ForOccupancy(job, color, first, count, blank)) return false;
   }
   return true;
 }
 
 void ClearRows(Job& job, std::uint32_t first, std::uint32_t count) {
-  for (std::uint32_t plane = 0; plane < kColors; ++plane) {
-    (void)ForMarks(job, plane, first, count, [](std::uint8_t* marks, std::size_t bytes) {
-      std::memset(marks, 0, bytes);
+  for (std::uint32_t color = 0; color < kColors; ++color) {
+    (void)ForOccupancy(job, color, first, count, [](std::uint8_t* occupancy, std::size_t bytes) {
+      std::memset(occupancy, 0, bytes);
       return true;
     });
   }

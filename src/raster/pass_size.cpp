@@ -43,7 +43,7 @@ void SetPassSize(Job& job) {
     job.passBits = 8 * (job.passRightByte - job.passLeftByte);
   }
   job.passRowPad = Low16(static_cast<std::uint32_t>(job.rowOffset[0]) * job.passCount / 2);
-  const std::uint32_t pixels = ColumnPixels(job);
+  const std::uint32_t pixels = PhasesOf(job);
   const std::uint64_t stagger = job.rowOffset[0] * pixels / 2;  // half of it, in dots
   const std::uint64_t bits =
       job.passBits + 2 * kPixelBits * stagger + std::uint64_t{kExtraColumns} * pixels * kPixelBits;

@@ -2,49 +2,89 @@
 
 #include <algorithm>
 
-#include "base/bytes.h"
 #include "job/print_out.h"
 #include "raster/column_modes.h"
+#include "raster/feather_runs.h"
+#include "raster/pass_rows.h"
 #include "raster/tile_walk.h"
 
 namespace qrn {
 namespace {
 
-// Forward, pixel j of a phase lands in column j, in reverse in column reverseStart - j; the nozzle
-// row's own column is added in both.
-void ConvertRows(Job& job, ConvertParams& params, const ColumnMode& mode, bool reverse) {
-  const RowLayout& layout = job.Mem.layout;
-  params.nozzleCount = Low16(kNozzles - job.featherRows);
-  params.firstByte = params.endByte = 0;
-  ColumnWalk walk{};
-  walk.phase = job.passIndex / mode.passesPerPhase;
-  walk.reverse = reverse;
-  if (walk.phase >= layout.phases || params.rowCount == 0) return;
+std::uint32_t PhaseOf(const Job& job, const ColumnMode& mode) {
+  return job.passIndex / mode.passesPerPhase;
+}
 
-  const auto [least, most] =
-      std::minmax_element(params.rows, params.rows + params.rowCount,
-                          [](const PassRow& a, const PassRow& b) { return a.column < b.column; });
-  walk.columns = layout.columns + most->column - least->column;
+// Forward, pixel j of a run lands in column j, in reverse in column reverseStart - j; the nozzle
+// row's own offset is added in both. Requires: a run.
+ColumnWalk WalkOf(const Job& job, const ConvertParams& params, const ColumnMode& mode,
+                  bool reverse) {
+  const auto [least, most] = std::minmax_element(
+      params.nozzleRows, params.nozzleRows + params.nozzleRowCount,
+      [](const NozzleRow& a, const NozzleRow& b) { return a.column < b.column; });
+  ColumnWalk walk{};
+  walk.phase = PhaseOf(job, mode);
+  walk.reverse = reverse;
+  walk.columns = job.Mem.layout.columns + most->column - least->column;
   walk.firstRowColumn = (reverse ? most : least)->column;
   walk.firstColumn = walk.firstRowColumn + (reverse ? mode.reverseStart(job.passRightByte) : 0);
-  const std::size_t lowestColumn = reverse ? walk.firstColumn + 1 - walk.columns : walk.firstColumn;
-  params.firstByte = lowestColumn * kColumnBytes + params.firstJet;
-  params.endByte = params.firstByte + std::size_t{walk.columns} * kColumnBytes;
-  LayColumns(job, params, walk);
-  TakeOutPixels(job, params, walk.phase);
+  return walk;
+}
+
+// Takes what has been printed out of the pass buffers.
+void TakeOutPrinted(Job& job, const ConvertParams& params, std::uint32_t phase) {
+  for (std::uint32_t i = 0; i < params.nozzleRowCount; ++i) {
+    const NozzleRow& row = params.nozzleRows[i];
+    TakeOutPixels(job, row.color, phase, row.firstLine, params.nozzleCount);
+    for (std::uint32_t mask = 0; mask < job.featherRows; ++mask) {
+      const std::uint32_t line = row.firstLine + 2 * (params.nozzleCount + mask);
+      TakeOutFeathered(job, row.color, phase, line, FeatherRun(job, phase, mask));
+    }
+  }
+}
+
+WrittenBytes ConvertRows(Job& job, const ConvertParams& params, const ColumnMode& mode,
+                         bool reverse) {
+  if (PhaseOf(job, mode) >= job.Mem.layout.phases || params.nozzleRowCount == 0) return {};
+  const ColumnWalk walk = WalkOf(job, params, mode, reverse);
+  PackColumns(job, params, walk);
+  TakeOutPrinted(job, params, walk.phase);
+  const std::size_t begin =
+      std::size_t{walk.LowestColumn(0, walk.columns)} * kColumnBytes + params.firstJet;
+  return {begin, begin + std::size_t{walk.columns} * kColumnBytes};
 }
 
 }  // namespace
 
-void Dual3Forward(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual3, false); }
-void Dual3Reverse(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual3, true); }
-void Dual4Forward(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual4, false); }
-void Dual4Reverse(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual4, true); }
-void Dual6Forward(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual6, false); }
-void Dual6Reverse(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual6, true); }
-void Dual8Forward(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual8, false); }
-void Dual8Reverse(Job& job, ConvertParams& params) { ConvertRows(job, params, kDual8, true); }
-void SingleForward(Job& job, ConvertParams& params) { ConvertRows(job, params, kSingle, false); }
-void SingleReverse(Job& job, ConvertParams& params) { ConvertRows(job, params, kSingle, true); }
+WrittenBytes Dual3Forward(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual3, false);
+}
+WrittenBytes Dual3Reverse(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual3, true);
+}
+WrittenBytes Dual4Forward(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual4, false);
+}
+WrittenBytes Dual4Reverse(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual4, true);
+}
+WrittenBytes Dual6Forward(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual6, false);
+}
+WrittenBytes Dual6Reverse(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual6, true);
+}
+WrittenBytes Dual8Forward(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual8, false);
+}
+WrittenBytes Dual8Reverse(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kDual8, true);
+}
+WrittenBytes SingleForward(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kSingle, false);
+}
+WrittenBytes SingleReverse(Job& job, const ConvertParams& params) {
+  return ConvertRows(job, params, kSingle, true);
+}
 
 }  // namespace qrn

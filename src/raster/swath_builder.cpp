@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint32_t kFeedStepsMax = 0x7FFFFFFF;  // bit 31 of feedSteps is never set
 constexpr std::uint16_t kNoBiDirShift = 32;
 
-// Byte positions become dots, the margin in front.
+// Byte positions become dots, counted from before the margin.
 double DotsOf(const Job& job, std::uint32_t byte) {
   return static_cast<std::uint32_t>(byte * 8u / job.nBitsPerPixel + job.marginDots);
 }
@@ -51,7 +51,7 @@ bool PutSwath(Job& job) {
     ++job.emptyPasses;
     return true;
   }
-  // Paper is not fed over blank passes in front of the image: it starts where the ink starts.
+  // Paper is not fed over blank passes before the image: it starts where the ink starts.
   if (job.emptyPasses > 0 && job.swathStarted == 1) {
     EmptySteps(job, static_cast<std::uint64_t>(LoadShared(job.swathSteps)) * job.emptyPasses);
   }

@@ -9,7 +9,7 @@
 
 namespace qrn {
 
-// All slots free, their headers empty but for the speed. Transmit thread, within the connect.
+// All slots free, their headers empty except for the speed. Transmit thread, within the connect.
 void ResetQueue(Job& job);
 // Host's thread. Takes the next slot for filling; null when it is not free.
 [[nodiscard]] Swath* QueueGetFree(Job& job);

@@ -1,34 +1,56 @@
-// Walks the columns of a pass, driven from the output. A strip of 1024 columns is aligned at once,
-// so that the run of a nozzle row is sought and read once for all of them. Then it is laid in tiles
-// of 256 columns, which stay in the first cache while the nozzles, eight of both heads at a time,
-// put their 16 bytes into every one. Host's thread; there is one strip, so walks never run side by
-// side.
+// Packs the columns of a pass, driven from the output. It walks them in strips and tiles:
+//
+//   strip   1024 columns. The runs of all nozzle rows are aligned for it, so that each run is
+//           looked up and read once for all of its columns.
+//   tile    256 columns of a strip. They stay in the first cache while the nozzles, eight of both
+//           heads at a time, put their 16 bytes into every one.
+//
+// Both are in the scratch of the job's memory, so walks never run side by side. Host's thread.
 #ifndef QRN_RASTER_TILE_WALK_H_
 #define QRN_RASTER_TILE_WALK_H_
 
 #include <cstddef>
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "job/job.h"
-#include "raster/convert.h"
+#include "job/print_out.h"
+#include "raster/convert_params.h"
+#include "raster/kernels.h"
 
 namespace qrn {
 
-// The columns of the pass in the order in which pixels come: forward they rise, in reverse they
-// fall.
+constexpr std::uint32_t kStripColumns = kPixelsPerByte * kStripBytes;
+constexpr std::uint32_t kTileColumns = 256;  // 32 KiB of cache lines with 16 bytes of each column
+constexpr std::uint32_t kJetGroups = DivUp(kNozzles, kGroupNozzles);
+
+// What a walk writes down on its way. Rows that a group's occupancy does not name are zeros, from
+// one walk to the next.
+struct ConvertScratch {
+  JetGroup groups[kJetGroups];  // a strip, aligned
+  alignas(kCacheLineBytes) std::uint8_t tile[kTileColumns * kColumnBytes];
+};
+// What is obtained for it, so that it can be aligned there. All zeros is how it starts.
+constexpr std::size_t kConvertScratchBytes = sizeof(ConvertScratch) + alignof(ConvertScratch);
+// The job's. Requires: its memory.
+ConvertScratch& ScratchOf(Job& job);
+
+// The columns of the pass in the order in which the pixels of a line reach them: forward they rise,
+// in reverse they fall.
 struct ColumnWalk {
   std::uint32_t phase;
   bool reverse;
   std::uint32_t columns;         // that any nozzle row reaches
   std::uint32_t firstColumn;     // of PrintOutBuf, where the walk begins
   std::uint16_t firstRowColumn;  // column offset of the nozzle row that comes first in the walk
+  // Lowest of `count` columns from the walk's column `from` on.
+  std::uint32_t LowestColumn(std::uint32_t from, std::uint32_t count) const {
+    return reverse ? firstColumn + 1 - from - count : firstColumn + from;
+  }
 };
 
-// Lays the dots of all entered rows: every byte of the walk's columns is written.
-void LayColumns(const Job& job, const ConvertParams& params, const ColumnWalk& walk);
-
-// Takes the printed pixels of the phase out of the rows.
-void TakeOutPixels(const Job& job, const ConvertParams& params, std::uint32_t phase);
+// Packs the dots of all entered nozzle rows: every byte of the walk's columns is written.
+void PackColumns(Job& job, const ConvertParams& params, const ColumnWalk& walk);
 
 }  // namespace qrn
 

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "raster/convert.h"
 #include "raster/core_job.h"
 
 namespace qrn {

@@ -10,6 +10,7 @@
 #include "raster/band.h"
 #include "raster/core_job.h"
 #include "raster/pass_rows.h"
+#include "raster/tile_walk.h"
 
 namespace {
 std::size_t g_refusedBytes = 0;  // a block of this size cannot be had
@@ -93,6 +94,7 @@ TEST_F(JobMemory, ThatCannotBeHadRaises13AndLeavesNothing) {
            Case{30'000'000, 1, "mem: malloc PrintOutBuf fail! 0-128428990"},
            // 9 masks of 513 bytes in three phases
            Case{48, 360, "mem: malloc pJob->Mem.pFeatherRuns fail 9-13851!", 13851},
+           Case{48, 360, "mem: malloc pJob->Mem.pConvertScratch fail", kConvertScratchBytes},
        }) {
     job.lineStride = failing.stride;
     job.nResY = failing.nResY;
