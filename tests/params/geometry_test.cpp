@@ -1,12 +1,10 @@
 // What is derived from the parameter block, in numbers worked out by hand; and what leaves no trace
 // in the swaths, which the raster's random jobs compare, nor in the record of a scenario's job.
-#include <cstring>
 #include <utility>
 
 #include "base/bytes.h"
 #include "params/paper_feed.h"
 #include "params/param_block.h"
-#include "params/resolution.h"
 #include "raster/core_job.h"
 
 namespace qrn {
@@ -19,35 +17,6 @@ class Params : public CoreJob {
   std::vector<std::uint8_t> block = GoodBlock();
   plain::JobDesc image{1440, 360, 6000, 720};
 };
-
-struct Mode {
-  std::uint16_t resX, passCount;
-  std::uint16_t dualStep[3], singleStep[3];  // with 0, 10 and 50 percent feathering
-};
-const Mode kModes[] = {
-    {1080, 3, {120, 114, 90}, {55, 58, 46}},
-    {1440, 4, {90, 85, 67}, {38, 43, 34}},
-    {1620, 6, {60, 57, 45}, {19, 29, 23}},
-    {2160, 8, {45, 42, 33}, {7, 22, 17}},
-};
-
-TEST_F(Params, GiveTheStepOfEachMode) {
-  for (const Mode& mode : kModes) {
-    for (int feather = 0; feather < 3; ++feather) {
-      for (const bool dual : {true, false}) {
-        SCOPED_TRACE(testing::Message() << mode.resX << ", " << feather << ", " << dual);
-        image.resX = mode.resX;
-        block[109] = "\0\12\62"[feather];
-        block[90] = dual ? 0x30 : 0x10;
-        ASSERT_TRUE(Parse());
-        const int step = (dual ? mode.dualStep : mode.singleStep)[feather];
-        EXPECT_EQ((dual ? 1 : 2) * mode.passCount, job.passCount);
-        EXPECT_EQ(step, job.passStep);
-        EXPECT_EQ(step * job.passCount, job.swathH);
-      }
-    }
-  }
-}
 
 // A page of 751 bytes: 751 columns and a head distance of 1984, 451 of stagger and 128 more; of one
 // head 1001 1/3 columns, half the stagger in whole dots, and 128. In 1/150 inch:
@@ -106,18 +75,6 @@ TEST_F(Params, WarnOfColorsWithARowOnEachHead) {
                                    "PHA:7-0, 1-1, 2-2, 3-3\r\nPHB:4-4, 5-5, 6-6, 7-0\r\n"}));
 }
 
-TEST_F(Params, OfAShortReplyChangeNothing) {
-  ASSERT_TRUE(Parse());
-  const PrinterParams kept = GetPrinterParams();
-  job.passCount = 77;
-  // A byte short, and none behind it to read.
-  const std::vector<std::uint8_t> exact(207, std::uint8_t{0xFF});
-  EXPECT_FALSE(ParsePrinterParams(job, exact.data(), 207));
-  EXPECT_EQ(0, std::memcmp(kept.bytes, GetPrinterParams().bytes, sizeof kept.bytes));
-  EXPECT_EQ(77, job.passCount);
-  EXPECT_EQ(3, job.nErrCode);
-}
-
 TEST_F(Params, LetAnImageOfExactlyTheWidthPass) {
   // 2150 - 195 - 60 = 1895 mm begins at 107433.07 dots and ends before 107489.8;
   // 3,822,917 x 254 / 14400 = 67432 mm, of which 16 bits count: 1896
@@ -135,13 +92,6 @@ TEST_F(Params, FeedThePaperToTheExactStep) {
   ASSERT_TRUE(Parse());
   EXPECT_EQ(1799, job.swathSteps);
   EXPECT_NEAR(20.0, job.stepsPerLine, 1e-6);
-}
-
-TEST(Resolution, IsLookedUpByTheLowBitsOfItsArgument) {
-  EXPECT_EQ(1620, ResolutionByIndex(0x102));
-  EXPECT_EQ(0, ResolutionByIndex(4));
-  EXPECT_EQ(3, ResolutionIndex(0x10000 + 2160));
-  EXPECT_EQ(0, ResolutionIndex(1200));
 }
 
 }  // namespace
