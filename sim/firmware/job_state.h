@@ -6,13 +6,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/quirks/quirk_triggers.h"
 
 namespace qrn::sim {
-
-constexpr std::uint16_t kStateGone = 0, kStateCancelled = 2, kStatePaused = 3, kStateResumed = 4,
-                        kStateRunning = 5;
 
 class JobState {
  public:
@@ -21,7 +18,7 @@ class JobState {
   void Begin() { cancelled_ = gone_ = paused_ = false; }
   // A reply that tells the state is on its way: what is due in it happens. True when that is a
   // cancel.
-  bool Watch(std::uint32_t nowMs);
+  bool TakeDue(std::uint32_t nowMs);
   bool IsPaused() const { return paused_; }
   // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
   std::uint16_t Tell(std::uint32_t nowMs);

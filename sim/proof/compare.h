@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/paper/paper.h"
 
 namespace qrn::sim {

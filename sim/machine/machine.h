@@ -1,7 +1,7 @@
 // What a printer is built like and set to. The virtual printer reports it in its parameter block
 // and lays its dots accordingly.
-#ifndef QRN_SIM_MACHINE_H_
-#define QRN_SIM_MACHINE_H_
+#ifndef QRN_SIM_MACHINE_MACHINE_H_
+#define QRN_SIM_MACHINE_MACHINE_H_
 
 #include <array>
 #include <cstdint>
@@ -25,11 +25,11 @@ struct Machine {
   // head is reported in use. PHA and PHB all zero on a two-head machine: the driver's default
   // order.
   std::array<std::array<std::uint8_t, 8>, 4> inkOrder{};
-  std::array<std::uint8_t, 4> headGapX{};  // columns added to 140 mm; by resolution 1080..2160
-  std::array<std::uint8_t, 4>
-      headGapY{};  // lines PHB hangs lower than nominal; by resolution 1080..2160
-  std::array<std::uint8_t, 4> biDirShift{32, 32, 32,
-                                         32};  // "Db", 1/150 inch, 32 = none; by resolution
+  // By resolution, 1080..2160: columns added to 140 mm; lines that PHB hangs lower than nominal;
+  // "Db", 1/150 inch, 32 = none.
+  std::array<std::uint8_t, 4> headGapX{};
+  std::array<std::uint8_t, 4> headGapY{};
+  std::array<std::uint8_t, 4> biDirShift{32, 32, 32, 32};
   std::uint8_t featherPercent = 0;
   std::uint16_t margin = 0;     // side margin, 4/600 inch
   std::uint8_t flashEvery = 0;  // swaths between flashes; 0 = none
@@ -56,4 +56,4 @@ std::uint32_t PrintableMm(const Machine& machine);
 
 }  // namespace qrn::sim
 
-#endif  // QRN_SIM_MACHINE_H_
+#endif  // QRN_SIM_MACHINE_MACHINE_H_

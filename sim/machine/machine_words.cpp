@@ -1,4 +1,4 @@
-#include "sim/machine_words.h"
+#include "sim/machine/machine_words.h"
 
 #include <algorithm>
 #include <array>
