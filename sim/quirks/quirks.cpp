@@ -7,6 +7,8 @@
 #include <sstream>
 #include <type_traits>
 
+#include "sim/wire/wire.h"
+
 namespace qrn::sim {
 namespace {
 
@@ -56,13 +58,14 @@ static_assert(InOrder(), "a kind is the place of its rule");
 
 // ---- Fields: each means the same, and takes the same values, in every kind ----
 
-constexpr std::uint32_t kPacketWordsMax = 47, kWordsMax = 4000;
+constexpr std::uint32_t kWordsMax = 4000;
 
 struct Field {
   const char* name;
-  std::uint32_t min, max;                           // of a number
-  Words words;                                      // else the value is the place of one of these
-  void (*set)(Quirk& quirk, std::uint32_t number);  // null: what is to be said
+  std::uint32_t min = 0, max = 0;  // of a number
+  Words words;                     // else the value is the place of one of these
+  // Null: what is to be said.
+  void (*set)(Quirk& quirk, std::uint32_t number) = nullptr;
 };
 
 template <auto kField>
@@ -96,26 +99,23 @@ const std::vector<Field>& Fields() {
       {"gone", 0, 1, {}, Set<&Quirk::gone>},
       {"long", 0, 1, {}, Set<&Quirk::longPath>},
       // Words, in the order of their types.
-      {"on",
-       0,
-       0,
-       {"any", "connect", "create", "swath", "end", "cancel", "poll", "query", "test"},
-       Set<&Quirk::on>},
-      {"update", 0, 0, {"none", "same", "db", "calib", "short"}, Set<&Quirk::update>},
-      {"form",
-       0,
-       0,
-       {"kind", "random", "words", "short", "empty", "split", "overlong", "restart"},
-       Set<&Quirk::form>},
-      {"where", 0, 0, {"any", "packet", "data"}, Set<&Quirk::where>},
-      {"back", 0, 0, {"same", "other", "held"}, Set<&Quirk::back>},
-      {"case", 0, 0, {"upper", "lower", "mixed"}, Set<&Quirk::spelling>},
-      {"defect",
-       0,
-       0,
-       {"signature", "short", "head", "resolution", "width", "selector", "calib", "ink", "feather"},
-       Set<&Quirk::defect>},
-      {"words", 0, 0, {}, nullptr},
+      {.name = "on",
+       .words = {"any", "connect", "create", "swath", "end", "cancel", "poll", "query", "test"},
+       .set = Set<&Quirk::on>},
+      {.name = "update",
+       .words = {"none", "same", "db", "calib", "short"},
+       .set = Set<&Quirk::update>},
+      {.name = "form",
+       .words = {"kind", "random", "words", "short", "empty", "split", "overlong", "restart"},
+       .set = Set<&Quirk::form>},
+      {.name = "where", .words = {"any", "packet", "data"}, .set = Set<&Quirk::where>},
+      {.name = "back", .words = {"same", "other", "held"}, .set = Set<&Quirk::back>},
+      {.name = "case", .words = {"upper", "lower", "mixed"}, .set = Set<&Quirk::spelling>},
+      {.name = "defect",
+       .words = {"signature", "short", "head", "resolution", "width", "selector", "calib", "ink",
+                 "feather"},
+       .set = Set<&Quirk::defect>},
+      {.name = "words", .words = {}},
   };
   return fields;
 }
@@ -175,11 +175,11 @@ bool ParseSaidPacket(const std::string& text, SaidPacket* packet) {
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos) return ParseSaidWords(text, &packet->words);
   if (!ParseSaidWords(text.substr(colon + 1), &packet->words)) return false;
-  if (packet->words.size() > kPacketWordsMax) return false;
+  if (packet->words.size() > kPacketWords) return false;
   const std::size_t bracket = std::min(text.find('['), colon);
   const std::string kind = text.substr(0, bracket);
   const Words kinds = {"first", "last", "middle", "only"};
-  constexpr std::uint16_t kKindWords[] = {0xF001, 0xF002, 0xF004, 0xF008};
+  constexpr std::uint16_t kKindWords[] = {kFirst, kLast, kMiddle, kOnly};
   const auto known = std::find(kinds.begin(), kinds.end(), kind);
   if (known != kinds.end()) packet->kind = kKindWords[known - kinds.begin()];
   if (known == kinds.end() && !ParseWord(kind, &packet->kind)) return false;
@@ -198,20 +198,20 @@ std::string TakeSaid(const std::string& text, Quirk* quirk) {
 }
 
 // What a kind says of one of its fields.
-struct Use {
+struct FieldUse {
   const Field* field = nullptr;
   bool needed = false;
   std::string initial;  // "": the quirk's own
   Words words;          // those that may be given, where they are not all
 };
 
-std::vector<Use> UsesOf(const KindRule& rule) {
-  std::vector<Use> uses;
+std::vector<FieldUse> UsesOf(const KindRule& rule) {
+  std::vector<FieldUse> uses;
   for (const std::string& text : Split(rule.fields, ' ')) {
     const std::string name = text.substr(0, text.find_first_of("!=:"));
     for (const Field& field : Fields()) {
       if (name == "trigger" ? !IsTrigger(field) : name != field.name) continue;
-      Use use;
+      FieldUse use;
       use.field = &field;
       use.needed = text.find('!') != std::string::npos;
       if (const std::size_t at = text.find('='); at != std::string::npos)
@@ -227,7 +227,7 @@ std::vector<Use> UsesOf(const KindRule& rule) {
 }
 
 // Why the text is no value of the field, or "".
-std::string TakeValue(const Use& use, const std::string& text, Quirk* quirk) {
+std::string TakeValue(const FieldUse& use, const std::string& text, Quirk* quirk) {
   const Field& field = *use.field;
   const std::string name = field.name;
   if (field.set == nullptr) return TakeSaid(text, quirk);
@@ -249,18 +249,19 @@ std::string TakeValue(const Use& use, const std::string& text, Quirk* quirk) {
 }
 
 // Takes one "name=value"; why it is not one of the kind's, or "".
-std::string TakeField(const std::vector<Use>& uses, const std::string& text, Quirk* quirk,
+std::string TakeField(const std::vector<FieldUse>& uses, const std::string& text, Quirk* quirk,
                       std::set<std::string>* named) {
   const std::size_t equals = std::min(text.find('='), text.size());
   const std::string name = text.substr(0, equals);
-  const auto use = std::find_if(uses.begin(), uses.end(),
-                                [&name](const Use& known) { return name == known.field->name; });
+  const auto use = std::find_if(uses.begin(), uses.end(), [&name](const FieldUse& known) {
+    return name == known.field->name;
+  });
   if (use == uses.end() || equals == text.size()) {
     Words names;
-    for (const Use& known : uses) names.push_back(known.field->name + std::string("="));
+    for (const FieldUse& known : uses) names.push_back(known.field->name + std::string("="));
     return "'" + text + "' is not one of " + Join(names);
   }
-  const std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
+  std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
   if (!why.empty()) return why;
   if (!named->insert(name).second) return name + " stands there twice";
   if (IsTrigger(*use->field) && !named->insert("a trigger").second)
@@ -277,18 +278,18 @@ std::string Parse(const std::string& text, Quirk* quirk) {
   if (rule == std::end(kKinds)) return "no such kind";
   *quirk = Quirk{};
   quirk->kind = rule->kind;
-  const std::vector<Use> uses = UsesOf(*rule);
-  for (const Use& use : uses) {
+  const std::vector<FieldUse> uses = UsesOf(*rule);
+  for (const FieldUse& use : uses) {
     if (!use.initial.empty()) (void)TakeValue(use, use.initial, quirk);
   }
   std::set<std::string> named;
   if (colon != std::string::npos) {
     for (const std::string& field : Split(text.substr(colon + 1), ',')) {
-      const std::string why = TakeField(uses, field, quirk, &named);
+      std::string why = TakeField(uses, field, quirk, &named);
       if (!why.empty()) return why;
     }
   }
-  for (const Use& use : uses) {
+  for (const FieldUse& use : uses) {
     if (use.needed && named.count(use.field->name) == 0)
       return "needs " + std::string(use.field->name) + "=";
   }
