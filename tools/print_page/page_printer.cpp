@@ -9,6 +9,7 @@
 #include "print_page/stopwatch.h"
 #include "sim/paper/carriage.h"
 #include "sim/paper/picture.h"
+#include "sim/proof/compare.h"
 
 namespace qrn::tool {
 namespace {
