@@ -12,8 +12,8 @@ namespace qrn::sim {
 namespace {
 
 constexpr std::uint32_t kPixelsPerByte = 4;
-constexpr std::int32_t kShiftWindow =
-    64;  // columns around the estimate in which the reverse shift is looked for
+// Columns around the estimate in which the reverse shift is looked for.
+constexpr std::int32_t kShiftWindow = 64;
 constexpr std::size_t kSampleLinesMax = 48;  // of each color
 
 // What should stand on a paper line, as cells: the sum of the drop levels of each column's pixels.
@@ -221,6 +221,7 @@ class Comparer {
     if (samples.empty()) return;
     result_.reverseFound = true;
     std::vector<std::int32_t> offsets;
+    offsets.reserve(samples.size());
     for (const Sample& sample : samples) {
       offsets.push_back(sample.reverse->firstColumn + FirstInked(sample.reverse->ink) -
                         FirstInked(sample.cells));
@@ -281,7 +282,7 @@ class Comparer {
               std::uint32_t found) {
     if (found > wanted) ++result_.overInkedCells;
     if (result_.differingCells++ != 0) return;
-    result_.firstDifference = "plane " + std::to_string(color) + ", line " + std::to_string(line) +
+    result_.firstDifference = "color " + std::to_string(color) + ", line " + std::to_string(line) +
                               ", column " + std::to_string(column) + ": asked " +
                               std::to_string(wanted) + ", printed " + std::to_string(found);
   }
@@ -301,7 +302,7 @@ std::string SplitInks(const Machine& machine) {
     colors += ' ';
     colors += std::to_string(color);
   }
-  return colors.empty() ? "" : "one nozzle row on each head for planes" + colors;
+  return colors.empty() ? "" : "one nozzle row on each head for colors" + colors;
 }
 
 Comparison Judged(Comparer& comparer, const Machine& machine, const Reach& reach) {
