@@ -47,6 +47,7 @@ constexpr std::size_t FiringOrderOf(Heads heads) {
 }
 
 constexpr std::uint32_t kStepsPerLine = 20;
+constexpr std::uint32_t kHeadLines = 360;  // that a head spans
 
 // Width of the widest image that the driver accepts for the machine, in whole millimetres: the
 // travel of its carriage less the margins and what the carriage itself needs.

@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::size_t kColumnBytes = 720, kPlaneBytes = 360;
 constexpr std::int32_t kNozzles = 180;
-constexpr std::int32_t kHeadLines = 360;
 constexpr std::int64_t kPosPerInch = 150;  // the wire's scale
 constexpr std::uint32_t kOneHeadColumnPixels = 3;
 constexpr double kShortGapInch = 53.0 / 600, kLongGapInch = 180.0 / 600;
@@ -92,7 +91,7 @@ void Carriage::MountBoth(const Machine& machine, std::size_t index, double colum
     row.column = StaggerColumns(slot, machine.mirroredHeads, columnsPerInch);
     if (head == 1) row.column += kHeadDistanceColumns[index] + machine.headGapX[index];
     row.line = rowsSeen[static_cast<std::size_t>(row.color)]++ == 0 ? 0 : 1;
-    if (head == 0) row.line += kHeadLines - machine.headGapY[index];
+    if (head == 0) row.line += static_cast<std::int32_t>(kHeadLines) - machine.headGapY[index];
   }
 }
 

@@ -7,7 +7,6 @@
 namespace qrn::sim {
 namespace {
 
-constexpr std::uint32_t kHeadLines = 360;  // that a pass spans
 constexpr std::uint32_t kBandStart = 360;  // lines above the band that a pass may still print
 constexpr std::uint32_t kMasks = 90;
 

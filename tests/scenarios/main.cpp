@@ -129,6 +129,8 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
-  std::printf("%d scenarios, %d differ from their files\n", score.played, score.differ);
+  std::printf(
+      options.record ? "%d scenarios recorded\n" : "%d scenarios, %d differ from their files\n",
+      score.played, score.differ);
   return score.differ != 0 || score.played == 0 ? 1 : 0;
 }

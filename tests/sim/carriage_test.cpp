@@ -27,7 +27,7 @@ Machine One(Heads heads, bool twoHeadCarriage, std::uint8_t headGapX) {
   return machine;
 }
 
-struct Case {
+struct LaidDot {
   const char* name;
   Machine machine;
   std::uint32_t resolution;
@@ -40,7 +40,7 @@ struct Case {
   } laid;  // on paper
 };
 
-const Case kCases[] = {
+const LaidDot kCases[] = {
     // Row 7 is at the reference; PHA is 360 lines below PHB.
     {"PHA row 7", Two(), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 360, 10}},
     {"plane 1", Two(), 1440, {0, 377}, {10, 0, 7, 0, 1}, {7, 360, 10}},
