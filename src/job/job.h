@@ -1,8 +1,8 @@
 // The one record of the job in progress: plain data in static storage, cleared at every job start
 // and kept until the next. Its operations live with the owners of its fields. Fields marked
-// "shared" are accessed by both threads, through base/shared.h alone; docs/threads.md tells more.
-// All others belong to one thread at a time: the transmit thread during the connect exchange, the
-// host's thread afterwards.
+// "shared" are accessed by both threads, through base/shared.h alone; docs/threads.md has the
+// details. All others belong to one thread at a time: the transmit thread during the connect
+// exchange, the host's thread afterwards.
 #ifndef QRN_JOB_JOB_H_
 #define QRN_JOB_JOB_H_
 
@@ -31,7 +31,7 @@ struct JobMem {
   std::uint32_t ringStart;             // place in the ring where the band's window begins
 };
 
-// A line of the log between taking its place in the file and standing there.
+// A line of the log that is under way: it takes its place in the file, then it is written.
 enum LogLineState : std::uint8_t { kLogLineNone = 0, kLogLineClaimed = 1, kLogLinePlaced = 2 };
 struct LogLine {
   std::uint8_t state;          // shared: both write and read. LogLineState
@@ -39,7 +39,7 @@ struct LogLine {
 };
 
 struct Job {
-  // Command mailbox. cmdPkt is sent as it stands.
+  // Command mailbox. cmdPkt is sent as it is.
   std::uint8_t cmdPkt[kCommandBytes];
   std::uint8_t nCmdState;  // shared: both write and read. CommandState
 
@@ -120,7 +120,7 @@ struct Job {
   std::uint8_t twoHeadCarriage;
   std::uint8_t dualHead;  // both heads print
   std::uint8_t headType;
-  std::uint8_t headMirror;  // nozzle rows stand in the opposite order
+  std::uint8_t headMirror;  // nozzle rows are in the opposite order
   std::uint8_t featherPercent;
   std::uint8_t featherRows;  // feathered nozzles of a row, 0..90
   std::uint8_t passDir;      // direction of the pass being converted
@@ -137,7 +137,7 @@ struct Job {
   std::uint16_t historyRows;  // pass-buffer row at which a new band starts
   std::uint16_t bandLine;     // lines of the current band taken in
   std::uint16_t maxPrintMm;
-  std::uint16_t marginDots;  // dots at nResX in front of the image
+  std::uint16_t marginDots;  // dots at nResX before the image
   std::uint16_t nResX, nResY;
   std::uint16_t swathH;      // lines per band
   std::uint16_t checkRows;   // rows that the blank-pass test looks at

@@ -43,7 +43,7 @@ enum SwathState : std::uint8_t {
 
 struct Swath {
   std::uint8_t state;        // SwathState; host: filling, ready; transmit thread: sending, free
-  SwathHeader header;        // owned by whoever the state names, and so is the rest
+  SwathHeader header;        // owned by whoever the state names, like what follows
   std::uint32_t dataSize;    // bytes of pSwathData that travel; 0 = feed only
   std::uint8_t* pSwathData;  // printOutBufSize bytes
 };

@@ -33,15 +33,15 @@ int CmdExecute(std::uint32_t code, Job& job) {
   std::uint32_t notedMs = ThePlatform().TickMs();
   bool posted = false;
   for (;;) {
-    // Until then the mailbox is another's: a command of the transmit thread's own, which holds it
-    // only until the printer has answered.
+    // Until then the mailbox belongs to a command of the transmit thread, which holds it only until
+    // the printer has answered.
     if (!posted) {
       const CommandPost post = CmdBuild(code, job);
       if (post == CommandPost::kUnknownCode) return 0;
       posted = post == CommandPost::kPosted;
     }
     if (IsAbandoned(job)) break;
-    // Looked at before the state: a thread that ends has settled before what it ever will.
+    // Read before the state: a thread settles whatever it will settle before it ends.
     const bool nobodyLeft = LoadShared(job.bTxEnd) == 1;
     const std::uint8_t state = posted ? LoadShared(job.nCmdState) : std::uint8_t{kMailPending};
     if (state == kMailDone || state == kMailFailed) {

@@ -1,5 +1,5 @@
 // The job's feather masks, deinterleaved like the runs of a stored row: one feather run for each
-// mask and phase. Every mask comes round on a run after 256 bytes at the latest.
+// mask and phase. On a run every mask repeats after 256 bytes or fewer.
 #ifndef QRN_RASTER_FEATHER_RUNS_H_
 #define QRN_RASTER_FEATHER_RUNS_H_
 

@@ -11,7 +11,7 @@ namespace qrn {
 namespace {
 
 constexpr int kFlushCyclesSingle = 4;
-constexpr int kFlushCyclesDual = 5;  // the lines of PHA still have PHB's way before them
+constexpr int kFlushCyclesDual = 5;  // PHA's lines still have to pass PHB
 
 // A job that never got its buffers has nowhere to put a line.
 bool IsLineUsable(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
