@@ -20,10 +20,10 @@ class JobState {
   // is a cancel.
   bool TakeDue(std::uint32_t nowMs);
   bool IsPaused() const { return paused_; }
-  // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
+  // The state that the next reply reports; that a pause is over, once.
   std::uint16_t Report(std::uint32_t nowMs);
-  // What a pause reply carries from its byte 12 on: a mark and the parameter update; empty when the
-  // pause brings none.
+  // What a pause reply carries from kReplyUpdateAt on: a mark and the parameter update; empty when
+  // the pause brings none.
   std::vector<std::uint8_t> UpdateSection(const Machine& machine) const;
 
  private:

@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <sstream>
 #include <vector>

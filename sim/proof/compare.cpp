@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <optional>
 #include <vector>
 
 #include "sim/paper/carriage.h"
