@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "print_page/page.h"
 
 namespace qrn::tool {
 namespace {
