@@ -2,7 +2,7 @@
 
 #include "base/shared.h"
 #include "diag/job_log.h"
-#include "params/printer_params.h"
+#include "params/connect.h"
 #include "platform/platform.h"
 #include "protocol/reply_format.h"
 
