@@ -1,5 +1,5 @@
 // The frame that goes in front of every chunk on the USB link. All words are little-endian; lengths
-// count 16-bit words.
+// count 16-bit words. Plain data and arithmetic; any thread.
 #ifndef QRN_LINK_FRAME_H_
 #define QRN_LINK_FRAME_H_
 
@@ -46,8 +46,8 @@ constexpr std::uint32_t kPacketChunkWords = 47;
 constexpr std::uint32_t kPacketCheckAt = 126;
 static_assert(kFrameBytes + 2 * kPacketChunkWords == kPacketCheckAt &&
               kPacketCheckAt + 2 == kPacketBytes);
-constexpr std::uint32_t kPacketRoomWords =
-    (kPacketBytes - kFrameBytes) / 2;  // what a received packet can hold
+// What a received packet can hold.
+constexpr std::uint32_t kPacketRoomWords = (kPacketBytes - kFrameBytes) / 2;
 
 // A DATA slot: header, 4064 words at most, 32 zero bytes. Slots are written seven at a time.
 constexpr std::uint32_t kSlotBytes = 8192;

@@ -133,9 +133,8 @@ int LinkRecv(Job& job, std::uint8_t* reply, std::uint32_t capacity, std::uint32_
     } else {
       LogPrint("REC溢出\r\n");
     }
-    fill = fill + payload < fill
-               ? UINT32_MAX
-               : fill + payload;  // an endless reply must not come round to the start
+    // An endless reply must not come round to the start.
+    fill = fill + payload < fill ? UINT32_MAX : fill + payload;
     if (ends) {
       *replyBytes = fill;
       return 1;

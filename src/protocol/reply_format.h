@@ -15,8 +15,8 @@ struct ReplyRec {
   std::uint16_t sub;     // 4  JobState (swath, pause poll, buffer query)
   std::uint16_t status;  // 6  why the command was refused
 };
-constexpr std::uint32_t kReplyPayloadAt =
-    8;  // connect: parameter block; buffer query: u32 free room
+// Connect: parameter block; buffer query: u32 free room.
+constexpr std::uint32_t kReplyPayloadAt = 8;
 constexpr std::uint32_t kReplyPauseWordAAt = 10;
 constexpr std::uint32_t kReplyPauseWordBAt = 12;  // kParamUpdateMark: new parameters follow
 constexpr std::uint32_t kReplyUpdateAt = 14;
