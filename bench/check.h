@@ -9,8 +9,8 @@
 
 namespace qrn::bench {
 
-// The image of the job as the connect has left it, and what the plain raster makes of it and of the
-// machine's parameter block.
+// The image of the job as the connect has left it, and the plain raster of it and of the machine's
+// parameter block.
 plain::JobDesc DescOf(const Job& job);
 plain::Geometry GeometryOf(const Job& job);
 

@@ -55,7 +55,7 @@ void CheckFrames(IdlePlatform& system, const std::vector<std::uint8_t>& swath) {
 }
 
 // From a swath to the bulk writes, the slots of the queue in turn; beside it a copy in pieces of a
-// write into one place, for that is what the transport's buffer is.
+// write into one place, because that is what the transport's buffer is.
 Timing Frame(benchmark::State& state, std::size_t bytes) {
   IdlePlatform system;
   constexpr std::size_t kWriteBytes = std::size_t{kGroupSlots} * kSlotBytes;

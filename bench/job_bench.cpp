@@ -110,7 +110,7 @@ JobTiming MeasureJob(BenchJob& bench, const Lines& lines) {
   return {total.Result(), taking.Result().seconds, sweeps};
 }
 
-// The page that is compared with the plain one's may be shorter than the one that is told about.
+// The page that is compared with the plain raster's may be shorter than the one that is reported.
 struct JobCase {
   JobSpec spec;
   double comparedMm, lengthMm;

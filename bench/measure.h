@@ -79,7 +79,7 @@ void Register(const std::string& name, Function run) {
 struct Plan {
   double scale = 1;         // of every width
   double comparedMm = 200;  // length of the jobs that run beside the plain raster
-  double pageMm = 1000;     // length of the jobs that are told about
+  double pageMm = 1000;     // length of the jobs that are reported
 };
 constexpr Plan kQuickPlan = {0.02, 30, 40};
 // From now on one sample of each is enough: the bytes are what matters.

@@ -4,7 +4,7 @@
  *   minimal_host
  *
  * Exit code 0: the printer has taken the page. 1: it has not; the user has been told in a message
- * box where there is something to do, the reason stands in the job log. */
+ * box where there is something to do, the reason is in the job log. */
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>

@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace qrn::fuzz {
 
-// Numbers are little-endian; what lies behind the end of the input is 0.
+// Numbers are little-endian; past the end of the input everything is 0.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}

@@ -97,7 +97,7 @@ std::vector<std::uint8_t> TakeBlock(fuzz::Input& in, bool* isOwn) {
   return block;
 }
 
-// A description that is right but for the fields that `hostile` names.
+// A description that is right except for the fields that `hostile` names.
 HostJobDesc TakeDesc(std::uint8_t hostile, fuzz::Input& in) {
   HostJobDesc desc{};
   desc.resX = (hostile & 1u) != 0 ? in.U32() : PP_GetResolutionX(in.U8() % 4);

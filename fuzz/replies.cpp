@@ -5,7 +5,7 @@
 // Input: u8 what to run, u8 command code, u8 state of the job, u8 writes that succeed (0 = all),
 // then
 //   interpretation: replies: u8 bytes, then these
-//   else: packets; after the last one reads fail. For joining alone u16 capacity in front of them.
+//   else: packets; after the last one reads fail. For joining alone u16 capacity before them.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

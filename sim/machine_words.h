@@ -9,7 +9,8 @@
 namespace qrn::sim {
 
 // Sets what is named, such as "heads" to "pha" or "ink_order_pha" to "7,6,5,4,3,2,1,0"; a setting
-// by resolution takes one number or four. Why it cannot, the setting's name in front, or "".
+// by resolution takes one number or four. Returns why it cannot, beginning with the setting's name,
+// or "".
 std::string SetMachine(const std::string& name, const std::string& value, Machine* machine);
 
 }  // namespace qrn::sim

@@ -44,8 +44,8 @@ struct VirtualPrinter::Impl {
     triggers.BeginWrite(bytes, !isCommand);
   }
 
-  // A write that fails, or in the middle of which the printer leaves, has brought it nothing that
-  // it heeds: the message comes again from its start.
+  // Of a write that fails, or in the middle of which the printer leaves, it uses nothing: the
+  // message comes again from its start.
   UsbStep WriteStep(std::uint32_t handle, const std::uint8_t* data, std::uint32_t bytes,
                     std::uint32_t nowMs) {
     Look(nowMs);
@@ -86,7 +86,7 @@ struct VirtualPrinter::Impl {
       joiner.Drop();
       firmware.TransferFailed();
     } else if (step.state == UsbStep::kDone && packet != nullptr) {
-      if (const auto reply = joiner.Take(packet)) firmware.Told(*reply);
+      if (const auto reply = joiner.Take(packet)) firmware.ReplyRead(*reply);
     }
   }
 
@@ -95,7 +95,7 @@ struct VirtualPrinter::Impl {
   UsbBus bus;
   WireReceiver wire;
   ReplyPipe pipe;
-  ReplyJoiner joiner;  // what the host makes of it
+  ReplyJoiner joiner;  // puts the replies together as the host does
   Firmware firmware;
   std::uint64_t bytesReceived = 0, bytesSent = 0;
 };

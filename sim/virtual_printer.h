@@ -36,7 +36,8 @@ class VirtualPrinter : public UsbPort {
   // First violation of the framing or of the command protocol that the host has committed, with its
   // place; "" if none.
   std::string Violation() const;
-  // What befell the printer since its last connect and may have ended the job early; "" if nothing.
+  // What happened to the printer since its last connect and may have ended the job early; "" if
+  // nothing.
   std::string Trouble() const;
   // The paper of the job so far, or of the last one. Valid until the next job create; only between
   // jobs.

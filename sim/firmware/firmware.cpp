@@ -10,7 +10,7 @@ namespace qrn::sim {
 namespace {
 
 constexpr std::uint16_t kStatusSpoolOverflow = 7;
-constexpr std::size_t kReplyBytes = 16;  // up to the word behind the two of a pause reply
+constexpr std::size_t kReplyBytes = 16;  // up to the word after the two of a pause reply
 constexpr std::size_t kUpdateMarkAt = 12;
 
 Reply MakeReply(std::uint32_t code, bool ok, std::uint16_t sub, std::uint16_t status) {
@@ -125,7 +125,7 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
 }
 
 Reply Firmware::StateReply(std::uint32_t code, std::uint32_t nowMs) {
-  const std::uint16_t state = state_.Tell(nowMs);
+  const std::uint16_t state = state_.Report(nowMs);
   Reply reply = MakeReply(code, true, state, 0);
   const std::vector<std::uint8_t> update =
       state == kStatePaused ? state_.UpdateSection(machine_) : std::vector<std::uint8_t>{};
@@ -142,7 +142,7 @@ void Firmware::Watch(std::uint32_t nowMs) {
 }
 
 Reply Firmware::Refuse(std::uint32_t code, std::uint16_t status, std::uint32_t nowMs) {
-  if (code != kConnect) return MakeReply(code, false, state_.Tell(nowMs), status);
+  if (code != kConnect) return MakeReply(code, false, state_.Report(nowMs), status);
   trouble_ = "the printer refused the connect with status " + std::to_string(status);
   return MakeReply(kConnect, false, 0, status);
 }
@@ -204,7 +204,7 @@ bool Firmware::CheckSwathOrder(const Packet& packet, const std::vector<std::uint
     return false;
   }
   if (number != lastSwathNo_ + 1) {
-    Fail("swath " + std::to_string(number) + " behind swath " + std::to_string(lastSwathNo_));
+    Fail("swath " + std::to_string(number) + " after swath " + std::to_string(lastSwathNo_));
   }
   return true;
 }

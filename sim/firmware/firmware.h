@@ -29,7 +29,7 @@ class Firmware {
   // Takes one message; the reply to it, or none while more is to come.
   std::optional<Reply> Take(const WireMessage& message, std::uint32_t nowMs);
   // The host has read this reply, whole.
-  void Told(const Reply& reply) { order_.Told(reply); }
+  void ReplyRead(const Reply& reply) { order_.ReplyRead(reply); }
   // A transfer of the host's failed.
   void TransferFailed() { order_.TransferFailed(); }
   void Reopened();
@@ -37,12 +37,12 @@ class Firmware {
   std::uint32_t NextSwath() const { return lastSwathNo_ + 1; }
   // What a command packet is; kAny for one of no known code.
   static Message MessageOf(const std::vector<std::uint8_t>& packet);
-  // Something befell the printer, beside what the firmware does itself.
+  // Records what happened to the printer apart from what the firmware itself does.
   void Note(const std::string& trouble) { trouble_ = trouble; }
 
   bool IsPaused() const { return state_.IsPaused(); }
   const std::string& Violation() const { return violation_; }
-  // What may have cost the host its job, last of all since the last connect; "" = nothing.
+  // The last thing since the last connect that may have cost the host its job; "" = nothing.
   const std::string& Trouble() const { return trouble_; }
   const Paper& ThePaper() const { return paper_; }
   std::uint32_t ResolutionX() const { return resolution_; }
@@ -65,9 +65,9 @@ class Firmware {
   Reply AnswerBufferQuery(std::uint32_t nowMs);
   void PrintSwath(const Packet& packet, const std::vector<std::uint8_t>& data);
   bool CheckSwathOrder(const Packet& packet, const std::vector<std::uint8_t>& data);
-  // A reply that tells the job's state, with the parameter update that goes with a pause.
+  // A reply that reports the job's state, with the parameter update that goes with a pause.
   Reply StateReply(std::uint32_t code, std::uint32_t nowMs);
-  // A reply that tells the state is on its way: the pauses and cancels that are due in it happen.
+  // To be called before a reply that reports the state: the pauses and cancels due in it happen.
   void Watch(std::uint32_t nowMs);
 
   Machine machine_;

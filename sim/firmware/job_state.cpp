@@ -27,7 +27,7 @@ bool JobState::Watch(std::uint32_t nowMs) {
   return true;
 }
 
-std::uint16_t JobState::Tell(std::uint32_t nowMs) {
+std::uint16_t JobState::Report(std::uint32_t nowMs) {
   if (cancelled_) return gone_ ? kStateGone : kStateCancelled;
   if (!paused_) return kStateRunning;
   if (static_cast<std::int32_t>(nowMs - pausedUntilMs_) < 0) return kStatePaused;

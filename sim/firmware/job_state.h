@@ -1,4 +1,4 @@
-// The state of the job at the printer as its replies tell it: running, paused and resumed, or
+// The state of the job at the printer as its replies report it: running, paused and resumed, or
 // cancelled by the operator. Pauses and cancels come from quirks, in the reply that each names.
 #ifndef QRN_SIM_FIRMWARE_JOB_STATE_H_
 #define QRN_SIM_FIRMWARE_JOB_STATE_H_
@@ -19,12 +19,12 @@ class JobState {
   explicit JobState(QuirkTriggers& triggers) : triggers_(&triggers) {}
 
   void Begin() { cancelled_ = gone_ = paused_ = false; }
-  // A reply that tells the state is on its way: what is due in it happens. True when that is a
-  // cancel.
+  // To be called before a reply that reports the state: what is due in it happens. True when that
+  // is a cancel.
   bool Watch(std::uint32_t nowMs);
   bool IsPaused() const { return paused_; }
   // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
-  std::uint16_t Tell(std::uint32_t nowMs);
+  std::uint16_t Report(std::uint32_t nowMs);
   // What a pause reply carries from its byte 12 on: a mark and the parameter update; empty when the
   // pause brings none.
   std::vector<std::uint8_t> UpdateSection(const Machine& machine) const;

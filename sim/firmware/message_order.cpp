@@ -95,7 +95,7 @@ void MessageOrder::Taken() {
 
 // Words that a reply lacks are 0, but a job state that is not there is none. A host reads on for
 // the answer to its command, but takes anything with a code as the answer to a buffer query.
-void MessageOrder::Told(const Bytes& reply) {
+void MessageOrder::ReplyRead(const Bytes& reply) {
   const auto word = [&reply](std::size_t at) {
     return at + 2 <= reply.size() ? std::uint32_t{U16(&reply[at])} : 0u;
   };
@@ -107,10 +107,10 @@ void MessageOrder::Told(const Bytes& reply) {
     const std::uint32_t room = word(8) | (word(10) << 16);
     roomForBytes_ = room >= askedBytes_ / 2 ? askedBytes_ : 0;
   }
-  if (reply.size() >= 6) TellState(U16(&reply[4]));
+  if (reply.size() >= 6) TakeState(U16(&reply[4]));
 }
 
-void MessageOrder::TellState(std::uint16_t state) {
+void MessageOrder::TakeState(std::uint16_t state) {
   const bool ofJob = command_ == kSwath || command_ == kPausePoll;
   if (!ofJob && command_ != kBufferQuery) return;
   if (state == kStatePaused) paused_ = true;

@@ -1,6 +1,6 @@
 // The order in which a host may send its commands: connect, job create, swaths, each with data only
 // once there is room for it, pause polls while the job is paused, cancels once it is cancelled, job
-// end. A host acts on what it has been told, so this goes by the replies that the host has read.
+// end. A host acts on the replies that it has read, so those are what counts here.
 #ifndef QRN_SIM_FIRMWARE_MESSAGE_ORDER_H_
 #define QRN_SIM_FIRMWARE_MESSAGE_ORDER_H_
 
@@ -19,7 +19,7 @@ class MessageOrder {
   // The printer has taken the command that came last.
   void Taken();
   // The host has read this reply, whole.
-  void Told(const Bytes& reply);
+  void ReplyRead(const Bytes& reply);
   // A transfer failed: the host may have asked for room in vain.
   void TransferFailed() { roomUnknown_ = true; }
   void Reopened();
@@ -29,16 +29,16 @@ class MessageOrder {
 
   std::string CheckInJob(const Bytes& packet);
   std::string CheckSwath(const Bytes& packet);
-  void TellState(std::uint16_t state);
+  void TakeState(std::uint16_t state);
 
   Stage stage_ = Stage::kNone;
   bool reopened_ = false;         // and no packet has come since
-  bool answerTest_ = false;       // the last packet was one; replies to it tell nothing
+  bool answerTest_ = false;       // the last packet was one; replies to it say nothing
   std::uint32_t command_ = 0;     // the last one apart from answer tests
   std::uint32_t swathNo_ = 0;     // in it
   std::uint32_t askedBytes_ = 0;  // in the last buffer query
 
-  // What the host has been told.
+  // What the host has read in replies.
   bool taken_ = false;  // the last command
   bool paused_ = false, cancelled_ = false;
   std::uint32_t takenSwathNo_ = 0;

@@ -28,13 +28,13 @@ std::int64_t FloorDiv(std::int64_t value, std::int64_t divisor) {
 // The print origin is 64 mm from the edge.
 constexpr std::int64_t OriginDots(std::uint32_t resolution) { return resolution * 640 / 254; }
 
-// The last whole 1/150 inch in front of a place.
+// The last whole 1/150 inch before a place.
 constexpr std::int64_t PositionBefore(std::int64_t dots, std::uint32_t resolution) {
   return (dots * kPosPerInch - 1) / resolution;
 }
 
-// By which a row stands behind its head's reference, to the nearest column. Whole columns count
-// from row 7, in a head that is built the other way round too.
+// The distance by which a row trails its head's reference, to the nearest column. Whole columns
+// count from row 7, in a head that is built the other way round too.
 std::int32_t StaggerColumns(std::size_t row, bool mirrored, double columnsPerInch) {
   const auto standard = [columnsPerInch](std::size_t r) {
     const auto shortGaps = static_cast<double>((8 - r) / 2),
@@ -82,8 +82,8 @@ void Carriage::MountBoth(const Machine& machine, std::size_t index, double colum
   // No driver prints with an order that is blank on one head alone.
   const bool unset = machine.inkOrder[0] == InkRows{};
   std::array<int, kInks> rowsSeen{};
-  // The second row of an ink stands half a nozzle pitch above the first, so going backwards the
-  // first one met is upper.
+  // The second row of an ink is half a nozzle pitch above the first, so going backwards the first
+  // one met is the upper one.
   for (std::size_t i = 16; i-- > 0;) {
     const std::size_t head = i / 8, slot = i % 8;
     NozzleRow& row = rows_[head][slot];
@@ -96,8 +96,8 @@ void Carriage::MountBoth(const Machine& machine, std::size_t index, double colum
 }
 
 // One head alone is the reference along the paper, and on its own carriage along the carriage too.
-// An ink is fired by one row; where a second row with it stands does not matter.
-// PHB alone on a carriage for two heads starts its passes a head distance further on.
+// An ink is fired by one row; where a second row with that ink is does not matter. PHB alone on a
+// carriage for two heads starts its passes a head distance further on.
 void Carriage::MountOne(const Machine& machine, std::size_t index, double columnsPerInch) {
   const std::size_t head = machine.heads == Heads::kPhb ? 1 : 0;
   inUse_[1 - head] = false;

@@ -24,7 +24,7 @@ struct PassCommand {
 int ResolutionIndexOf(std::uint32_t resolution);
 // Dots at the resolution from one column of the carriage's grid to the next: 3, 4, 6 or 8.
 std::uint32_t BasePassCountOf(std::uint32_t resolution);
-// Pixels of a line that an output column stands for: as many with two heads, always 3 with one.
+// Pixels of a line that make up an output column: as many with two heads, always 3 with one.
 std::uint32_t ColumnPixelsOf(const Machine& machine, std::uint32_t resolution);
 
 class Carriage {
@@ -42,7 +42,7 @@ class Carriage {
  private:
   struct NozzleRow {
     int color = 0;
-    std::int32_t column = 0;  // by which a dot lies left of the grid column it is fired at
+    std::int32_t column = 0;  // by which a dot lands left of the grid column it is fired at
     std::int32_t line = 0;    // of nozzle 0, below the origin of the pass
   };
 

@@ -44,7 +44,7 @@ Extent ExtentOf(const Paper& paper, const PictureOptions& options) {
 // The cells that a pixel covers along one edge of the picture: those at either end in part.
 struct Span {
   std::int32_t first = 0, last = 0;
-  float firstShare = 0, lastShare = 0;  // of a cell; both the same when the span lies in one
+  float firstShare = 0, lastShare = 0;  // of a cell; both the same when the span is within one
 
   float ShareOf(std::int32_t cell) const {
     return cell == first ? firstShare : cell == last ? lastShare : 1.0f;
@@ -166,7 +166,7 @@ std::string WriteFile(const std::string& path, png_image* image, const std::uint
   if (file == nullptr) return std::strerror(errno);
   errno = 0;
   std::string why;
-  // The library tells its own reason only; a full disk may show at the very end.
+  // The library reports its own errors only; a full disk may show at the very end.
   if (png_image_write_to_stdio(image, file, 0, pixels, 0, nullptr) == 0)
     why = errno != 0 ? std::strerror(errno) : image->message;
   if (std::fclose(file) != 0 && why.empty()) why = std::strerror(errno);

@@ -16,10 +16,9 @@ struct PictureOptions {
                                           0x7FD6F7, 0xF57FC5, 0xF7941D, 0x00A651};
   std::uint32_t widthMax = 1600;    // pixels; the paper is scaled down to fit, aspect kept
   std::uint32_t pixelsPerInch = 0;  // of the picture, in both directions; 0 = as widthMax has it
-  std::int32_t reverseShift =
-      0;  // as the comparison found it, so that both directions lie on each other
-  std::int32_t lineOrigin = 0;  // paper line of the picture's top
-  std::uint32_t lines = 0;      // image lines and columns to show; 0 = what carries ink
+  std::int32_t reverseShift = 0;    // as the comparison found it, so that both directions match
+  std::int32_t lineOrigin = 0;      // paper line of the picture's top
+  std::uint32_t lines = 0;          // image lines and columns to show; 0 = what carries ink
   std::uint32_t columns = 0;
   std::uint32_t columnsPerInch = 360;
   std::uint32_t inkMax = 12;  // ink sum of a fully covered cell: base pass count x 3

@@ -12,11 +12,11 @@ namespace qrn::sim {
 namespace {
 
 constexpr std::uint32_t kPixelsPerByte = 4;
-constexpr std::int32_t kShiftWindow =
-    64;  // columns around the estimate in which the reverse shift is looked for
+// The reverse shift is looked for within this many columns of the estimate.
+constexpr std::int32_t kShiftWindow = 64;
 constexpr std::size_t kSampleLinesMax = 48;  // of each color
 
-// What should stand on a paper line, as cells: the sum of the drop levels of each column's pixels.
+// What should be on a paper line, as cells: the sum of the drop levels of each column's pixels.
 struct AskedLine {
   std::vector<std::uint8_t> cells;  // empty when nothing should
   std::vector<std::uint8_t> least;  // without the pixels that may be out of reach; as many
@@ -36,13 +36,14 @@ class AskedLines {
   // Valid until the next call.
   const AskedLine& Line(int color, std::int32_t line) {
     Clear();
-    // A line that is laid above its place shares the paper with the line that belongs there.
+    // A line that is printed above its place shares the paper with the line that belongs there.
     Add(color, line, false);
     Add(color, line + 1, true);
     return asked_;
   }
 
-  // Inked cells of an image line that cannot stand on paper, and that stand one line above.
+  // Of an image line, the inked cells that are not printed and those that are printed one line
+  // above.
   struct Lost {
     std::uint64_t unreached = 0, displaced = 0;
   };
@@ -170,7 +171,7 @@ class Comparer {
     return false;
   }
 
-  // The first inked line of the image lies on the first inked line of the paper.
+  // The first inked line of the image is the first inked line of the paper.
   void FindLineOrigin() {
     if (NoPaper()) return;
     std::int32_t paperLine = PaperFirst();

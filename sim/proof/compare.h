@@ -32,7 +32,7 @@ struct Comparison {
   // Inked cells that the machine can only lay on the line above; they are compared there.
   std::uint64_t displacedCells = 0;
   std::int32_t lineOrigin = 0;    // paper line of image line 0
-  std::int32_t reverseShift = 0;  // columns by which reverse passes lie to the right
+  std::int32_t reverseShift = 0;  // columns by which reverse passes are too far right
   bool reverseFound = false;      // the job had reverse passes with ink
   // First difference in reading order, for a person: color, line, column, asked for, printed. ""
   // when equal.

@@ -10,9 +10,9 @@ namespace {
 constexpr std::uint32_t kBandStart = 360;  // lines above the band that a pass may still print
 constexpr std::uint32_t kMasks = 90;
 
-// How the passes of a one-head job lie in a band.
+// How the passes of a one-head job are placed in a band.
 struct Passes {
-  std::uint32_t wholeLines;  // of a pass, in front of the feathered ones
+  std::uint32_t wholeLines;  // of a pass, before the feathered ones
   std::uint32_t step;        // lines from one pass to the next
   std::uint32_t count;       // of a band
 
@@ -45,8 +45,8 @@ PhaseReach ReachOfPhase(const Machine& machine, const Passes& passes, std::uint3
   PhaseReach best = PhaseReach::kNone;
   for (const std::uint32_t index : {2 * phase, 2 * phase + 1}) {
     const std::uint32_t first = FirstRow(machine, passes, index);
-    if ((row + first) % 2 != 0) continue;  // the line lies between two nozzles
-    // How far down the pass the line lies when the pass comes by for the last time.
+    if ((row + first) % 2 != 0) continue;  // the line is between two nozzles
+    // How far down the pass the line is when the pass comes by for the last time.
     const std::uint32_t last =
         (row + passes.BandLines() * passes.count - first) % passes.BandLines();
     best = std::min(best, last < passes.wholeLines ? PhaseReach::kWhole : PhaseReach::kPart);

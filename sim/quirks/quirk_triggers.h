@@ -1,5 +1,5 @@
-// Counts what goes by at the printer's border and finds the quirks that are triggered. Each is
-// used up on its own, so any number of them act at once.
+// Counts what crosses the printer's border and finds the quirks that are triggered. Each is used up
+// on its own, so any number of them act at once.
 #ifndef QRN_SIM_QUIRKS_QUIRK_TRIGGERS_H_
 #define QRN_SIM_QUIRKS_QUIRK_TRIGGERS_H_
 
@@ -14,7 +14,7 @@ class QuirkTriggers {
  public:
   explicit QuirkTriggers(QuirkScript script) : script_(std::move(script)) {}
 
-  // The clock stands at `nowMs`; the first call begins the session.
+  // It is `nowMs` now; the first call begins the session.
   void PassTime(std::uint32_t nowMs);
   // The host writes a command packet of this message, or data, which belong to the message before.
   // `swath`: the one that the message is of; 0 = none.

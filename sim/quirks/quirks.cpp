@@ -14,7 +14,7 @@ using Kind = Quirk::Kind;
 using Trigger = Quirk::Trigger;
 using Words = std::vector<std::string>;
 
-// ---- The table: what each kind heeds, and where the printer acts on it ----
+// ---- The table: what each kind uses, and where the printer acts on it ----
 
 struct KindRule {
   const char* name;
@@ -59,10 +59,12 @@ static_assert(InOrder(), "a kind is the place of its rule");
 constexpr std::uint32_t kPacketWordsMax = 47, kWordsMax = 4000;
 
 struct Field {
+  using Setter = void (*)(Quirk& quirk, std::uint32_t number);
+
   const char* name;
-  std::uint32_t min, max;                           // of a number
-  Words words;                                      // else the value is the place of one of these
-  void (*set)(Quirk& quirk, std::uint32_t number);  // null: what is to be said
+  std::uint32_t min = 0, max = 0;  // of a number
+  Words words = {};                // else the value is the place of one of these
+  Setter set = nullptr;            // null: what is to be said
 };
 
 template <auto kField>
@@ -76,46 +78,46 @@ void SetTrigger(Quirk& quirk, std::uint32_t number) {
   quirk.at = number;
 }
 
+Field Number(const char* name, std::uint32_t min, std::uint32_t max, Field::Setter set) {
+  return {.name = name, .min = min, .max = max, .set = set};
+}
+
+Field OneOf(const char* name, Field::Setter set, const Words& words) {
+  return {.name = name, .words = words, .set = set};
+}
+
 const std::vector<Field>& Fields() {
   static const std::vector<Field> fields = {
-      // The triggers; "trigger" in the table stands for all of them.
-      {"at", 1, UINT32_MAX, {}, SetTrigger<Trigger::kSwath>},
-      {"msg", 1, UINT32_MAX, {}, SetTrigger<Trigger::kMessage>},
-      {"write", 1, UINT32_MAX, {}, SetTrigger<Trigger::kWrite>},
-      {"read", 1, UINT32_MAX, {}, SetTrigger<Trigger::kRead>},
-      {"byte", 1, UINT32_MAX, {}, SetTrigger<Trigger::kByte>},
-      {"t", 0, kQuirkMsMax, {}, SetTrigger<Trigger::kTime>},
+      // The triggers; "trigger" in the table means all of them.
+      Number("at", 1, UINT32_MAX, SetTrigger<Trigger::kSwath>),
+      Number("msg", 1, UINT32_MAX, SetTrigger<Trigger::kMessage>),
+      Number("write", 1, UINT32_MAX, SetTrigger<Trigger::kWrite>),
+      Number("read", 1, UINT32_MAX, SetTrigger<Trigger::kRead>),
+      Number("byte", 1, UINT32_MAX, SetTrigger<Trigger::kByte>),
+      Number("t", 0, kQuirkMsMax, SetTrigger<Trigger::kTime>),
       // Numbers.
-      {"count", 1, kQuirkCountMax, {}, Set<&Quirk::count>},
-      {"ms", 1, kQuirkMsMax, {}, Set<&Quirk::ms>},
-      {"held-ms", 1, kQuirkMsMax, {}, Set<&Quirk::heldMs>},
-      {"status", 0, 0xFFFF, {}, Set<&Quirk::status>},
-      {"error", 1, 0xFFFF, {}, Set<&Quirk::error>},
-      {"first", 0, 1, {}, Set<&Quirk::first>},
-      {"held", 0, 1, {}, Set<&Quirk::held>},
-      {"gone", 0, 1, {}, Set<&Quirk::gone>},
-      {"long", 0, 1, {}, Set<&Quirk::longPath>},
+      Number("count", 1, kQuirkCountMax, Set<&Quirk::count>),
+      Number("ms", 1, kQuirkMsMax, Set<&Quirk::ms>),
+      Number("held-ms", 1, kQuirkMsMax, Set<&Quirk::heldMs>),
+      Number("status", 0, 0xFFFF, Set<&Quirk::status>),
+      Number("error", 1, 0xFFFF, Set<&Quirk::error>),
+      Number("first", 0, 1, Set<&Quirk::first>),
+      Number("held", 0, 1, Set<&Quirk::held>),
+      Number("gone", 0, 1, Set<&Quirk::gone>),
+      Number("long", 0, 1, Set<&Quirk::longPath>),
       // Words, in the order of their types.
-      {"on",
-       0,
-       0,
-       {"any", "connect", "create", "swath", "end", "cancel", "poll", "query", "test"},
-       Set<&Quirk::on>},
-      {"update", 0, 0, {"none", "same", "db", "calib", "short"}, Set<&Quirk::update>},
-      {"form",
-       0,
-       0,
-       {"kind", "random", "words", "short", "empty", "split", "overlong", "restart"},
-       Set<&Quirk::form>},
-      {"where", 0, 0, {"any", "packet", "data"}, Set<&Quirk::where>},
-      {"back", 0, 0, {"same", "other", "held"}, Set<&Quirk::back>},
-      {"case", 0, 0, {"upper", "lower", "mixed"}, Set<&Quirk::spelling>},
-      {"defect",
-       0,
-       0,
-       {"signature", "short", "head", "resolution", "width", "selector", "calib", "ink", "feather"},
-       Set<&Quirk::defect>},
-      {"words", 0, 0, {}, nullptr},
+      OneOf("on", Set<&Quirk::on>,
+            {"any", "connect", "create", "swath", "end", "cancel", "poll", "query", "test"}),
+      OneOf("update", Set<&Quirk::update>, {"none", "same", "db", "calib", "short"}),
+      OneOf("form", Set<&Quirk::form>,
+            {"kind", "random", "words", "short", "empty", "split", "overlong", "restart"}),
+      OneOf("where", Set<&Quirk::where>, {"any", "packet", "data"}),
+      OneOf("back", Set<&Quirk::back>, {"same", "other", "held"}),
+      OneOf("case", Set<&Quirk::spelling>, {"upper", "lower", "mixed"}),
+      OneOf("defect", Set<&Quirk::defect>,
+            {"signature", "short", "head", "resolution", "width", "selector", "calib", "ink",
+             "feather"}),
+      {.name = "words"},
   };
   return fields;
 }
@@ -192,12 +194,12 @@ bool ParseSaidPacket(const std::string& text, SaidPacket* packet) {
 std::string TakeSaid(const std::string& text, Quirk* quirk) {
   for (const std::string& part : Split(text, '/')) {
     if (!ParseSaidPacket(part, &quirk->words.emplace_back()))
-      return "'" + part + "' is no packet of words";
+      return "'" + part + "' is not a packet of words";
   }
   return "";
 }
 
-// What a kind says of one of its fields.
+// What a kind says about one of its fields.
 struct Use {
   const Field* field = nullptr;
   bool needed = false;
@@ -262,7 +264,7 @@ std::string TakeField(const std::vector<Use>& uses, const std::string& text, Qui
   }
   const std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
   if (!why.empty()) return why;
-  if (!named->insert(name).second) return name + " stands there twice";
+  if (!named->insert(name).second) return name + " is given twice";
   if (IsTrigger(*use->field) && !named->insert("a trigger").second)
     return name + " is a second trigger";
   return "";

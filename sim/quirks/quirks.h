@@ -25,11 +25,11 @@ enum class Message {
 // correction, another feed calibration, or one cut short.
 enum class Update { kNone, kSame, kCorrection, kCalibration, kShort };
 enum class Garbage {
-  kKind,      // in front of the reply: a packet of no known chunk kind
-  kRandom,    // in front of it: a reply of random bytes
-  kWords,     // in front of it: a packet that announces more words than it holds
+  kKind,      // before the reply, a packet of no known chunk kind
+  kRandom,    // before the reply, one of random bytes
+  kWords,     // before the reply, a packet that announces more words than it holds
   kShort,     // the reply ends after its code
-  kEmpty,     // a reply of no words in front of the reply
+  kEmpty,     // before the reply, one of no words
   kSplit,     // the reply in pieces of four bytes: first, middle, last
   kOverlong,  // the reply goes on, with zeros, past 3000 bytes
   kRestart,   // a reply that begins, breaks off and begins again
@@ -104,7 +104,7 @@ struct Quirk {
   Back back = Back::kSamePath;
   PathCase spelling = PathCase::kUpper;
   Defect defect = Defect::kSignature;
-  bool first = false;     // in front of the other printer, or of the reply
+  bool first = false;     // before the other printer, or before the reply
   bool held = false;      // the second printer
   bool gone = false;      // the job that is cancelled
   bool longPath = false;  // more than 255 characters
@@ -114,8 +114,8 @@ struct Quirk {
 using QuirkScript = std::vector<Quirk>;
 
 // A quirk costs a job at most this much: the driver comes back within three seconds, so that 1000
-// times make an hour. A script of a hundred quirks stays below the seven days after which virtual
-// time gives a job up.
+// times make an hour. A script of 100 quirks stays below the seven days after which virtual time
+// gives a job up.
 constexpr std::uint32_t kQuirkCountMax = 1000;
 constexpr std::uint32_t kQuirkMsMax = 3'600'000;
 

@@ -196,7 +196,7 @@ void SimPlatform::ThreadTerminate(ThreadHandle thread) {
   std::unique_lock lock(mutex_);
   Thread& target = *threads_[thread];
   if (target.ended) return;
-  // It runs once more, alone, only to leave; then this thread goes on at the same moment.
+  // It runs once more, alone, only to leave; then this thread goes on at the same time.
   Thread& self = Current();
   target.killed = true;
   running_ = &target;

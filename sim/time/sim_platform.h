@@ -1,7 +1,7 @@
 // Virtual time: one thread of the library runs at a time, chosen by a seeded scheduler, and the
-// clock jumps to the earliest waiter. A wait of thirty seconds costs nothing, and a seed gives a
-// run again to the byte. Threads switch where the library waits: in sleeps, transfers, boxes and
-// when a thread is released, and nowhere else. The thread that constructs it is the host's thread.
+// clock jumps to the earliest waiter. A wait of thirty seconds costs nothing, and a seed repeats a
+// run to the byte. Threads switch where the library waits: in sleeps, transfers, boxes and when a
+// thread is released, and nowhere else. The thread that constructs it is the host's thread.
 #ifndef QRN_SIM_TIME_SIM_PLATFORM_H_
 #define QRN_SIM_TIME_SIM_PLATFORM_H_
 
@@ -31,7 +31,7 @@ struct SimOptions {
 };
 
 // Thrown on the host's thread, through the library, when virtual time passes its limit. What the
-// library had begun is left as it stands: after that only the platform's destructor may follow.
+// library had begun is left as it is: after that only the platform's destructor may follow.
 class TimeLimitPassed : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

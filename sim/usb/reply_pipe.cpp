@@ -17,8 +17,8 @@ constexpr std::size_t kOverlongBytes = 3200;  // more than a host has room for
 constexpr std::uint16_t kUnknownKind = 0xF003;
 constexpr std::uint16_t kTooManyWords = 49;  // a packet has room for 48
 
-std::int32_t Until(std::uint32_t momentMs, std::uint32_t nowMs) {
-  return static_cast<std::int32_t>(momentMs - nowMs);
+std::int32_t Until(std::uint32_t timeMs, std::uint32_t nowMs) {
+  return static_cast<std::int32_t>(timeMs - nowMs);
 }
 
 }  // namespace
@@ -51,9 +51,9 @@ void ReplyPipe::Send(const Reply& reply, std::uint32_t nowMs) {
   }
 }
 
-// A reply to nothing that the host has asked: it tells that the job is cancelled, so a host that
-// heeds it gives itself away. A host takes whatever answers a buffer query, so what comes in front
-// of that tells of a job that runs and of no room.
+// A reply to a command that the host has not sent. It reports that the job is cancelled, so a host
+// that obeys it gives itself away. A host takes any reply as the answer to a buffer query, so one
+// that comes before that answer reports a running job and no room.
 void ReplyPipe::PushStray(const Reply& reply, std::uint32_t dueMs) {
   const std::uint16_t code = U16(reply.data());
   Reply stray(16);
@@ -76,9 +76,9 @@ void ReplyPipe::PushSaid(const SaidPacket& said, std::uint32_t dueMs) {
   Push(packets, dueMs);
 }
 
-// A reply that is cut short stands in place of the true one, and the host must ask again. What does
-// not look like a reply to the host's message comes in front of it: a host reads on there, for as
-// long as it takes.
+// A reply that is cut short replaces the true one, and the host must ask again. What does not look
+// like a reply to the host's message comes before it: a host then reads on, for as long as it
+// takes.
 void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueMs) {
   Bytes packet = packer_.Pack(reply)[0];  // whose number is not taken back
   switch (form) {
@@ -92,7 +92,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueM
       PutU16(&packet[kFrameWordsAt], kTooManyWords);
       break;
     case Garbage::kEmpty:
-      PutU16(&packet[kFrameKindAt], kOnly);  // else a host would wait for the rest of it
+      PutU16(&packet[kFrameKindAt], kOnly);  // else a host would wait for more of it
       PutU16(&packet[kFrameWordsAt], 0);
       break;
     case Garbage::kShort:

@@ -1,4 +1,4 @@
-// The bulk-in pipe: replies lie in it as packets until the host reads them. What quirks do to
+// The bulk-in pipe: replies wait in it as packets until the host reads them. What quirks do to
 // replies on their way is done here: stray ones before it, corrupt, late and lost ones.
 #ifndef QRN_SIM_USB_REPLY_PIPE_H_
 #define QRN_SIM_USB_REPLY_PIPE_H_
@@ -19,8 +19,8 @@ class ReplyPipe {
   explicit ReplyPipe(QuirkTriggers& triggers) : triggers_(&triggers) {}
 
   void Send(const Reply& reply, std::uint32_t nowMs);
-  // The device was opened anew: what lay in the pipe is lost, and a printer that was silent for
-  // ever speaks again.
+  // The device was opened anew: what was in the pipe is lost, and a printer that was silent for
+  // ever answers again.
   void Reopened();
   // The packet to be read next, null if there is none yet; *lookAgainMs then says when to ask
   // again.

@@ -5,7 +5,7 @@
 namespace qrn::sim {
 namespace {
 
-// A mouse stands in front of the printers.
+// A mouse is listed before the printers.
 constexpr const char* kForeignPath =
     R"(\\?\usb#vid_1c4f&pid_0034#5&2c1e7f2&0&4#{a5dcbf10-6530-11d2-901f-00c04fb951ed})";
 constexpr const char* kIdentifiers = "VID_5E3C&PID_A71D";
@@ -14,8 +14,8 @@ constexpr std::size_t kLongInstance = 300;  // characters; no path of a real sys
 
 constexpr std::uint32_t kErrorFileNotFound = 2, kErrorAccessDenied = 5;
 
-bool Passed(std::uint32_t nowMs, std::uint32_t momentMs) {
-  return static_cast<std::int32_t>(nowMs - momentMs) >= 0;
+bool Passed(std::uint32_t nowMs, std::uint32_t timeMs) {
+  return static_cast<std::int32_t>(nowMs - timeMs) >= 0;
 }
 
 std::string InCase(PathCase wanted, std::string text) {

@@ -1,6 +1,6 @@
-// The USB bus as the host finds it: which devices stand on it under which path, which of them can
-// be opened, and how the printer leaves it and comes back. A second printer that the script asks
-// for is held by another program, or is taken by one as soon as the driver has opened the first it
+// The USB bus as the host finds it: which devices are on it under which path, which of them can be
+// opened, and how the printer leaves it and comes back. A second printer that the script asks for
+// is held by another program, or is taken by one as soon as the driver has opened the first it
 // finds: so the driver always ends up at the printer that it began with.
 #ifndef QRN_SIM_USB_USB_BUS_H_
 #define QRN_SIM_USB_USB_BUS_H_
@@ -20,7 +20,7 @@ class UsbBus {
 
   // Lets the printer leave and come back as is due. True when it has just left.
   bool Look(std::uint32_t nowMs);
-  // Whether the system can list its devices at this moment.
+  // Whether the system can list its devices at present.
   bool Listable() { return triggers_->Use(Quirk::Kind::kListFails) == nullptr; }
   // The path at this place among the devices that are there; null past the end.
   const char* PathAt(std::size_t index) const;

@@ -150,12 +150,12 @@ bool WireReceiver::TakePacket(const std::uint8_t* data, std::size_t bytes,
   if (!CheckChunk(frame, words, kPacketWords)) return false;
   const std::uint8_t* fill = data + kHeaderBytes + 2 * std::size_t{words};
   if (!AllZero(fill, data + kPacketCheckAt))
-    return Fail(Format("packet %u is not zero behind word %u", frame.index, words));
+    return Fail(Format("packet %u is not zero after word %u", frame.index, words));
   Append(frame, data + kHeaderBytes, words, messages);
   return true;
 }
 
-// Up to seven slots. All but the message's last are full; the last ends the write behind its words,
+// Up to seven slots. All but the message's last are full; the last ends the write after its words,
 // unless it is the seventh.
 bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
                              std::vector<WireMessage>* messages) {
@@ -181,7 +181,7 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
                          static_cast<unsigned>(expected)));
     }
     if (!shortGroup && !AllZero(data + used, data + used + kTailBytes)) {
-      return Fail(Format("slot %u is not zero behind word %u", static_cast<unsigned>(slot), words));
+      return Fail(Format("slot %u is not zero after word %u", static_cast<unsigned>(slot), words));
     }
     Append(frame, data + place + kHeaderBytes, words, messages);
     if (last) return true;

@@ -75,7 +75,7 @@ class ReplyPacker {
   std::uint16_t sequence_ = 1;
 };
 
-// Puts replies together again from the packets that a host reads, as a host does.
+// Puts replies together from the packets that a host reads, as a host does.
 class ReplyJoiner {
  public:
   // The reply that ends with this packet of 128 bytes, if one does.

@@ -36,7 +36,7 @@ constexpr T DivUp(T value, T divisor) {
 }
 
 // Truncates toward zero and keeps the low 16 bits, defined for every input (a plain cast is not):
-// values that no 64-bit integer holds, and those that are no number, give 0.
+// values that no 64-bit integer holds, and NaN, give 0.
 constexpr std::uint16_t TruncateLow16(double value) {
   constexpr double kLimit = 9.2e18;
   if (!(value > -kLimit && value < kLimit)) return 0;

@@ -26,7 +26,7 @@ T AddShared(T& field, std::type_identity_t<T> value) {
   return std::atomic_ref<T>(field).fetch_add(value, std::memory_order_acq_rel);
 }
 
-// Replaces `expected` by `value` in one atomic step; false, and nothing changed, when the field
+// Replaces `expected` with `value` in one atomic step; false, and nothing changed, when the field
 // holds something else.
 template <class T>
 bool ExchangeShared(T& field, std::type_identity_t<T> expected, std::type_identity_t<T> value) {

@@ -55,8 +55,8 @@ static_assert(std::is_sorted(std::begin(kCodePage), std::end(kCodePage),
                                return a.character < b.character;
                              }));
 
-// One character of UTF-8 text from the library's own sources; moves `text` past it. Every use is of
-// one to three bytes; a broken sequence is passed over byte by byte.
+// One character of UTF-8 text from the library's own sources; moves `text` past it. Every character
+// in use has one to three bytes; a broken sequence is skipped byte by byte.
 std::uint32_t NextCharacter(const char** text) {
   const auto byteAt = [text](int i) { return static_cast<std::uint8_t>((*text)[i]); };
   const auto continues = [&byteAt](int i) { return (byteAt(i) & 0xC0u) == 0x80u; };

@@ -10,8 +10,7 @@ namespace qrn {
 constexpr std::size_t kErrorCodes = 36;
 constexpr std::size_t kErrorSlotBytes = 256;  // text, terminating zero, zero fill
 
-// Copies the text of a code, in code page 936, to `slot`; codes from 36 on give the text of none,
-// an empty one.
+// Copies the text of a code, in code page 936, to `slot`; codes from 36 on give an empty text.
 void CopyErrorText(std::uint32_t code, bool chinese, char (&slot)[kErrorSlotBytes]);
 
 }  // namespace qrn

@@ -18,8 +18,8 @@ constexpr std::size_t kPathBytes = sizeof(Job::szLogFile);
 constexpr std::uint32_t kFileLineBytes = 2 * kLineBytes;  // at most, each character a line feed
 constexpr int kAttempts = 3;
 
-// Text mode written out, so that the file is the same on every platform: each line feed goes out as
-// CR LF. The bytes put down.
+// Does what text mode does, so that the file is the same on every platform: each line feed becomes
+// CR LF. Returns the number of bytes.
 std::uint32_t EncodeLine(const char* message, char (&bytes)[kFileLineBytes]) {
   std::uint32_t count = 0;
   const auto put = [&bytes, &count](char c) {
@@ -39,8 +39,8 @@ LogLine* ClaimEntry(Job& job) {
   return nullptr;
 }
 
-// How much another thread's line that is under way may leave open in front of this one's place.
-std::uint32_t GapInFrontOf(std::uint32_t place, Job& job, const LogLine* own) {
+// How large a gap before this place another thread may leave with a line that is not written yet.
+std::uint32_t GapBefore(std::uint32_t place, Job& job, const LogLine* own) {
   std::uint32_t gap = 0;
   for (LogLine& entry : job.logLines) {
     if (&entry == own) continue;
@@ -52,7 +52,7 @@ std::uint32_t GapInFrontOf(std::uint32_t place, Job& job, const LogLine* own) {
   return gap;
 }
 
-// Gives the line its place behind all others by one atomic step and writes it there, so that two
+// Gives the line its place after all others by one atomic step and writes it there, so that two
 // threads need no lock. A file that ends where it should not was cut or removed by somebody, and
 // goes on from its end.
 void WriteAtItsPlace(Job& job, LogLine& entry, const char* bytes, std::uint32_t count) {
@@ -62,18 +62,18 @@ void WriteAtItsPlace(Job& job, LogLine& entry, const char* bytes, std::uint32_t 
     StoreShared(entry.place, place);
     StoreShared(entry.bytes, count);
     StoreShared(entry.state, kLogLinePlaced);
-    const std::uint32_t gapMax = GapInFrontOf(place, job, &entry);
+    const std::uint32_t gapMax = GapBefore(place, job, &entry);
     std::uint32_t fileBytes = 0;
     FileWrite written = FileWrite::kFailed;
-    // One that fails must not disturb the job. Where the other thread's line stands behind the
-    // place, it is tried again, so that no hole is left.
+    // A write that fails must not disturb the job. Where the other thread's line comes after this
+    // place, the write is tried again, so that no hole is left.
     for (int write = 0; write < kAttempts && written == FileWrite::kFailed; ++write) {
       written = ThePlatform().FileWriteAt(job.szLogFile, {place, bytes, count}, gapMax, &fileBytes);
       if (written == FileWrite::kFailed && ExchangeShared(job.logBytes, place + count, place))
         return;
     }
     if (written != FileWrite::kShort) return;
-    // Unless the other thread has found the end already.
+    // The log goes on from the file's end, unless the other thread has moved it there already.
     const std::uint32_t next = LoadShared(job.logBytes);
     if (next >= place + count) (void)ExchangeShared(job.logBytes, next, fileBytes);
   }

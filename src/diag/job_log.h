@@ -18,12 +18,12 @@ namespace qrn {
 // Creates the log file of this job and sets szLogFile and bLogOn. Host's thread, at job start.
 void LogOpen(Job& job, const char* directory);
 
-// Appends one line to the log of the current job. `format` is UTF-8 as it stands in the sources; %s
-// takes text that is already in code page 936. A line holds at most 510 bytes, more is cut.
+// Appends one line to the log of the current job. `format` is UTF-8, as in the sources; %s takes
+// text that is already in code page 936. A line holds at most 510 bytes, more is cut.
 void LogPrint(const char* format, ...) QRN_PRINTF_CHECKED(1, 2);
 
-// Puts blanks where a thread that was ended by force had a place and has not written to it. Host's
-// thread, while it is the only one.
+// Fills with blanks a place that a thread which was ended by force had taken and not written to.
+// Host's thread, while it is the only one.
 void LogDropUnwritten(Job& job);
 
 }  // namespace qrn

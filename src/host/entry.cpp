@@ -10,7 +10,7 @@ namespace qrn {
 namespace {
 
 std::uint8_t g_inside = 0;   // shared; 1 = an export is running
-std::uint8_t g_refused = 0;  // shared; 1 = a call was refused that no log tells of yet
+std::uint8_t g_refused = 0;  // shared; 1 = a call was refused that is not logged yet
 
 }  // namespace
 

@@ -8,7 +8,7 @@ namespace qrn {
 
 struct Job;
 
-// Stands at the top of every export that works on the job, for as long as the export runs.
+// Every export that works on the job begins with one, which lives as long as the export runs.
 class Entry {
  public:
   Entry();

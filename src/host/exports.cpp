@@ -83,8 +83,8 @@ int32_t QRN_CDECL EndRipData(void) {
 
 int32_t QRN_CDECL AbortPrint(void) { return 1; }
 
-// One function under two names. Gcc wants to be told that the second throws as little as the first,
-// which clang takes for another function than the header's.
+// One function under two names. GCC wants the second declared nothrow like the first; for clang
+// that is a function other than the header's.
 #ifdef __clang__
 extern "C" int32_t QRN_CDECL ExitPrinter(void) __attribute__((alias("AbortPrint")));
 #else

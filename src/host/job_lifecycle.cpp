@@ -34,7 +34,7 @@ bool JobStart(Job& job) {
 
 void JobEnd(Job& job) {
   WaitSwathQueue(job);
-  (void)CmdExecute(kCmdJobEnd, job);  // a printer that does not take it is left all the same
+  (void)CmdExecute(kCmdJobEnd, job);  // the job ends even when the printer refuses that
   LinkStop(job);
   FreeJobMem(job);
   LogRefusedCalls(job);

@@ -12,8 +12,8 @@ constexpr std::uint32_t kBothHeadsNozzleRows = 2 * kNozzleRows;  // of both head
 constexpr std::uint32_t kNozzles = 180;                          // of a row
 constexpr std::uint32_t kHeadLines = 2 * kNozzles;               // raster lines that a head covers
 
-// Rows of the pass buffers that two heads cover, one below the other: as many lie in front of a new
-// band, and as many move on with it, whatever the band's height is.
+// Rows of the pass buffers that two heads cover, one below the other: as many precede a new band,
+// and as many move on with it, whatever the band's height is.
 constexpr std::uint32_t kBothHeadsRows = 2 * kHeadLines;
 
 // Job::headMask: the heads in use.

@@ -3,9 +3,9 @@
 //
 // Fields marked "shared" are accessed by both threads, through base/shared.h alone. Those marked
 // "transmit thread" and "host's thread" are that thread's alone from link start to link stop. All
-// others are the transmit thread's during the connect exchange and the host's afterwards; what the
-// connect has laid down of printer, mode and geometry, and what was set before the link start, does
-// not change until the job ends, so both read it. docs/threads.md tells more.
+// others are the transmit thread's during the connect exchange and the host's afterwards. What the
+// connect has set of printer, mode and geometry, and what was set before the link start, does not
+// change until the job ends, so both threads read it. docs/threads.md has the details.
 #ifndef QRN_JOB_JOB_H_
 #define QRN_JOB_JOB_H_
 
@@ -34,7 +34,7 @@ struct JobMem {
   std::uint32_t ringStart;             // place in the ring where the band's window begins
 };
 
-// A line of the log between taking its place in the file and standing there.
+// A line of the log that is under way: it takes its place in the file, then it is written.
 enum LogLineState : std::uint8_t { kLogLineNone = 0, kLogLineClaimed = 1, kLogLinePlaced = 2 };
 struct LogLine {
   std::uint8_t state;   // shared: both write and read. LogLineState
@@ -43,7 +43,7 @@ struct LogLine {
 };
 
 struct Job {
-  // Command mailbox. cmdPkt is sent as it stands. nCmdState says whose it is: the poster's while it
+  // Command mailbox. cmdPkt is sent as it is. nCmdState says whose it is: the poster's while it
   // builds, then the transmit thread's until the command is settled.
   std::uint8_t cmdPkt[kCommandBytes];
   std::uint8_t nCmdState;  // shared: both write and read. CommandState
@@ -128,7 +128,7 @@ struct Job {
   std::uint8_t twoHeadCarriage;
   std::uint8_t dualHead;  // both heads print
   std::uint8_t headType;
-  std::uint8_t headMirror;  // nozzle rows stand in the opposite order
+  std::uint8_t headMirror;  // nozzle rows are in the opposite order
   std::uint8_t featherPercent;
   std::uint8_t featherRows;  // feathered nozzles of a row, 0..90
   std::uint8_t passDir;      // direction of the pass being converted
@@ -145,7 +145,7 @@ struct Job {
   std::uint16_t historyRows;  // window line at which a new band starts; raster/pass_rows.h
   std::uint16_t bandLine;     // lines of the current band taken in
   std::uint16_t maxPrintMm;
-  std::uint16_t marginDots;  // dots at nResX in front of the image
+  std::uint16_t marginDots;  // dots at nResX before the image
   std::uint16_t nResX, nResY;
   std::uint16_t swathH;      // lines per band
   std::uint16_t checkRows;   // window lines that the blank-pass test looks at

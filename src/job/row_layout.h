@@ -1,11 +1,11 @@
-// How the rows of a pass buffer lie in memory. A row holds one line of one colour, its pixels
-// deinterleaved by phase, so that a pass reads one contiguous run of it:
+// How the rows of a pass buffer are laid out in memory. A row holds one line of one colour, its
+// pixels deinterleaved by phase, so that a pass reads one contiguous run of it:
 //
 //   run of phase 0, run of phase 1, ..   columns x 2 bits, first column in the lowest bits of the
 //                                        first byte, zeros up to a multiple of 16 bytes
 //   tail                                 the host's bytes after the last whole group
 //
-// The buffer has the runs of phase 0 of all rows first, so that those of a pass lie close together,
+// The buffer has the runs of phase 0 of all rows first, so that those of a pass are close together,
 // then those of phase 1, and so on; then the tails, one line of scratch and the occupancy.
 //
 // Every run is cut into parts of 256 bytes. One occupancy byte for each part, and one for the tail,

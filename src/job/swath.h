@@ -44,7 +44,7 @@ enum SwathState : std::uint8_t {
 struct Swath {
   // shared: both write and read. SwathState: host filling, ready; transmit thread sending, free
   std::uint8_t state;
-  SwathHeader header;        // owned by whoever the state names, and so is the rest
+  SwathHeader header;        // owned by whoever the state names, like what follows
   std::uint32_t dataSize;    // bytes of pSwathData that travel; 0 = feed only
   std::uint8_t* pSwathData;  // printOutBufSize bytes
 };

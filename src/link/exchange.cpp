@@ -89,8 +89,8 @@ Attempt TakeReply(Job& job, const Message& message, std::uint32_t startMs) {
   }
 }
 
-// A swath is given up when the job stops. One that only feeds the paper has its first attempt all
-// the same.
+// A swath is given up when the job stops. One that only feeds the paper still gets its first
+// attempt.
 bool IsGivenUp(Job& job, const Message& message, bool repeated) {
   return message.Code() == kCmdSwath && (message.dataBytes != 0 || repeated) &&
          IsStopRequested(job);

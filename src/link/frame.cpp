@@ -28,7 +28,7 @@ ChunkKind ChunkKindOf(std::uint32_t index, std::uint32_t count, std::uint32_t re
 FrameHeader MessageHeader(std::uint16_t type, std::uint16_t sequence, std::uint32_t words,
                           std::uint32_t max) {
   FrameHeader header{};
-  std::copy(std::begin(kFrameMarks), std::end(kFrameMarks), header.marks);
+  std::copy(std::begin(kFrameStart), std::end(kFrameStart), header.start);
   header.type = type;
   header.sequence = sequence;
   header.chunkCount = Low16(words / max + (words % max != 0 ? 1u : 0u));
@@ -38,7 +38,7 @@ FrameHeader MessageHeader(std::uint16_t type, std::uint16_t sequence, std::uint3
 }
 
 void EncodeFrame(const FrameHeader& header, std::uint8_t* bytes) {
-  for (std::size_t i = 0; i < std::size(header.marks); ++i) PutU16(bytes + 2 * i, header.marks[i]);
+  for (std::size_t i = 0; i < std::size(header.start); ++i) PutU16(bytes + 2 * i, header.start[i]);
   PutU16(bytes + offsetof(FrameHeader, type), header.type);
   PutU16(bytes + offsetof(FrameHeader, kind), header.kind);
   PutU16(bytes + offsetof(FrameHeader, sequence), header.sequence);

@@ -1,4 +1,4 @@
-// The frame that goes in front of every chunk on the USB link. All words are little-endian; lengths
+// The frame header that precedes every chunk on the USB link. All words are little-endian; lengths
 // count 16-bit words. Plain data and arithmetic; any thread.
 #ifndef QRN_LINK_FRAME_H_
 #define QRN_LINK_FRAME_H_
@@ -19,13 +19,13 @@ enum ChunkKind : std::uint16_t {
   CHUNK_ONLY = 0xF008,
 };
 
-constexpr std::uint16_t kFrameMarks[7] = {0xABCD, 0xEC38, 0xB92B, 0x7CAE, 0x9899, 0xC2F0, 0xDC35};
+constexpr std::uint16_t kFrameStart[7] = {0xABCD, 0xEC38, 0xB92B, 0x7CAE, 0x9899, 0xC2F0, 0xDC35};
 constexpr std::uint16_t kFrameTypeCmm = 0x0BAA;
 constexpr std::uint16_t kFrameTypeData = 0x85B5;
 
 // Sixteen words; the wire carries them in this order.
 struct FrameHeader {
-  std::uint16_t marks[7];    // 0  kFrameMarks
+  std::uint16_t start[7];    // 0  kFrameStart
   std::uint16_t type;        // 14 kFrameTypeCmm or kFrameTypeData
   std::uint16_t kind;        // 16 ChunkKind
   std::uint16_t sequence;    // 18 number of the message

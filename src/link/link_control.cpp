@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t kStopGraceMs = 1000;
 constexpr int kStopPollsMax = 202;
 
-// What the link tells of itself: two numbers and a flag, for the log.
+// What the link logs about itself: two numbers and a flag.
 constexpr unsigned kLinkInfoA = 3, kLinkInfoB = 0;
 constexpr std::uint8_t kLinkInfoOk = 1;
 

@@ -17,8 +17,8 @@ constexpr std::uint32_t kWaitGrowthMs = 1000;
 constexpr std::uint32_t kLastWaitMs = 8000;
 constexpr std::uint32_t kSettleMs = 200;  // between an open and the answer test
 
-// Keeps what earlier tests received: a packet of no known kind leaves it, and the printer has
-// answered all the same.
+// Keeps what earlier tests received: a packet of no known kind leaves it unchanged and counts as an
+// answer.
 std::uint8_t g_testReply[1500];
 
 bool TryOnce(Job& job) {

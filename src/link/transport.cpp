@@ -16,8 +16,7 @@ constexpr int kUnknownPacketLogged = 4;
 std::uint8_t g_staging[kGroupSlots * kSlotBytes];
 std::uint8_t g_received[kPacketBytes];
 
-// Number of the next message. One for the library's life: it counts the messages that went out
-// completely.
+// Number of the next message. It outlives jobs and counts the messages that went out completely.
 std::uint16_t g_sequence = 1;
 
 std::uint32_t IoHoldBegin() { return ThePlatform().TickMs(); }
@@ -36,7 +35,7 @@ bool UsbReadPacket(DeviceHandle device) {
   return done;
 }
 
-// Builds one slot and returns the bytes of it in front of its zero tail.
+// Builds one slot and returns the number of its bytes before the zero tail.
 std::uint32_t BuildSlot(std::uint8_t* slot, const FrameHeader& header, const std::uint8_t* data,
                         std::uint32_t words) {
   EncodeFrame(header, slot);
@@ -92,8 +91,8 @@ int UsbSendData(DeviceHandle device, const std::uint8_t* message, std::uint32_t 
       return 0;
     }
   }
-  const std::uint32_t rest = built % kGroupSlots;
-  if (rest != 0 && !UsbWritePipe(device, g_staging, ((rest - 1) * kSlotBytes + lastUsed) / 2)) {
+  const std::uint32_t left = built % kGroupSlots;
+  if (left != 0 && !UsbWritePipe(device, g_staging, ((left - 1) * kSlotBytes + lastUsed) / 2)) {
     LogPrint("Last数据发送异常:%d/%d\n", static_cast<int>(built), header.chunkCount);
     return 0;
   }
@@ -133,7 +132,7 @@ int LinkRecv(Job& job, std::uint8_t* reply, std::uint32_t capacity, std::uint32_
     } else {
       LogPrint("REC溢出\r\n");
     }
-    // An endless reply must not come round to the start.
+    // The length of an endless reply must not wrap.
     fill = fill + payload < fill ? UINT32_MAX : fill + payload;
     if (ends) {
       *replyBytes = fill;

@@ -11,7 +11,7 @@
 
 namespace qrn {
 
-// Sends bytes / 2 words (an odd last byte stays behind) as one message of type kTypeCmm or
+// Sends bytes / 2 words (an odd last byte is not sent) as one message of type kTypeCmm or
 // kTypeData. 0 at the first failed write; 1 otherwise, also for an unknown type, of which nothing
 // is sent.
 [[nodiscard]] int LinkSend(DeviceHandle device, const std::uint8_t* message, std::uint32_t bytes,

@@ -8,13 +8,13 @@ namespace qrn {
 void CalcHeadGeometry(Job& job) {
   const std::uint32_t passes = job.passCount;
   job.marginDots = Low16(job.nResX * 640u / 254u);  // 64 mm
-  // The heads hang 140 mm apart; the printer corrects that by columns.
+  // The heads are 140 mm apart; the printer corrects that by columns.
   job.headGapX = Low16(job.nResX * 1400u / 254u / passes +
                        GetPrinterParams().bytes[kParamHeadGapXAt + job.resIdx]);
   if (job.twoHeadCarriage == 1 && job.singleHead == kSinglePhb)
     job.marginDots = Low16(passes * job.headGapX + job.marginDots);
 
-  // Neighbouring nozzle rows are 53/600 and 180/600 inch apart, in turns.
+  // Neighbouring nozzle rows are 53/600 and 180/600 inch apart, alternately.
   const double sixHundredths = static_cast<double>(passes) * 600.0;
   const double gapMin = job.nResX * 53 / sixHundredths;
   const double gapMax = job.nResX * 180 / sixHundredths;

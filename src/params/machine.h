@@ -1,4 +1,4 @@
-// What the parameter block says of the machine: heads, carriage, boards, alignment. Transmit
+// What the parameter block says about the machine: heads, carriage, boards, alignment. Transmit
 // thread, within the connect processing.
 #ifndef QRN_PARAMS_MACHINE_H_
 #define QRN_PARAMS_MACHINE_H_
@@ -7,7 +7,7 @@
 
 namespace qrn {
 
-// Takes and logs everything that must stand before the image can be judged; false when the
+// Takes and logs everything that must be known before the image can be checked; false when the
 // resolution cannot be printed.
 [[nodiscard]] bool TakeMachine(Job& job);
 

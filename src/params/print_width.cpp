@@ -7,9 +7,9 @@
 namespace qrn {
 namespace {
 
-// What the carriage itself takes of its travel, and a carriage with places for more heads on top.
+// What the carriage itself takes up of its travel, and what one for two heads takes up in addition.
 constexpr std::uint32_t kCarriageMm = 195, kTwoHeadsMm = 60;
-constexpr std::uint32_t kUntoldTravelMm = 2150;  // of a block that holds 0
+constexpr std::uint32_t kDefaultTravelMm = 2150;  // of a block that holds 0
 
 }  // namespace
 
@@ -18,7 +18,7 @@ bool CheckPrintWidth(Job& job) {
   if (params.bytes[kParamNoMarginAt] != 0) PutU16(params.bytes + kParamMarginAt, 0);
   const std::uint32_t travel600 = params.Long(kParamTravelAt);
   const std::uint32_t margin = params.Word(kParamMarginAt);
-  const std::uint32_t travelMm = travel600 != 0 ? travel600 * 254u / 6000u : kUntoldTravelMm;
+  const std::uint32_t travelMm = travel600 != 0 ? travel600 * 254u / 6000u : kDefaultTravelMm;
   const std::uint32_t reserveMm =
       margin * 1016u / 6000u + kCarriageMm + (job.carriageHeads != 0 ? kTwoHeadsMm : 0u);
   job.maxPrintMm = travelMm > reserveMm ? Low16(travelMm - reserveMm) : std::uint16_t{0};

@@ -33,7 +33,7 @@ struct FilePart {
 
 enum class FileWrite {
   kWritten,
-  kShort,   // the file ends too far in front of the place; nothing was written
+  kShort,   // the file ends too far before the place; nothing was written
   kFailed,  // it cannot be opened or written
 };
 
@@ -65,9 +65,9 @@ class Platform {
   // Starts `procedure(argument)` on a new thread. 0 when that fails.
   virtual ThreadHandle ThreadStart(void (*procedure)(void*), void* argument) = 0;
   virtual void ThreadRaisePriority(ThreadHandle thread) = 0;  // the highest normal level
-  // Ends a thread by force: asked to, it leaves at its next sleep, transfer or box; only one that
-  // is held in one of these for longer is ended where it stands. When this returns, it executes no
-  // further step of the library. Release it afterwards.
+  // Ends a thread by force. It is asked to leave and does so at its next sleep, transfer or box;
+  // only one that is held in one of these for longer is stopped where it is. When this returns, it
+  // executes no further step of the library. Release it afterwards.
   virtual void ThreadTerminate(ThreadHandle thread) = 0;
   // Waits until a thread that has done its work is gone, ends it by force if that takes too long,
   // and gives its handle back.
@@ -81,8 +81,8 @@ class Platform {
   // Makes an empty file, or empties the one that is there.
   virtual bool FileCreate(const char* path) = 0;
   // Writes at a place of a file by one call of the system; nothing stays open, LastError() stays as
-  // it is, and a file that is gone is made anew. One that ends more than `gapMaxBytes` before the
-  // place is left alone; *fileBytes then says where it ends.
+  // it is, and a file that is gone is created again. One that ends more than `gapMaxBytes` before
+  // the place is left alone; *fileBytes then says where it ends.
   virtual FileWrite FileWriteAt(const char* path, const FilePart& part, std::uint32_t gapMaxBytes,
                                 std::uint32_t* fileBytes) = 0;
 };

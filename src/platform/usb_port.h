@@ -9,7 +9,7 @@
 
 namespace qrn {
 
-// What became of one step of a transfer.
+// The outcome of one step of a transfer.
 struct UsbStep {
   enum State {
     kDone,    // the transfer is complete
@@ -26,10 +26,10 @@ class UsbPort {
  public:
   virtual ~UsbPort() = default;
 
-  // False: the system cannot list its devices at all at this moment.
+  // False: the system cannot list its devices at present.
   virtual bool Listable(std::uint32_t nowMs) = 0;
-  // Device path at this place of the list; nullptr past its end. "" stands for an interface whose
-  // details cannot be read. Valid until the next call of the port.
+  // Device path at this place of the list; nullptr past its end. "" is an interface whose details
+  // cannot be read. Valid until the next call of the port.
   virtual const char* PathAt(std::uint32_t index, std::uint32_t nowMs) = 0;
   // A handle above 0, or 0 when the path cannot be opened (absent, or held by another program);
   // *error then says why.

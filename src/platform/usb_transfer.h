@@ -26,7 +26,7 @@ bool CompleteTransfer(Waiting waiting, Step step) {
       waiting.SetError(result.state == UsbStep::kFailed ? result.value : 0);
       return result.state == UsbStep::kDone;
     }
-    // A moment in the past is one that has come.
+    // A time in the past has come.
     const auto aheadMs = static_cast<std::int32_t>(result.value - now);
     waiting.WaitMs(static_cast<std::uint32_t>(std::max(aheadMs, 1)));
   }

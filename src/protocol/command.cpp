@@ -23,7 +23,7 @@ constexpr std::uint32_t kPausePollMs = 1500;
 std::uint32_t nLastPollTick = 0;
 
 // Fills the body for a code; false when the code is no command of the mailbox. Commands without a
-// body of their own leave what the one before left.
+// body of their own keep that of the command before.
 bool BuildBody(std::uint32_t code, Job& job) {
   std::uint8_t* body = job.cmdPkt + kPacketBodyAt;
   switch (code) {

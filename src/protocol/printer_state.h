@@ -1,5 +1,5 @@
-// What the printer says of the job's state: pause, cancel, and the parameters that it sends along.
-// Transmit thread.
+// What the printer says about the job's state: pause, cancel, and the parameters that it sends
+// along. Transmit thread.
 #ifndef QRN_PROTOCOL_PRINTER_STATE_H_
 #define QRN_PROTOCOL_PRINTER_STATE_H_
 

@@ -1,4 +1,4 @@
-// What the printer answers, and what the job makes of it. Transmit thread only.
+// What the printer answers, and what that means for the job. Transmit thread only.
 #ifndef QRN_PROTOCOL_REPLY_H_
 #define QRN_PROTOCOL_REPLY_H_
 

@@ -10,9 +10,9 @@ std::uint16_t ReplyWord(const std::uint8_t* reply, std::uint32_t bytes, std::uin
 
 ReplyRec DecodeReply(const std::uint8_t* reply, std::uint32_t bytes) {
   const auto word = [reply, bytes](std::uint32_t at) { return ReplyWord(reply, bytes, at); };
-  const bool tellsState = bytes >= offsetof(ReplyRec, status);
+  const bool reportsState = bytes >= offsetof(ReplyRec, status);
   return {word(offsetof(ReplyRec, code)), word(offsetof(ReplyRec, ok)),
-          tellsState ? word(offsetof(ReplyRec, sub)) : std::uint16_t{kJobUntold},
+          reportsState ? word(offsetof(ReplyRec, sub)) : std::uint16_t{kJobUnreported},
           word(offsetof(ReplyRec, status))};
 }
 

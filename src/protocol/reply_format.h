@@ -29,8 +29,8 @@ std::uint16_t ReplyWord(const std::uint8_t* reply, std::uint32_t bytes, std::uin
 
 // Job states in replies.
 enum JobState : std::uint16_t {
-  kJobGone = 0,    // the operator cancelled
-  kJobUntold = 1,  // says nothing
+  kJobGone = 0,        // the operator cancelled
+  kJobUnreported = 1,  // says nothing
   kJobCancelled = 2,
   kJobPaused = 3,
   kJobResumed = 4,

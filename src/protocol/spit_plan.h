@@ -1,5 +1,5 @@
 // Flash jetting: after some passes the heads fire at the flash station to keep their nozzles open.
-// The requests ride on swaths. Transmit thread.
+// The requests travel in swath headers. Transmit thread.
 #ifndef QRN_PROTOCOL_SPIT_PLAN_H_
 #define QRN_PROTOCOL_SPIT_PLAN_H_
 

@@ -13,8 +13,8 @@
 namespace qrn {
 namespace {
 
-// Enters one nozzle row of curColor, bit and column as they were located. A row without a bit is
-// not there.
+// Enters one nozzle row of curColor, bit and column as they were located. A row without a bit does
+// not exist.
 void EnterRow(const Job& job, ConvertParams& params, std::uint32_t head, std::uint8_t rowBit,
               std::uint16_t column, std::uint32_t firstLine) {
   if (rowBit == 0) return;

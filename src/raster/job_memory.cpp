@@ -42,7 +42,7 @@ void ReleaseOutBuffers(Job& job) {
   job.printOutBufSize = 0;
 }
 
-// The log keeps the size that the lines as such have; ends of runs and occupancy come on top.
+// The logged size is that of the lines alone, without the padding of runs and the occupancy.
 bool ObtainPassBuffers(Job& job, std::uint64_t linesBytes) {
   const std::uint64_t bytes = PassBufferBytes(job.Mem.layout);
   for (std::uint32_t color = 0; color < kColors; ++color) {
@@ -72,7 +72,7 @@ bool ObtainFeatherRuns(Job& job) {
   return true;
 }
 
-// Scratch that is present is as the last pass has left it, and so in order.
+// Scratch that is present is as the last pass left it, and the next pass can start from that.
 bool ObtainConvertScratch(Job& job) {
   if (job.Mem.pConvertScratch != nullptr) return true;
   if (!Obtain(&job.Mem.pConvertScratch, kConvertScratchBytes)) {

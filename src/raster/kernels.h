@@ -50,7 +50,7 @@ struct Kernel {
                            std::uint8_t* runs, std::size_t runsApart);
   // Aligns the runs of eight nozzles into one nozzle row of their jets, 2 x kJetBytes apart: byte i
   // of a row is the eight bits from bit `shift` (0, 2, 4, 6) of run byte i on. Reads
-  // kStripReadBytes of each run; a null run is left out. add: to what is there, in place of
+  // kStripReadBytes of each run; a null run is left out. add: adds to what is there instead of
   // replacing it.
   void (*align)(const std::uint8_t* const (&runs)[kGroupNozzles], unsigned shift,
                 std::uint8_t* rows, bool add);
@@ -63,7 +63,7 @@ struct Kernel {
   void (*stream)(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes);
 };
 
-// Those that every machine runs which this build is for; best first, plain last.
+// The kernels that every machine of this build can run; best first, plain last.
 std::span<const Kernel* const> Kernels();
 
 // The one in use: the best, unless a test or a measurement has chosen.

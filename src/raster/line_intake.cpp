@@ -11,7 +11,7 @@ namespace qrn {
 namespace {
 
 constexpr int kFlushCyclesSingle = 4;
-constexpr int kFlushCyclesDual = 5;  // the lines of PHA still have PHB's way before them
+constexpr int kFlushCyclesDual = 5;  // PHA's lines still have to pass PHB
 
 bool IsLineUsable(const Job& job, std::uint32_t color, const std::uint8_t* line) {
   return color < job.nColors && color < kColors && line != nullptr;

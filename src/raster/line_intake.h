@@ -1,5 +1,5 @@
-// Line intake: stores host lines in the pass buffers, hands every complete band on and drains the
-// rest at the end. Host's thread, inside the exports.
+// Line intake: stores host lines in the pass buffers, hands every complete band on and drains what
+// is left at the end. Host's thread, inside the exports.
 #ifndef QRN_RASTER_LINE_INTAKE_H_
 #define QRN_RASTER_LINE_INTAKE_H_
 

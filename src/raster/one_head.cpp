@@ -16,8 +16,8 @@ std::uint32_t DirectionOf(const Job& job, std::uint32_t passIndex) {
 
 enum class Met { kNever, kInPart, kWhole };
 
-// How the two passes of a phase meet a line of the band. It comes in after the history and moves up
-// a band at a time, as far as it is carried on.
+// How the two passes of a phase meet a line of the band. The line comes in after the history and
+// moves up a band at a time, as far as it is carried on.
 Met MetByPhase(const Job& job, std::uint32_t phase, std::uint32_t line) {
   Met best = Met::kNever;
   for (std::uint32_t row = job.historyRows + line;; row -= job.swathH) {
@@ -36,8 +36,8 @@ struct Extent {
   int notPrinted, inPart;
 };
 
-// Bands may be higher than what a pass prints whole, for the step is rounded up, and may come in
-// further down than lines are carried on.
+// Bands may be higher than what a pass prints whole, because the step is rounded up, and may come
+// in further down than lines are carried on.
 Extent ExtentOf(const Job& job) {
   Extent extent{};
   for (std::uint32_t line = 0; line < job.swathH; ++line) {
@@ -62,7 +62,7 @@ void WarnOfUnprintedLines(const Job& job) {
              static_cast<int>(kSinglePhases), static_cast<int>(gridDots));
   }
   // With an even step all passes start on even rows, and a nozzle row prints every other row from
-  // there. Only reverse passes reach for the rows between.
+  // there. Only reverse passes take the rows between.
   const bool evenStep = job.passStep % 2 == 0;
   const bool forwardOnly = job.bidirectional != 1 && job.fixedDir == 0;
   const char* const between = job.historyRows % 2 == 0 ? "odd" : "even";

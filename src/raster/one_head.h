@@ -1,5 +1,5 @@
-// What a job with one head in use cannot print, told in the job log at job start. docs/one-head.md
-// explains each case. Transmit thread, within the connect processing.
+// What a job with one head in use cannot print, reported in the job log at job start.
+// docs/one-head.md explains each case. Transmit thread, within the connect processing.
 #ifndef QRN_RASTER_ONE_HEAD_H_
 #define QRN_RASTER_ONE_HEAD_H_
 

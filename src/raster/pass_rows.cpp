@@ -29,7 +29,8 @@ std::uint32_t PartBytesOf(const RowLayout& layout, std::uint32_t part) {
   return std::min(kPartBytes, layout.runBytes - part * kPartBytes);
 }
 
-// The processor sees no stream in runs that lie far apart: it is told where the next parts go.
+// The hardware prefetcher sees no stream in runs that are far apart, so the places of the next
+// parts are prefetched here.
 void PrefetchParts(const std::uint8_t* run, std::uint32_t phases, std::size_t runsApart) {
   for (std::uint32_t phase = 0; phase < phases; ++phase) {
     for (std::uint32_t at = 0; at < kPartBytes; at += kCacheLineBytes)
@@ -63,7 +64,8 @@ void StorePart(const RowLayout& layout, std::uint8_t* run, std::uint8_t* occupan
   }
 }
 
-// The occupancy of window lines [first, first + count) of a colour: it lies in one or two pieces.
+// Calls `act` on the occupancy of window lines [first, first + count) of a colour, which is in one
+// or two pieces.
 template <class Act>
 bool ForOccupancy(const Job& job, std::uint32_t color, std::uint32_t first, std::uint32_t count,
                   Act act) {
@@ -106,7 +108,7 @@ void StoreRow(Job& job, std::uint32_t color, std::uint32_t windowLine, const std
   const std::uint32_t index = RingIndex(job, windowLine);
   std::uint8_t* const occupancy = OccupancyAt(job, color, index);
   if (bytes < layout.lineBytes && HasInk(occupancy, layout.occupancyBytes)) {
-    // A short line over one that came before: what that one has after its end stays.
+    // A short line replaces the start of an earlier one; the bytes of that one after its end stay.
     std::uint8_t* const whole = TailAt(job, color, layout.rows);
     LoadRow(job, color, windowLine, whole);
     std::memcpy(whole, line, bytes);

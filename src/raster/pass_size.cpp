@@ -17,7 +17,7 @@ constexpr std::uint64_t WholeUnits(std::uint64_t bytes) {
 }
 
 // The largest swath of one head: it has twice the passes, but not fewer columns. Four for every
-// three bytes of a line, of which the last ones may be begun only.
+// three bytes of a line, the last of which may be incomplete.
 std::uint64_t SingleSwathBytes(const Job& job) {
   const std::uint64_t lineBytes = DivUp<std::uint64_t>(job.nLineBits, 8);
   const std::uint64_t columns =

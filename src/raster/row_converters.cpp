@@ -50,8 +50,8 @@ constexpr ColumnMode kDual6 = {
     .reverse = Dual6Reverse,
 };
 
-// The last group of a line of an odd number of bytes reads one byte more: it lies within the line's
-// stride.
+// The last group of a line of an odd number of bytes reads one byte more, which is within the
+// line's stride.
 constexpr ColumnMode kDual8 = {
     .phases = 8,
     .passesPerPhase = 1,

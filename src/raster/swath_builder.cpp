@@ -67,7 +67,7 @@ bool PutSwath(Job& job) {
 
 void CreateSwath(Job& job, Swath& swath) {
   swath.dataSize = SwathDataSize(job);
-  // Both buffers are alike, and the slot's old data have been sent: nothing is copied.
+  // Both buffers have the same size, and the slot's old data have been sent: nothing is copied.
   std::swap(swath.pSwathData, job.PrintOutBuf);
 
   SwathHeader& header = swath.header;

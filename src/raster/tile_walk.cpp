@@ -57,7 +57,7 @@ class StripAligner {
     SetReads(column);
     FindRuns(0);
     for (std::uint32_t group = 0; group < kJetGroups; ++group) {
-      // The next group's runs are on their way while this one's are aligned.
+      // The next group's runs are prefetched while this one's are aligned.
       if (group + 1 < kJetGroups) FindRuns(group + 1);
       SetOccupancy(group);
       for (std::uint32_t i = 0; i < params_.nozzleRowCount; ++i) AlignRuns(group, i);

@@ -25,13 +25,13 @@ constexpr std::uint32_t kStripColumns = kPixelsPerByte * kStripBytes;
 constexpr std::uint32_t kTileColumns = 256;
 constexpr std::uint32_t kJetGroups = DivUp(kNozzles, kGroupNozzles);
 
-// What a walk writes down on its way. Rows that a group's occupancy does not name are zeros, from
-// one walk to the next.
+// The working memory of a walk. Rows that a group's occupancy does not name are zeros, from one
+// walk to the next.
 struct ConvertScratch {
   JetGroup groups[kJetGroups];  // a strip, aligned
   alignas(kCacheLineBytes) std::uint8_t tile[kTileColumns * kColumnBytes];
 };
-// What is obtained for it, so that it can be aligned there. All zeros is how it starts.
+// The size to obtain, with room to align it. It starts as all zeros.
 constexpr std::size_t kConvertScratchBytes = sizeof(ConvertScratch) + alignof(ConvertScratch);
 // The job's. Requires: its memory.
 ConvertScratch& ScratchOf(Job& job);

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Its whole slot, but for the zeros at the end; ends of lines as \r and \n.
+// Its whole slot, except for the zeros at the end; ends of lines as \r and \n.
 std::string ErrorText(std::uint32_t code, bool chinese) {
   char slot[kErrorSlotBytes];
   std::memset(slot, '#', sizeof slot);
@@ -42,7 +42,7 @@ TEST_F(Errors, HaveTheTextsOfTheTable) {
   EXPECT_EQ(0, job.nErrCode);
 }
 
-TEST_F(Errors, KeepALostLinkWhateverComesBehindIt) {
+TEST_F(Errors, KeepALostLinkWhateverFollowsIt) {
   for (const std::uint32_t code : {3u, 17u, 26u}) RaiseError(code);
   EXPECT_EQ(17, job.nErrCode);
   EXPECT_EQ(3u, platform.boxes.size());

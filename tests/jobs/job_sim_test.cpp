@@ -1,8 +1,8 @@
 // Whole jobs from seeds. Each is drawn as a scenario and played on virtual time, and after it a
-// good job of the same page on the same machine: what must hold of any job, whatever befell it. A
-// seed has a process of its own, so that it is the same job alone and in a row.
+// good job of the same page on the same machine: what must hold for any job, whatever happened to
+// it. A seed has a process of its own, so that it is the same job alone and in a row.
 //
-//   job_sim_test [--seeds A..B]   says which seeds fail, 1..2000 where it is not told
+//   job_sim_test [--seeds A..B]   says which seeds fail, by default of 1..2000
 //   job_sim_test --seed=N         one of them, with its scenario and its log
 #include <cstdio>
 #include <cstring>

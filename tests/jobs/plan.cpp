@@ -113,13 +113,13 @@ const Grammar kGrammar = {
      "2*late:msg={1..18},ms=10|2*garbage:form=kind,msg={1..18}}"},
 };
 
-// A printer that is away for `ms` from some attempt on to reach it is found by the next one; the
-// sixth is the last.
+// A printer that goes away for a while is found by the first attempt after that; the sixth attempt
+// is the last.
 constexpr std::uint64_t kGivenUpMs = 32'000, kNextAttemptMs = 8'000, kOpenedMs = 1'300;
 // The second that a thread has to end.
 constexpr std::uint64_t kThreadEndMs = 1'100;
 
-// At most as long rests a driver before it goes on.
+// The longest that a driver rests before it goes on.
 std::uint64_t RestMs(Kind kind) {
   switch (kind) {
     case Kind::kLate:
@@ -158,7 +158,7 @@ bool AsksAgain(std::uint32_t status) {
   return status == 0 || (status >= 3 && status <= 5) || (status & 0xFFF0u) == 0x50u;
 }
 
-// A short update that a reply too long fills up says other values, too.
+// A short update that an overlong reply fills up has other values, too.
 bool AltersPage(const Quirk& quirk, const Scenario& plan) {
   using qrn::sim::Defect;
   using qrn::sim::Update;
@@ -171,7 +171,7 @@ bool AltersPage(const Quirk& quirk, const Scenario& plan) {
          (quirk.defect == Defect::kInk && plan.machine.heads != qrn::sim::Heads::kBoth);
 }
 
-void Befall(const Quirk& quirk, const Scenario& plan, Fate* fate) {
+void AddQuirk(const Quirk& quirk, const Scenario& plan, Fate* fate) {
   const bool isRefused = quirk.kind == Kind::kRefuse && quirk.on == qrn::sim::Message::kConnect &&
                          !AsksAgain(quirk.status);
   const bool isAwayAtStart =
@@ -206,7 +206,7 @@ std::string TextOf(const Scenario& plan) {
 Fate FateOf(const Scenario& plan) {
   Fate fate;
   fate.mayFail = plan.system.failThreadStart || plan.jobs[0].misdescribed || plan.jobs.size() > 1;
-  for (const Quirk& quirk : plan.quirks) Befall(quirk, plan, &fate);
+  for (const Quirk& quirk : plan.quirks) AddQuirk(quirk, plan, &fate);
   if (std::count_if(plan.quirks.begin(), plan.quirks.end(), PullsLink) > 1) {
     // One hinders the attempts that the other has made necessary.
     fate.mayLose = true;

@@ -15,7 +15,7 @@ scenarios::Scenario DrawPlan(const std::string& name, std::uint64_t seed);
 // How it is written in a file of scenarios.
 std::string TextOf(const scenarios::Scenario& plan);
 
-// What all that befalls a job can make of it.
+// What may come of a job with everything that happens to it.
 struct Fate {
   bool mayFail = false;      // it may end without having printed
   bool mayCancel = false;    // the operator may have ended it

@@ -73,7 +73,7 @@ TEST(RealThreads, HundredsOfJobsInARowLeaveNothingBehind) {
 }
 
 // On the true clock: the thread waits for a reply that never comes, the next start ends it after
-// 21.2 s, and the job behind it prints as if nothing had been.
+// 21.2 s, and the next job prints as if nothing had happened.
 TEST(RealThreads, AThreadThatNoReplyWakesIsEndedByForceAndTheNextJobPrints) {
   Hurried clock(1);
   const LogFolder folder;

@@ -87,8 +87,8 @@ TEST_F(Link, DataGoInSlotsOf4064WordsWrittenBySevens) {
   EXPECT_EQ("Tx未定义数据类型:7\r\r\n\r\n", TakeLog());
 }
 
-// A reply of three packets of 4, 96 and 2 bytes: what does not end in front of the room's end is
-// left out, and counted all the same.
+// A reply of three packets of 4, 96 and 2 bytes: what does not end before the room does is left
+// out, but counted.
 TEST_F(Link, RepliesAreJoinedAsFarAsTheirRoomGoes) {
   const Bytes whole = Counting(102);
   for (const auto& [room, kept] : {std::pair{200u, 102u}, {103u, 102u}, {102u, 100u}, {100u, 4u}}) {

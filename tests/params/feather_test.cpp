@@ -44,7 +44,7 @@ TEST(FeatherMasks, KeepTheMachinesCountsEvenlyScattered) {
     EXPECT_EQ(kFeatherKept[k], kept);
     sum += kFeatherKept[k];
     weighted += (k + 1) * kFeatherKept[k];
-    // Every stretch holds its share to within a cell: what is rare never stands in blocks.
+    // Every stretch holds its share to within a cell: what is rare is never in blocks.
     for (const int cellsHere : {4, 8, 64}) {
       for (int first = 0; first < kCells; first += cellsHere) {
         const auto here =

@@ -16,7 +16,7 @@ struct Band {
   const char* said;  // "" = all of it is printed
 };
 
-TEST_F(OneHead, IsToldWhichLinesOfEveryBandItLoses) {
+TEST_F(OneHead, LogsWhichLinesOfEveryBandItLoses) {
   std::vector<std::uint8_t> block = GoodBlock();
   block[90] = 0x10;
   block[91] = 0;

@@ -57,8 +57,8 @@ TEST_F(Mailbox, IsLeftToAThreadThatEndsWithItsOwnCommandInIt) {
   EXPECT_EQ(kMailPending, job.nCmdState);
 }
 
-// A thread that ends has settled before what it ever will.
-TEST_F(Mailbox, ShowsAnOutcomeBehindTheEndOfTheThread) {
+// A thread settles whatever it will settle before it ends.
+TEST_F(Mailbox, ShowsAnOutcomeAfterTheEndOfTheThread) {
   platform.onSleep = [this] { job.bTxEnd = 1, job.nCmdState = kMailDone; };
   EXPECT_EQ(1, CmdExecute(kCmdJobEnd, job));
   EXPECT_EQ(kMailIdle, job.nCmdState);

@@ -1,5 +1,6 @@
 // The worked pixel of docs/architecture.md. Its page is printed through the exports, and every cell
-// of the table is made of what is found where the driver has the pixel: the only ink there.
+// of the table is put together from what is found where the driver has the pixel: the only ink
+// there.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -51,7 +51,7 @@ void SetColumns(const std::uint8_t* block, const JobDesc& desc, std::uint32_t pa
   g.headGapY = block[45 + 1 + resIndex];
   g.margin = desc.resX * 640 / 254;
   if (block[91] % 16 == 1 && g.singleHead == 1) g.margin = Cut16(g.margin + passes * g.headGapX);
-  // From row 7 on the gaps are 53 and 180 of 1/600 inch in turns; half columns round down.
+  // From row 7 on the gaps are 53 and 180 of 1/600 inch alternately; half columns round down.
   for (std::uint32_t row = 0, sixHundredths = 0; row < kSlots; ++row) {
     const std::uint32_t dots = sixHundredths * desc.resX;
     g.rowOffset[7 - row] = (2 * dots + 600 * passes - 1) / (2 * 600 * passes);

@@ -22,7 +22,7 @@ struct Geometry {
   std::uint8_t ink[4][kSlots];
   std::uint32_t lineBits, height, lineStride, lineBytes;  // lineBytes: whole ones
   std::uint32_t passCount, passStep, bandLines, firstLineRow, checkRows, rows;
-  std::uint32_t columnPixels;  // of a line, that one column stands for
+  std::uint32_t columnPixels;  // of a line, that make up one column
   std::uint32_t featherRows, headGapX, headGapY, rowOffset[kSlots];
   std::uint32_t speed, margin, maxPrintMm;  // margin: dots
   std::uint32_t passRight, rowPad, swathBytes;

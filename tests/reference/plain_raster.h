@@ -39,8 +39,8 @@ class PlainRaster {
   Geometry geometry_;
   std::vector<std::array<std::uint8_t, 256>> masks_;
   std::vector<std::uint8_t> planes_[kColors], columns_;
-  std::uint32_t groupBytes_,
-      needBytes_;             // of a group of whole columns; and without which it is not printed
+  // Of a group of whole columns, and how many of them a line must have for it to be printed.
+  std::uint32_t groupBytes_, needBytes_;
   std::uint32_t lastColumn_;  // forward column j is lastColumn_ - j in reverse
 };
 

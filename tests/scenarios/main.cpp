@@ -1,11 +1,11 @@
-// Plays scenarios and holds what comes of them against their files. docs/testing.md tells of the
+// Plays scenarios and holds what comes of them against their files. docs/testing.md explains the
 // language.
 //
 //   scenarios [--record | --first] [FILE.txt...] [TITLE...]
 //
-// Without files, all that stand beside this source; with titles, or pieces of them, those alone,
-// and their transcripts are printed. --record writes the transcripts into the files; --first stops
-// at the first that differs.
+// Without files, all that are beside this source; with titles, or pieces of them, those alone, and
+// their transcripts are printed. --record writes the transcripts into the files; --first stops at
+// the first that differs.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -129,6 +129,8 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
-  std::printf("%d scenarios, %d differ from their files\n", score.played, score.differ);
+  std::printf(
+      options.record ? "%d scenarios recorded\n" : "%d scenarios, %d differ from their files\n",
+      score.played, score.differ);
   return score.differ != 0 || score.played == 0 ? 1 : 0;
 }

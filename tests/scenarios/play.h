@@ -28,7 +28,7 @@ struct Entry {
 using Run = std::vector<Entry>;
 
 // Plays it in this process, with the library as the job before has left it. A run that takes too
-// much virtual time is broken off, and the library is of no use any more.
+// much virtual time is broken off, and the library cannot be used after that.
 Run Play(const Scenario& scenario);
 
 // Plays it with a library that is just loaded: what outlives a job matters only where a scenario
@@ -38,7 +38,7 @@ Run PlayApart(const Scenario& scenario);
 // What comes of it in a process of its own; one that ends early says so. Not on Windows.
 Run InChild(const std::function<Run()>& play);
 
-// Names and values of what stands in the record now, always the same names in the same order; none
+// Names and values of what is in the record now, always the same names in the same order; none
 // where the library under test is a file of its own, which shows no record.
 std::vector<std::pair<std::string, std::string>> RecordFields();
 

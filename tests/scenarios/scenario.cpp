@@ -12,8 +12,8 @@
 namespace scenarios {
 namespace {
 
-constexpr std::uint32_t kAllColors = 0xFF,
-                        kColorsOfPha = 0x99;  // in the driver's own ink order: 0, 3, 4 and 7
+// PHA has 0, 3, 4 and 7 in the driver's own ink order.
+constexpr std::uint32_t kAllColors = 0xFF, kColorsOfPha = 0x99;
 
 using Words = std::vector<std::string>;
 

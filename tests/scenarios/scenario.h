@@ -25,7 +25,7 @@ struct HostStep {
     kWrite,  // WriteRipData, `count` times
     kRest,   // sleeps for `count` ms
     kEnd,
-    kAsk,  // the exports that do nothing and those that only tell
+    kAsk,  // the exports that do nothing and those that only answer
   };
   What what = kStart;
   std::uint32_t count = 0;
@@ -60,7 +60,7 @@ struct Scenario {
   Scenario() { system.limitMs = 2 * 3600 * 1000; }
 
   std::string title;                // what it shows
-  std::vector<std::string> lines;   // below the title, as they stand
+  std::vector<std::string> lines;   // below the title, as they are
   std::vector<std::string> wanted;  // the transcript
 
   std::vector<Job> jobs;
@@ -81,7 +81,7 @@ Scenario GoodOf(const Job& job);
 
 struct File {
   std::filesystem::path path;
-  std::vector<std::string> preamble;  // in front of the first title
+  std::vector<std::string> preamble;  // before the first title
   std::vector<Scenario> scenarios;
 };
 

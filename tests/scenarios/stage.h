@@ -1,4 +1,4 @@
-// Where a scenario is played: as long as it stands, the library prints on its printer, on virtual
+// Where a scenario is played: as long as it lives, the library prints on its printer, on virtual
 // time.
 #ifndef QRN_TESTS_SCENARIOS_STAGE_H_
 #define QRN_TESTS_SCENARIOS_STAGE_H_

@@ -16,7 +16,7 @@ using Places = std::vector<std::pair<std::size_t, std::size_t>>;
 
 // Places of the lines that both have, in order: as many as can be.
 Places CommonLines(const Text& a, const Text& b) {
-  // How many lines the rests from there on have in common.
+  // How many lines the tails from there on have in common.
   std::vector<std::vector<std::size_t>> common(a.size() + 1,
                                                std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = a.size(); i-- > 0;) {
@@ -50,7 +50,7 @@ struct Log {
     }
   }
 
-  // The time of day, which two lines tell, is another wherever something has cost time.
+  // Two lines give the time of day, which differs wherever something has cost time.
   static std::string WithoutClock(const std::string& line) {
     const std::string last = line.substr(line.rfind(' ') + 1);
     const bool isClock = std::count(last.begin(), last.end(), ':') == 2 &&
@@ -63,8 +63,8 @@ struct Log {
 };
 
 // Which lines of a log are shown: those that the good run's log lacks or that come earlier or later
-// after the line before than there. In front of them the line is shown where the run left the good
-// one's path; and of all that follows where it has come back to it, the first and the last.
+// after the line before than there. Before them the line is shown where the run left the good one's
+// path; and of all that follows where it has come back to it, the first and the last.
 std::vector<bool> ShownLines(const Log& log, const Log& good) {
   const std::size_t count = log.texts.size();
   const Places common = CommonLines(log.texts, good.texts);
@@ -103,7 +103,7 @@ bool IsAlike(const std::vector<Shown>& lines, std::size_t at) {
   });
 }
 
-// Where a log goes on and on like that, its last line and a count stand for it.
+// Where a log goes on and on like that, its last line and a count replace it.
 Text Shortened(const std::vector<Shown>& lines) {
   Text text;
   for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -180,7 +180,7 @@ class Transcript {
     lines_.push_back({Timed(entry), shape});
   }
 
-  // Of a job that never was, little but zeros is left.
+  // A job that never began leaves little except zeros.
   void TakeRecord(Text fields) {
     if (!good_.empty()) {
       const Text good = RecordOf(*good_[records_++], 0);

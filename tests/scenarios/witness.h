@@ -1,5 +1,5 @@
-// Stands between the library and virtual time and takes down what happens: each line of the logs
-// with the moment at which it was written, each box, what goes over the line.
+// Sits between the library and virtual time and records what happens: each line of the logs with
+// the time at which it was written, each box, what goes over the wire.
 #ifndef QRN_TESTS_SCENARIOS_WITNESS_H_
 #define QRN_TESTS_SCENARIOS_WITNESS_H_
 
@@ -73,8 +73,8 @@ class Witness final : private VirtualTime, public qrn::ForwardingPlatform {
     void* argument;
   };
 
-  // In front of everything that lets time pass: what the log has got since the last call was
-  // written at this very moment, for one thread runs at a time.
+  // Before everything that lets time pass: what the log has gained since the last call was written
+  // just now, because one thread runs at a time.
   void Look();
   void ReadOn();
   std::uint32_t NowMs() { return time.TickMs() - startMs_; }

@@ -41,7 +41,7 @@ struct LaidDot {
 };
 
 const LaidDot kCases[] = {
-    // Row 7 stands at the reference; PHA hangs 360 lines below PHB.
+    // Row 7 is at the reference; PHA is 360 lines below PHB.
     {"PHA row 7", Two(), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 360, 10}},
     {"plane 1", Two(), 1440, {0, 377}, {10, 0, 7, 0, 1}, {7, 360, 10}},
     {"second line, 31.8 behind", Two(), 1440, {0, 377}, {42, 0, 6, 3, 0}, {7, 367, 10}},
@@ -52,7 +52,7 @@ const LaidDot kCases[] = {
     // 1412 - 377 = 1035 units of 1/150 inch = 2484 columns
     {"reverse counts down", Two(), 1440, {1, 1412}, {4, 0, 7, 0, 0}, {7, 360, 2480}},
     {"reverse, cut to the grid", Two(), 1440, {1, 1413}, {4, 0, 7, 0, 0}, {7, 360, 2482}},
-    {"in front of the origin", Two(), 1440, {0, 376}, {0, 0, 7, 0, 0}, {7, 360, -3}},
+    {"before the origin", Two(), 1440, {0, 376}, {0, 0, 7, 0, 0}, {7, 360, -3}},
     {"a column's last byte", Two(), 1440, {0, 377}, {1984, 1, 7, 179, 1}, {6, 358, 0}},
     {"gaps: PHA is 9 higher", Two(false, 5, 9), 1440, {0, 377}, {10, 0, 7, 0, 0}, {7, 351, 10}},
     {"gaps: PHB 5 behind", Two(false, 5, 9), 1440, {0, 377}, {1999, 1, 7, 0, 0}, {6, 0, 10}},
@@ -62,7 +62,7 @@ const LaidDot kCases[] = {
     {"PHA, room for two", One(Heads::kPha, true, 5), 1440, {0, 377}, {3, 0, 7, 0, 0}, {6, 0, 3}},
     // (3628 + 4 x 1989) x 150 / 1440 = 1206.6, cut; from there on as above
     {"PHB, room for two", One(Heads::kPhb, true, 5), 1440, {0, 1206}, {3, 1, 7, 0, 0}, {0, 0, 3}},
-    // (3628 + 4 x 1985) x 150 / 1440 = 1205: the last one in front of that
+    // (3628 + 4 x 1985) x 150 / 1440 = 1205: the last one before that
     {"to the very place", One(Heads::kPhb, true, 1), 1440, {0, 1204}, {3, 1, 7, 0, 0}, {0, 0, 3}},
     {"no head: PHA's", One(Heads::kNone, false, 5), 1440, {0, 377}, {3, 0, 7, 0, 0}, {5, 0, 3}},
 };

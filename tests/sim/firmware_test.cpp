@@ -29,29 +29,22 @@ struct Sent {
   Bytes bytes;
   bool isData = false, heard = true;
 };
+// clang-format off
 const std::map<std::string, Sent> kSent = {
-    {"connect", {Connect()}},
-    {"create", {JobCreate()}},
-    {"end", {InJob(5)}},
-    {"cancel", {InJob(9)}},
-    {"poll", {InJob(10)}},
-    {"test", {Command(10)}},
-    {"query", {BufferQuery(320)}},
-    {"feed", {Swath(1, 0)}},
-    {"swath", {Swath(1, 320)}},
-    {"data", {Bytes(320), true}},
+    {"connect", {Connect()}}, {"create", {JobCreate()}}, {"end", {InJob(5)}},
+    {"cancel", {InJob(9)}}, {"poll", {InJob(10)}}, {"test", {Command(10)}},
+    {"query", {BufferQuery(320)}}, {"feed", {Swath(1, 0)}}, {"feed-2", {Swath(2, 0)}},
+    {"swath", {Swath(1, 320)}}, {"data", {Bytes(320), true}},
     // The wrong ones.
-    {"short", {Bytes(62)}},
-    {"unknown", {Command(7)}},
+    {"short", {Bytes(62)}}, {"unknown", {Command(7)}},
     {"create-8", {With(JobCreate(), 8, 8)}},
     {"feed-unheard", {Swath(1, 0), false, false}},
     {"feed-other", {With(Swath(1, 0), 34, 1)}},
     {"feed-askew", {With(With(Swath(1, 0), 30, 2), 32, 2)}},
     {"feed-bit-31", {With(Swath(1, 0), 59, 0x80)}},
-    {"feed-2", {Swath(2, 0)}},
-    {"data-640", {Bytes(640), true}},
-    {"data-phb", {With(Bytes(320), 1, 1), true}},
+    {"data-640", {Bytes(640), true}}, {"data-phb", {With(Bytes(320), 1, 1), true}},
 };
+// clang-format on
 
 class FirmwareTest : public testing::Test {
  protected:
@@ -63,7 +56,7 @@ class FirmwareTest : public testing::Test {
   Words Tell(const Sent& sent) {
     const auto reply = firmware->Take({sent.isData, sent.bytes}, now);
     if (!reply) return {};
-    if (sent.heard) firmware->Told(*reply);
+    if (sent.heard) firmware->ReplyRead(*reply);
     return {U16(reply->data()), U16(reply->data() + 2), U16(reply->data() + 4),
             U16(reply->data() + 6)};
   }
@@ -83,10 +76,10 @@ class FirmwareTest : public testing::Test {
   }
   std::uint32_t Room(std::uint32_t forBytes = 0) {
     const auto reply = firmware->Take({false, BufferQuery(forBytes)}, now);
-    firmware->Told(*reply);
+    firmware->ReplyRead(*reply);
     return U32(reply->data() + 8);
   }
-  // A swath with data as a host sends it that was told of room.
+  // A swath with data, as a host sends it that knows of room.
   Words Send(std::uint32_t number, std::uint32_t bytes, bool heard = true) {
     Room(bytes);
     EXPECT_EQ(Words{}, Tell({Swath(number, bytes)}));
@@ -151,7 +144,7 @@ TEST_F(FirmwareTest, HoldsBrokenRulesAgainstTheHost) {
            Case{"pause:ms=9", "connect create feed poll connect create poll", "pause poll of a"},
            Case{"", "connect create cancel", "cancel of a job that was not reported as cancelled"},
            Case{"cancel", "connect create feed cancel cancel end poll", "pause poll after the"},
-           Case{"", "connect create feed-2", "swath 2 behind swath 0"},
+           Case{"", "connect create feed-2", "swath 2 after swath 0"},
            Case{"", "connect create feed feed", "swath 1 again, which was reported as taken"},
            Case{"", "connect create feed-unheard feed-unheard feed-other", "again, but changed"},
            Case{"", "connect create swath", "swath 1 without room for its data"},
@@ -177,7 +170,7 @@ TEST_F(FirmwareTest, SpoolsDataDrainsThemAndRefusesWhatDoesNotFitByHalf) {
   EXPECT_EQ(128u << 20, Room());
   EXPECT_EQ((Words{4, 1, 5, 0}), Send(1, large));
   EXPECT_EQ(28u << 20, Room());
-  firmware->TransferFailed();  // of a buffer query: a host then sends without having been told
+  firmware->TransferFailed();  // of a buffer query: a host then sends without knowing of room
   EXPECT_EQ((Words{4, 0, 5, 7}), Send(2, large));
   EXPECT_EQ(28u << 20, Room());
   now += 22 * 32;  // 22 MiB at 32 KiB a millisecond

@@ -1,4 +1,4 @@
-// Pictures of the paper: their size, where the ink lies in them, how inks mix.
+// Pictures of the paper: their size, where the ink is in them, how inks mix.
 #include "sim/paper/picture.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ TEST_F(PictureTest, LaysInksOnEachOtherLikeFilters) {
   options.lines = 2, options.columns = 3, options.lineOrigin = 10, options.reverseShift = 3;
   Lay(0, 0, 10, 0, 6);  // cyan alone, in two passes
   Lay(0, 1, 10, 3, 6);
-  Lay(2, 1, 10, 2, 12);  // lies left of the picture
+  Lay(2, 1, 10, 2, 12);  // left of the picture
   Lay(0, 0, 10, 1, 6);   // half covered
   Lay(0, 0, 11, 2, 12);  // cyan under yellow
   Lay(2, 0, 11, 2, 12);

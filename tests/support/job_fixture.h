@@ -30,7 +30,7 @@ class JobFixture : public testing::Test {
 
 std::string BytesOf(const std::filesystem::path& path);
 
-// True when `lines` stand in the log, one after the other.
+// True when `lines` are in the log, one after the other.
 testing::AssertionResult HasLines(const std::string& log, const std::vector<std::string>& lines);
 
 #endif  // QRN_TESTS_SUPPORT_JOB_FIXTURE_H_

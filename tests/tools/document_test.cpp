@@ -1,4 +1,4 @@
-// What the program makes of documents and pictures, from their bytes to the ink on paper.
+// What the program does with documents and pictures, from their bytes to the ink on paper.
 #include <regex>
 #include <sstream>
 

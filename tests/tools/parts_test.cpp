@@ -1,4 +1,4 @@
-// What print-page makes of pixels and texts, where no run of it shows the whole.
+// What print-page does with pixels and texts, where no run of it shows everything.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -44,9 +44,10 @@ class Program : public testing::Test {
 
   // Keeps what the command says; temporary files of print-page go to "tmp".
   void Run(const std::string& command);
-  // Silent but for what it says of the pages, or with as many lines of complaint as the code says.
+  // Silent except for what it says about the pages, or with as many lines of complaint as the code
+  // says.
   void Expect(int code, const std::string& command, const std::string& said);
-  // What lies on the paper of each page, in percent of a full solid of C, M, Y, K.
+  // What is on the paper of each page, in percent of a full solid of C, M, Y, K.
   std::vector<std::array<double, 4>> InkOnPaper() const;
 
   const TemporaryFolder folder;

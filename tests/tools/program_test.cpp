@@ -119,7 +119,7 @@ TEST_F(Program, TellsWhatADiskHadNoRoomFor) {
   Expect(1, full + "-o paper.png", "cannot write picture '" + picture + "': File too large\n");
   EXPECT_EQ(1u, Count(out, "picture      not written\n"));
   EXPECT_FALSE(fs::exists(picture) || fs::exists(picture + ".part"));
-  Expect(1, full + "--log-dir logs", "' does not reach to the job's end\n");
+  Expect(1, full + "--log-dir logs", "' does not reach the job's end\n");
   if (!fs::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   Expect(1, "print-page page.ras >/dev/full",
          "print-page: cannot write to standard output: No space left on device\n");

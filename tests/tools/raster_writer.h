@@ -12,7 +12,7 @@ struct RasterFormat {
   unsigned colors = 4, bits = 2;
   cups_order_t order = CUPS_ORDER_CHUNKED;
   unsigned width = 53, lines = 7;
-  unsigned padding = 0;  // bits in front of the colours of a chunked pixel
+  unsigned padding = 0;  // bits before the colours of a chunked pixel
   cups_mode_t mode = CUPS_RASTER_WRITE;
   unsigned pages = 1;
   bool blank = false;

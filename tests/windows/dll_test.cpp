@@ -40,7 +40,7 @@ TEST(Dll, NeedsNothingButTheSystemsLibraries) {
 TEST(Dll, TellsItsVersion) {
   const HRSRC found = FindResourceA(TheDll(), MAKEINTRESOURCEA(1), MAKEINTRESOURCEA(16));
   ASSERT_NE(nullptr, found);
-  // Key "VS_VERSION_INFO" and its padding stand in front of the fixed part.
+  // Key "VS_VERSION_INFO" and its padding precede the fixed part.
   const auto* bytes = static_cast<const char*>(LockResource(LoadResource(TheDll(), found)));
   VS_FIXEDFILEINFO version;
   std::memcpy(&version, bytes + 40, sizeof version);

@@ -168,7 +168,7 @@ class ForcedEnds : public RealCalls {
   }
 };
 
-// A library that had to stop it where it stands would stay loaded.
+// A library that had to stop it where it is would stay loaded.
 TEST_F(ForcedEnds, FiftyInARowOfAThreadThatLeavesWhenAsked) {
   for (int i = 0; i < 50 && !HasFailure(); ++i)
     EndByForce(i % 10 == 5 ? BoxLeftOpen() : PollRefused());
@@ -244,7 +244,7 @@ void ExpectRefusals() {
 
 int g_calledBack = 0;
 
-// What a window of the host's does while a box stands, which runs the messages of its thread.
+// What a window of the host's does while a box is open, which runs the messages of its thread.
 void CALLBACK CallBackIn(HWND, UINT, UINT_PTR timer, DWORD) {
   if (OpenBox() == nullptr) return;
   KillTimer(nullptr, timer);
@@ -257,7 +257,7 @@ TEST_F(RealCalls, CallsFromTheMessagesOfABoxAreRefused) {
   SetTimer(nullptr, 0, 50, CallBackIn);
   EXPECT_EQ(0, Init());
   EXPECT_EQ(1, g_calledBack);
-  EXPECT_EQ(0, SendLine(0));  // the error stands that the box told of
+  EXPECT_EQ(0, SendLine(0));  // the error that the box showed is still recorded
   EXPECT_EQ(1, PP_Uninit());
   EXPECT_EQ(1, LogsWith("Call refused: another one is running\r\n"));
   EXPECT_EQ(1, LogsWith(""));

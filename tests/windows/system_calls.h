@@ -1,6 +1,6 @@
 // Leads the system calls that a loaded DLL imports to this program's platform: so the library meets
-// virtual devices, and what else the platform has, behind its own, unmodified calls. Each call is
-// checked to the argument; what no real system would take is told by TakeWrongCall.
+// virtual devices, and what else the platform has, through its own, unmodified calls. Each call is
+// checked to the argument; what no real system would take is reported by TakeWrongCall.
 #ifndef QRN_TESTS_WINDOWS_SYSTEM_CALLS_H_
 #define QRN_TESTS_WINDOWS_SYSTEM_CALLS_H_
 

@@ -128,7 +128,7 @@ bool ChildProcess::WaitForEnd() {
   }
   CloseOutput();
   int status = 0;
-  // Forgotten between its end and the moment at which its number may become another's.
+  // Forgotten after its end and before its number may become another's.
   siginfo_t ended{};
   waitid(P_PID, static_cast<id_t>(child_), &ended, WEXITED | WNOWAIT);
   ForgetChild(child_);

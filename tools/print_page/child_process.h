@@ -31,15 +31,15 @@ class ChildProcess {
   // Drops what it still writes and waits for its end. False when it did not end with 0; *error is
   // then one line of what it said.
   bool Wait(std::string* error);
-  // The same for a program that tells of damage and ends with 0 all the same: whatever it says is a
-  // failure, and its first line the reason.
+  // The same for a program that reports damage but exits with 0: whatever it says is a failure, and
+  // its first line the reason.
   bool WaitSilent(std::string* error);
   // What it has said on standard error.
   std::string Said() const;
 
  private:
   bool WaitForEnd();
-  // With the program's name in front, unless the reason begins with it.
+  // Preceded by the program's name, unless the reason begins with it.
   std::string Named(const std::string& reason) const;
   void CloseOutput();
 

@@ -13,7 +13,7 @@ constexpr std::size_t kColumns = 39, kBarMin = 5, kBarMax = 20;
 constexpr std::chrono::milliseconds kPeriod(200);
 constexpr const char* kErase = "\r\033[K";
 
-std::atomic<bool> g_drawn = false;  // the line of the progress stands there
+std::atomic<bool> g_drawn = false;  // the progress line is on the screen
 
 void Erase() {
   if (g_drawn.exchange(false)) std::fputs(kErase, stderr);

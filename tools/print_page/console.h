@@ -29,8 +29,8 @@ std::string ProgressText(const PageProgress& progress);
 // Redraws one line on the terminal, on a thread of its own; nothing where standard error is none.
 class Progress {
  public:
-  // `hindrance`: what keeps the printer from printing at the moment, "" when nothing does. Called
-  // on the thread while a page is printed.
+  // `hindrance`: what keeps the printer from printing now, "" when nothing does. Called on the
+  // thread while a page is printed.
   explicit Progress(std::function<std::string()> hindrance);
   ~Progress();
 

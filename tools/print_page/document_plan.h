@@ -23,11 +23,12 @@ struct DocumentPlan {
 // A document of unknown length, all of it by one rule.
 DocumentPlan WholeDocument(GreyRule rule);
 
-// From what Ghostscript tells of a PDF, which of its pages may blend colours, and from which pages
-// have pictures that are not all grey; pages that nothing is known of are taken to have some.
+// From what Ghostscript reports about a PDF, which of its pages may blend colours, and from which
+// pages have pictures that are not all grey; pages that nothing is known about are assumed to have
+// some.
 DocumentPlan PlanOfPdf(const std::string& info, const std::vector<bool>& colourPictures);
 
-// Of a document that Ghostscript tells nothing of.
+// For a document that Ghostscript reports nothing about.
 DocumentPlan PlanOfPostScript(const std::vector<bool>& colourPictures);
 
 // From what GraphicsMagick calls the type of each picture of a file, one a line.

@@ -1,6 +1,6 @@
 // Makes grey text, lines and fills print with black ink alone on pages that blend colours. There
-// they come out of the renderer as the mixture of inks that stands for their grey; a second
-// rendering of the page tells which pixels show them.
+// the renderer turns their grey into a mixture of inks; a second rendering of the page shows which
+// pixels are theirs.
 #ifndef QRN_TOOLS_PRINT_PAGE_GREY_FILTER_H_
 #define QRN_TOOLS_PRINT_PAGE_GREY_FILTER_H_
 

@@ -17,7 +17,7 @@ struct HostJob {
 };
 
 struct HandedOver {
-  bool started = true;      // the line family told so; the stream family tells nothing
+  bool started = true;      // as the line family reports; the stream family reports nothing
   std::uint32_t lines = 0;  // that the driver took; the stream family seems to take them all
 };
 

@@ -41,7 +41,7 @@ const Magic* MagicOf(const std::string& firstBytes) {
 
 InputKind KindOf(const std::string& firstBytes) {
   if (const Magic* magic = MagicOf(firstBytes)) return magic->kind;
-  // Documents may have a few bytes of a printer's job language in front.
+  // Documents may begin with a few bytes of a printer's job language.
   const auto has = [&firstBytes](const char* bytes) {
     return firstBytes.find(bytes) != std::string::npos;
   };

@@ -20,8 +20,8 @@ class InputStream {
   const std::string& FirstBytes() const { return first_; }
   // The next bytes, 0 at the end, negative on an error.
   std::ptrdiff_t Read(std::uint8_t* buffer, std::size_t bytes);
-  // Makes the whole input a file of this name there: a link where it is a file already, else a
-  // copy. Instead of reading. False, with a reason, when it cannot.
+  // Makes the whole input a file of this name there, in place of reading it: a link where it is a
+  // file already, else a copy. False, with a reason, when it cannot.
   bool Place(const RenderFolder& folder, const std::string& name, std::string* error);
 
  private:

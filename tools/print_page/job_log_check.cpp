@@ -40,7 +40,7 @@ std::string JobLogCheck::Problem() const {
     log = file;
   }
   if (log.empty()) return "no log could be written into '" + folder_ + "'";
-  return "the log '" + log.string() + "' does not reach to the job's end";
+  return "the log '" + log.string() + "' does not reach the job's end";
 }
 
 }  // namespace qrn::tool

@@ -11,7 +11,7 @@
 
 namespace qrn::tool {
 
-// Locked again by the thread that has it when its memory runs out at that moment.
+// Recursive, because a thread that holds it locks it again when its memory runs out.
 using SignalMutex = std::recursive_mutex;
 
 // While the lock lives, no signal ends the program: what is made is noted before one can.

@@ -48,7 +48,7 @@ bool Pack(std::uint32_t width, std::uint8_t* packed, LevelAt levelAt) {
   return (inked | last) != 0;
 }
 
-// The pixels stand in the stream as they stand in a plane.
+// The pixels are in the stream as they are in a plane.
 bool CopyLine(const std::uint8_t* pixels, std::uint32_t width, std::uint8_t* packed) {
   const std::uint32_t whole = width / kPixelsPerByte, rest = width % kPixelsPerByte;
   std::memcpy(packed, pixels, whole);
@@ -65,7 +65,7 @@ bool IsBlank(const std::uint8_t* bytes, std::size_t count) {
   return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0;
 }
 
-// All pixels of a colour lie at the same place of a byte, whole bytes apart.
+// All pixels of a colour are at the same place of a byte, whole bytes apart.
 bool PackBytes(const RasterLayout& layout, const std::uint8_t* line, const Walk& walk,
                std::uint32_t y, std::uint8_t* packed) {
   const std::uint8_t* pixels = line + walk.start / 8;

@@ -9,7 +9,8 @@
 namespace qrn::tool {
 
 // Packs colour `color` of line `y` of the stream into the first DivUp(width, 4) bytes of `packed`,
-// the rest of the last byte zero. False when it carries no ink; `packed` may then hold anything.
+// the unused bits of the last byte zero. False when it carries no ink; `packed` may then hold
+// anything.
 bool PackLine(const RasterLayout& layout, const std::uint8_t* line, std::uint32_t color,
               std::uint32_t y, std::uint8_t* packed);
 

@@ -70,7 +70,7 @@ class Run {
     progress_.BeginReading(printed_ + 1, input_ != nullptr ? input_->Pages() : 0, doing);
   }
 
-  // False, with the reason told, when the input is not printed to its end.
+  // False, with the reason reported, when the input is not printed to its end.
   bool PrintPage(bool* more) {
     if (input_->Pages() == 0 || printed_ < input_->Pages()) BeginPage(Doing());
     std::string error;

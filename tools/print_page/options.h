@@ -28,7 +28,7 @@ struct Options {
   sim::QuirkScript quirks;
 };
 
-// The options, or the exit code of a run that ends here (help, or a mistake that was told on
+// The options, or the exit code of a run that ends here (help, or a mistake that was reported on
 // standard error). File names are absolute afterwards, except "-".
 std::optional<Options> ParseOptions(int argc, const char* const* argv, int* exitCode);
 

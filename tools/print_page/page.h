@@ -29,9 +29,9 @@ constexpr std::uint32_t WidenedWidth(std::uint32_t width) {
 struct RasterPage {
   std::uint32_t width = 0;  // pixels, before widening
   std::uint32_t lines = 0;
-  std::uint32_t linesRead = 0;  // fewer when the raster ended early; the rest is blank
+  std::uint32_t linesRead = 0;  // fewer when the raster ended early; the others are blank
   std::bitset<kSlots> present;  // planes that the raster has, blank or not
-  // What lies behind the end of a plane is blank, the whole of an empty one.
+  // Everything past the end of a plane is blank, and so is all of an empty one.
   std::vector<std::vector<std::uint8_t>> planes;
 
   std::uint32_t LineBytes() const { return WidenedWidth(width) / 4; }

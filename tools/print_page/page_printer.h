@@ -23,7 +23,7 @@ class PagePrinter {
 
   // Prints a page, compares it and makes its picture, as the options say. `pageNo` counts from 1.
   PageReport Print(const RasterPage& raster, std::uint32_t pageNo, Progress& progress);
-  // What keeps the printer from printing at the moment; "" when nothing does. Any thread.
+  // What keeps the printer from printing now; "" when nothing does. Any thread.
   std::string Hindrance() const;
 
  private:

@@ -15,15 +15,15 @@ namespace qrn::tool {
 // "paper.png", then "paper-2.png" and so on.
 std::string PictureName(const std::string& name, std::uint32_t pageNo);
 
-// Why no picture can come there, found before paper is spent on it; "" when it can.
+// Why no picture can come there, found before the page is printed; "" when it can.
 std::string PictureProblem(const std::string& name);
 
 // What the picture of a page shows: all of it, or where it is not compared, what carries ink.
 sim::PictureOptions PictureOf(const Options& options, const sim::Machine& machine,
                               std::uint32_t lines, std::uint32_t widthPixels);
 
-// Writes the picture whole or not at all: what the name stood for before stays when it fails. Why
-// it could not be written; "" when it was.
+// Writes the picture whole or not at all: when it fails, an earlier file of that name stays. Why it
+// could not be written; "" when it was.
 [[nodiscard]] std::string SavePicture(const sim::Paper& paper, const sim::PictureOptions& options,
                                       const std::string& name);
 

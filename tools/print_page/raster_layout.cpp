@@ -44,7 +44,7 @@ std::uint32_t ColorsOf(std::uint32_t space) {
 std::uint64_t LineBits(const RasterLayout& layout) {
   const std::uint64_t plane = std::uint64_t{layout.width} * layout.bits;
   if (layout.order == CUPS_ORDER_PLANAR) return plane;
-  // Banded lines hold the colours one behind the other, each in an equal share of whole bytes.
+  // Banded lines hold the colours one after the other, each in an equal share of whole bytes.
   if (layout.order == CUPS_ORDER_BANDED) return (plane + 7) / 8 * 8 * layout.planes;
   return std::uint64_t{layout.width} * layout.pixelBits;
 }
@@ -81,7 +81,7 @@ std::string CheckHeader(const cups_page_header2_t& header, std::uint32_t resolut
   }
   const std::uint32_t xDpi = header.HWResolution[0], yDpi = header.HWResolution[1];
   if (xDpi != 0 && (xDpi != resolution || yDpi != kVerticalResolution)) {
-    return "it is of " + std::to_string(xDpi) + "x" + std::to_string(yDpi) + " dpi, asked is " +
+    return "it has " + std::to_string(xDpi) + "x" + std::to_string(yDpi) + " dpi, not " +
            std::to_string(resolution) + "x" + std::to_string(kVerticalResolution);
   }
   if (layout->pixelBits > 64 || layout->pixelBits % layout->bits != 0)

@@ -1,4 +1,4 @@
-// How the bytes of a CUPS raster page lie, from a header of which nothing is trusted.
+// How the bytes of a CUPS raster page are laid out, from a header of which nothing is trusted.
 #ifndef QRN_TOOLS_PRINT_PAGE_RASTER_LAYOUT_H_
 #define QRN_TOOLS_PRINT_PAGE_RASTER_LAYOUT_H_
 

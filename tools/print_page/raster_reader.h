@@ -27,7 +27,7 @@ enum class ReadResult {
 struct PageTerms {
   // The horizontal one (360 along the paper); pages that name none are taken.
   std::uint32_t resolution = 1440;
-  // Why a page is not wanted, told before its pixels are read: it has measures and no planes yet.
+  // Why a page is not wanted, asked before its pixels are read: it has measures and no planes yet.
   // "" when it is wanted.
   std::function<std::string(const RasterPage& page)> refusal;
   // Why planes of so many bytes, all colours together, are too many; "" when they are not. Asked as

@@ -7,9 +7,8 @@ namespace {
 // `device`: the options that name and set the output device.
 Command GhostscriptCommand(const Command& device, const std::string& document, const PageRun& run,
                            std::uint32_t resolution) {
-  Command command = {
-      "gs",      "-q",        "-dSAFER",
-      "-dBATCH", "-dNOPAUSE", "-dPDFSTOPONERROR"};  // it would print what it can of a damaged file
+  // Without the last it would print what it can of a damaged file.
+  Command command = {"gs", "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-dPDFSTOPONERROR"};
   command.insert(command.end(), device.begin(), device.end());
   command.insert(command.end(),
                  {"-sPAPERSIZE=a4", "-dEPSCrop", "-r" + std::to_string(resolution) + "x360",
@@ -41,8 +40,8 @@ Command PdfInfoCommand() {
           "-f", kDocumentName};
 }
 
-// Transparency lies on white, in each of the file's pictures. The background stands in front of the
-// picture: behind it, the program keeps silent about damage.
+// Transparency is laid on white, in each of the file's pictures. The background comes before the
+// picture: given after it, the program keeps silent about damage.
 Command PictureCommand(const std::string& format) {
   return {
       "gm",      "convert", "-background", "white",   format + ":" + kDocumentName,

@@ -17,17 +17,17 @@ constexpr const char* kDocumentName = "the-file";  // it shows in the programs' 
 constexpr const char* kPictureDocumentName = "picture.pdf";
 
 // Pages of a document as a CUPS raster on standard output: 8 bits a colour, CMYK, the colours of a
-// line one behind the other, at this resolution x 360; the document's page size, A4 where it names
+// line one after the other, at this resolution x 360; the document's page size, A4 where it names
 // none.
 Command RenderCommand(const std::string& document, const PageRun& run, std::uint32_t resolution);
 
 // The same pages as tagged pixels (object_tags.h).
 Command TagCommand(const std::string& document, const PageRun& run, std::uint32_t resolution);
 
-// Tells how many pages a PDF has and which have transparency.
+// Reports how many pages a PDF has and which have transparency.
 Command PdfInfoCommand();
 
-// Makes a PDF of a picture, a page for each that the file holds, and tells the type of each on
+// Makes a PDF of a picture, a page for each that the file holds, and writes the type of each to
 // standard output.
 Command PictureCommand(const std::string& format);
 

@@ -65,7 +65,7 @@ RenderFolder::RenderFolder() {
   for (const char* name : {"TMPDIR", "MAGICK_TMPDIR", "XDG_CACHE_HOME"})
     environment_.push_back(name + ("=" + scratch));
   environment_.push_back("FONTCONFIG_FILE=" + Path(kFontConfig));
-  environment_.push_back("PAPERSIZE=a4");  // else a file of the system's tells it
+  environment_.push_back("PAPERSIZE=a4");  // else a file of the system decides
 }
 
 std::string RenderFolder::LittleRoom() const {

@@ -12,7 +12,7 @@ constexpr const char* kPdfReader = "--runpdf--";  // what Ghostscript says fails
 constexpr const char* kPasswordMessage = "requires a password";
 
 // Without the file's name in brackets, which says nothing, and what GraphicsMagick adds after it:
-// an error number of another moment.
+// an error number from something else.
 std::string Plain(std::string reason) {
   reason.resize(std::min(reason.size(), reason.find(std::string(" (") + kDocumentName)));
   const bool pdf = reason.find(kPdfReader) != std::string::npos;
@@ -89,9 +89,8 @@ bool Rendering::StartFilter(const PageRun& run, std::string* error) {
 }
 
 ReadResult Rendering::TaggingFailed(std::string* error) {
-  *error = tagger_->Wait(error)
-               ? "its greys cannot be told: the second rendering is not of its size"
-               : Plain(*error) + folder_.LittleRoom();
+  *error = tagger_->Wait(error) ? "its greys cannot be found: the second rendering has another size"
+                                : Plain(*error) + folder_.LittleRoom();
   return ReadResult::kError;
 }
 
@@ -101,7 +100,7 @@ ReadResult Rendering::NextPage(RasterPage* page, std::string* error) {
     if (result == ReadResult::kPage && (filter_ == nullptr || !filter_->HasFailed())) return result;
     if (result == ReadResult::kPage) return TaggingFailed(error);
     if (result == ReadResult::kRefused) {
-      renderer_.reset();  // the rest of the page may take long
+      renderer_.reset();  // what is left of the page may take long
       return result;
     }
     // What went wrong in the renderer is the reason for whatever its raster lacks.

@@ -42,7 +42,7 @@ class Rendering {
   std::string document_ = kDocumentName;
   DocumentPlan plan_;
   std::size_t nextRun_ = 0;
-  // Of the current run: what its pages come from, and what tells of their objects where that is
+  // Of the current run: what its pages come from, and what reports their objects where that is
   // needed.
   std::unique_ptr<ChildProcess> renderer_, tagger_;
   std::unique_ptr<RasterReader> reader_;

@@ -12,7 +12,8 @@
 namespace qrn::tool {
 namespace {
 
-// As a machine is told it: lists with commas. "", which no setting takes, for what is none of that.
+// The text that SetMachine takes: lists with commas. "", which no setting takes, for any other kind
+// of value.
 std::string TextOf(const toml::node& node) {
   if (const auto text = node.value_exact<std::string>()) return *text;
   if (const auto flag = node.value_exact<bool>()) return *flag ? "true" : "false";
@@ -24,7 +25,7 @@ std::string TextOf(const toml::node& node) {
   return list;
 }
 
-// A printer may report an ink that there is none of; in a file it is a slip.
+// A printer may report an ink that does not exist; in a file it is a mistake.
 bool HasUnknownInk(const sim::Machine& machine) {
   return std::any_of(machine.inkOrder.begin(), machine.inkOrder.end(), [](const auto& order) {
     return *std::max_element(order.begin(), order.end()) >= kSlots;

@@ -1,4 +1,4 @@
-// What print-page tells: a summary at the end of each page, and one of them all.
+// What print-page reports: a summary at the end of each page, and one of them all.
 #ifndef QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
 #define QRN_TOOLS_PRINT_PAGE_SUMMARY_H_
 

@@ -37,7 +37,7 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
   std::string Path(const std::string& name) const { return (path_ / name).string(); }
-  // Where it lies.
+  // The folder that it is in.
   const std::string& Parent() const { return parent_; }
   // The reason that an error number of a write there gives, in a line.
   std::string CannotWrite(int error) const {

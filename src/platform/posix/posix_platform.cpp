@@ -22,7 +22,7 @@ namespace {
 constexpr UsbList kTheList = 1;
 constexpr std::uint32_t kLocaleEnglish = 0x0409;
 constexpr std::uint32_t kLocaleChinese = 0x0804;
-constexpr std::uint32_t kErrorNoDeviceCode = 1167;  // as the Windows error that stands for it
+constexpr std::uint32_t kErrorNoDeviceCode = 1167;  // the Windows error for it
 constexpr mode_t kNewFileMode = 0666;               // less what the user's mask takes
 constexpr std::uint32_t kTransferNapMs = 5;  // a waiting transfer looks again at least this often
 
@@ -171,10 +171,11 @@ ThreadHandle PosixPlatform::ThreadStart(void (*procedure)(void*), void* argument
   return reinterpret_cast<ThreadHandle>(thread);
 }
 
-// A process without rights keeps the normal priority, and prints all the same.
+// A process without the right to raise it keeps the normal priority, and still prints.
 void PosixPlatform::ThreadRaisePriority(ThreadHandle) {}
 
-// Returns when the thread is gone, so that nothing of it runs beside what its ender does next.
+// Returns when the thread is gone, so that none of its code runs alongside what the caller does
+// next.
 void PosixPlatform::ThreadTerminate(ThreadHandle thread) {
   auto* started = reinterpret_cast<StartedThread*>(thread);
   (void)pthread_cancel(started->id);  // one that has just ended cannot be cancelled
@@ -188,7 +189,7 @@ void PosixPlatform::ThreadRelease(ThreadHandle thread) {
   delete started;
 }
 
-// Of these variables the first that says something counts.
+// The first of these variables that is set and not empty counts.
 std::uint32_t PosixPlatform::SystemLocaleId() {
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     const char* language = std::getenv(name);

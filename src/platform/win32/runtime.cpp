@@ -1,6 +1,6 @@
-// What the DLL takes from its own heap and not from the C++ library, whose operators bring its
-// exceptions along: a hundred kilobytes of code, and a pool that is allocated at loading and never
-// given back. The library neither throws nor catches.
+// The DLL's own memory operators. Those of the C++ library would bring its exceptions along: 100 KB
+// of code, and a pool that is allocated at loading and never given back. The library neither throws
+// nor catches.
 #include <cstdlib>
 #include <new>
 
@@ -13,5 +13,5 @@ void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
-// The slot of an abstract class's methods; no object of one is ever called.
+// Fills the slots of pure virtual methods, which are never called.
 extern "C" void __cxa_pure_virtual() { __builtin_trap(); }  // NOLINT(bugprone-reserved-identifier)

@@ -18,7 +18,7 @@ constexpr DWORD kBulkRead = CTL_CODE(kFunctionDriver, 0x813, METHOD_OUT_DIRECT, 
 static_assert(kBulkWrite == 0x222051 && kBulkRead == 0x22204E);
 constexpr std::uint32_t kWritePipe = 0, kReadPipe = 2;
 
-// What a thread that is asked to leave gets for its way to the next sleep, transfer or box.
+// How long a thread that is asked to leave has to reach its next sleep, transfer or box.
 constexpr DWORD kAskedMs = 300;
 // A thread that was ended by force may hang in its driver for minutes, but never comes back from
 // there; one that has done its work may hang in the system's loader, which the host holds while it
@@ -71,8 +71,8 @@ void KeepLibraryLoaded() {
                      reinterpret_cast<const char*>(&g_thread), &library);
 }
 
-// The pipe number is the input, the data travel in the output buffer. What the driver says of the
-// bytes transferred is not looked at.
+// The pipe number is the input, the data travel in the output buffer. The driver's count of
+// transferred bytes is ignored.
 bool Transfer(DeviceHandle device, DWORD request, std::uint32_t pipe, void* data,
               std::uint32_t bytes) {
   Win32Platform::LeaveIfAsked();
@@ -108,7 +108,7 @@ bool Win32Platform::BulkRead(DeviceHandle device, void* data, std::uint32_t byte
   return Transfer(device, kBulkRead, kReadPipe, data, bytes);
 }
 
-// The frames of the library that are left hold nothing.
+// The frames of the library that are abandoned own nothing.
 void Win32Platform::LeaveIfAsked() {
   StartedThread* self = Self();
   if (self == nullptr || !self->asked) return;
@@ -158,7 +158,7 @@ void Win32Platform::ThreadTerminate(ThreadHandle thread) {
   auto* started = reinterpret_cast<StartedThread*>(thread);
   started->asked = true;
   if (started->id != 0) PostThreadMessageA(started->id, WM_QUIT, 0, 0);  // closes a box of it
-  // One that has left may yet wait for the loader.
+  // A thread that has left may still be waiting for the loader.
   if (WaitForSingleObject(started->handle, kAskedMs) != WAIT_OBJECT_0 && !started->done) {
     if (!started->resting) KeepLibraryLoaded();
     TerminateThread(started->handle, 0);
