@@ -28,10 +28,11 @@ void TakeLines(Job& job, const Lines& lines, std::uint32_t firstLine) {
   for (std::uint32_t line = 0; line < job.swathH; ++line) {
     for (std::uint32_t color = 0; color < kColors; ++color) {
       const std::uint8_t* const source = LineOf(lines, color, firstLine + line);
-      if (line + 1 == job.swathH && color + 1 == kColors)
+      if (line + 1 == job.swathH && color + 1 == kColors) {
         StoreRow(job, color, std::uint32_t{job.historyRows} + line, source, bytes);
-      else
+      } else {
         (void)AddLine(job, color, bytes, source);  // every line is usable
+      }
     }
   }
 }
@@ -71,9 +72,10 @@ Timing CheckBands(const std::string& where, Job& job, const Lines& lines) {
     TakeLines(job, lines, first);
     double seconds = SecondsOf([&] {
       for (std::uint32_t line = 0; line < job.swathH; ++line) {
-        for (std::uint32_t color = 0; color < kColors; ++color)
+        for (std::uint32_t color = 0; color < kColors; ++color) {
           std::memcpy(plain.Row(color, std::uint32_t{job.historyRows} + line),
                       LineOf(lines, color, first + line), lines[0].size());
+        }
       }
     });
     for (std::uint32_t pass = 0; pass < job.passCount; ++pass) {

@@ -10,7 +10,7 @@
 #include "platform/platform.h"
 #include "raster/band.h"
 #include "raster/convert.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 
 namespace qrn::bench {
 

@@ -13,7 +13,7 @@
 #include "link/frame.h"
 #include "link/transport.h"
 #include "raster/line_intake.h"
-#include "sim/usb/wire.h"
+#include "sim/wire/wire.h"
 
 namespace qrn::bench {
 namespace {

@@ -28,7 +28,7 @@
 #include "protocol/reply.h"
 #include "protocol/reply_format.h"
 #include "raster/job_memory.h"
-#include "sim/usb/wire.h"
+#include "sim/wire/wire.h"
 #include "support/fake_platform.h"
 
 using namespace qrn;

@@ -1,5 +1,5 @@
-// Plugs a virtual printer into the library of this process, on real time (posix threads) or on
-// virtual time.
+// Plugs a virtual printer into the library of this process, on real time (the system's threads and
+// clock) or on virtual time.
 #ifndef QRN_SIM_SESSION_H_
 #define QRN_SIM_SESSION_H_
 
@@ -7,7 +7,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "sim/virtual_printer.h"
 

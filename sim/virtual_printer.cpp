@@ -5,11 +5,11 @@
 
 #include "base/bytes.h"
 #include "sim/firmware/firmware.h"
-#include "sim/firmware/protocol_check.h"
 #include "sim/quirks/quirk_triggers.h"
 #include "sim/usb/reply_pipe.h"
 #include "sim/usb/usb_bus.h"
-#include "sim/usb/wire.h"
+#include "sim/wire/messages.h"
+#include "sim/wire/wire.h"
 
 namespace qrn::sim {
 namespace {

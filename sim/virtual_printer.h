@@ -1,15 +1,15 @@
 // The virtual printer as something that can be plugged in: a USB device whose three layers take the
-// transfers apart (wire), behave like the machine (firmware) and lay the dots (paper).
+// transfers apart (wire), behave like the machine (firmware) and lay the dots (paper). The objects
+// that it is made of are for one thread at a time; a lock here sees to it.
 #ifndef QRN_SIM_VIRTUAL_PRINTER_H_
 #define QRN_SIM_VIRTUAL_PRINTER_H_
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "platform/usb_port.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/paper/paper.h"
 #include "sim/quirks/quirks.h"
 

@@ -10,17 +10,6 @@ namespace qrn::sim {
 namespace {
 
 constexpr std::uint16_t kStatusSpoolOverflow = 7;
-constexpr std::size_t kReplyBytes = 16;  // up to the word after the two of a pause reply
-constexpr std::size_t kUpdateMarkAt = 12;
-
-Reply MakeReply(std::uint32_t code, bool ok, std::uint16_t sub, std::uint16_t status) {
-  Reply reply(kReplyBytes);
-  PutU16(&reply[0], Low16(code));
-  PutU16(&reply[2], ok ? 1 : 0);
-  PutU16(&reply[4], sub);
-  PutU16(&reply[6], status);
-  return reply;
-}
 
 }  // namespace
 
@@ -61,7 +50,7 @@ void Firmware::Reopened() {
 std::optional<Reply> Firmware::Take(const WireMessage& message, std::uint32_t nowMs) {
   triggers_->CountMessage();
   std::optional<Reply> reply = TakeMessage(message, nowMs);
-  if (reply && U16(&(*reply)[2]) == 1) order_.Taken();
+  if (reply && U16(&(*reply)[kReplyOkAt]) == 1) order_.Taken();
   return reply;
 }
 
@@ -117,8 +106,8 @@ Reply Firmware::TakeCommand(const Packet& packet, std::uint32_t nowMs) {
       break;
   }
   // These carry whatever body the command before them left: within a job that is the job create's.
-  if (!jobCreate_.empty() &&
-      !std::equal(packet.begin() + 4, packet.end(), jobCreate_.begin() + 4, jobCreate_.end())) {
+  if (!jobCreate_.empty() && !std::equal(packet.begin() + kBodyAt, packet.end(),
+                                         jobCreate_.begin() + kBodyAt, jobCreate_.end())) {
     Fail("command " + std::to_string(code) + " without the job create's body");
   }
   return StateReply(code, nowMs);
@@ -130,13 +119,13 @@ Reply Firmware::StateReply(std::uint32_t code, std::uint32_t nowMs) {
   const std::vector<std::uint8_t> update =
       state == kStatePaused ? state_.UpdateSection(machine_) : std::vector<std::uint8_t>{};
   if (update.empty()) return reply;
-  reply.resize(kUpdateMarkAt);
+  reply.resize(kReplyUpdateAt);
   reply.insert(reply.end(), update.begin(), update.end());
   return reply;
 }
 
 void Firmware::Watch(std::uint32_t nowMs) {
-  if (state_.Watch(nowMs)) {
+  if (state_.TakeDue(nowMs)) {
     trouble_ = "the job was cancelled at the printer, at swath " + std::to_string(lastSwathNo_);
   }
 }
@@ -150,7 +139,7 @@ Reply Firmware::Refuse(std::uint32_t code, std::uint16_t status, std::uint32_t n
 Reply Firmware::Connect() {
   trouble_.clear();
   Reply reply = MakeReply(kConnect, true, 0, 0);
-  reply.resize(8);
+  reply.resize(kReplyBlockAt);
   const auto whole = ParameterBlock(machine_);
   std::vector<std::uint8_t> block(whole.begin(), whole.end());
   if (const Quirk* defect = triggers_->Use(Quirk::Kind::kBlock)) {
@@ -188,8 +177,8 @@ Reply Firmware::AnswerBufferQuery(std::uint32_t nowMs) {
   Watch(nowMs);
   Reply reply = StateReply(kBufferQuery, nowMs);
   const bool full = triggers_->Use(Quirk::Kind::kBufferFull) != nullptr;
-  const bool paused = U16(&reply[4]) == kStatePaused;
-  PutU32(&reply[8], full || paused ? 0 : spool_.Room(nowMs));
+  const bool paused = U16(&reply[kReplyStateAt]) == kStatePaused;
+  PutU32(&reply[kReplyRoomAt], full || paused ? 0 : spool_.Room(nowMs));
   return reply;
 }
 
@@ -237,7 +226,7 @@ void Firmware::PrintSwath(const Packet& packet, const std::vector<std::uint8_t>&
   pass.direction = packet[kDirAt];
   pass.startPos = U16(&packet[kStartPosAt]);
   pass.feedSteps = U32(&packet[kFeedStepsAt]);
-  inkLaid_ += carriage_->Print(pass, data, paper_);
+  inkLaid_ += carriage_->PrintPass(pass, data, paper_);
   if (carriage_->StrayBytes() != 0) Fail("dots for a head that is not in use");
   ++swaths_;
   if (data.empty()) ++feedOnlySwaths_;

@@ -12,12 +12,12 @@
 #include "sim/firmware/job_state.h"
 #include "sim/firmware/message_order.h"
 #include "sim/firmware/spool.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/paper/carriage.h"
 #include "sim/paper/paper.h"
 #include "sim/quirks/quirk_triggers.h"
-#include "sim/usb/reply_pipe.h"
-#include "sim/usb/wire.h"
+#include "sim/wire/messages.h"
+#include "sim/wire/wire.h"
 
 namespace qrn::sim {
 

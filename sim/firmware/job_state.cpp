@@ -2,19 +2,18 @@
 
 #include "base/bytes.h"
 #include "sim/firmware/parameter_block.h"
+#include "sim/wire/messages.h"
 
 namespace qrn::sim {
 namespace {
 
-// The part of the parameter block that an update replaces, and what the update quirks change in it.
-constexpr std::size_t kSectionAt = 8, kSectionBytes = 70;
-constexpr std::size_t kCorrections = 4;
+constexpr std::size_t kCorrections = 4;  // that the update quirk changes
 constexpr std::uint16_t kUpdateMark = 0x1122;
 constexpr std::size_t kShortUpdateBytes = 10;
 
 }  // namespace
 
-bool JobState::Watch(std::uint32_t nowMs) {
+bool JobState::TakeDue(std::uint32_t nowMs) {
   if (const Quirk* pause = triggers_->Use(Quirk::Kind::kPause)) {
     paused_ = true;
     pausedUntilMs_ = nowMs + pause->ms;
@@ -45,8 +44,8 @@ std::vector<std::uint8_t> JobState::UpdateSection(const Machine& machine) const 
   }
   std::vector<std::uint8_t> section(2);
   PutU16(section.data(), kUpdateMark);
-  const std::size_t bytes = update_ == Update::kShort ? kShortUpdateBytes : kSectionBytes;
-  section.insert(section.end(), block.begin() + kSectionAt, block.begin() + kSectionAt + bytes);
+  const std::size_t bytes = update_ == Update::kShort ? kShortUpdateBytes : kUpdateBytes;
+  section.insert(section.end(), block.begin() + kUpdateAt, block.begin() + kUpdateAt + bytes);
   return section;
 }
 

@@ -6,13 +6,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/quirks/quirk_triggers.h"
 
 namespace qrn::sim {
-
-constexpr std::uint16_t kStateGone = 0, kStateCancelled = 2, kStatePaused = 3, kStateResumed = 4,
-                        kStateRunning = 5;
 
 class JobState {
  public:
@@ -21,12 +18,12 @@ class JobState {
   void Begin() { cancelled_ = gone_ = paused_ = false; }
   // To be called before a reply that reports the state: what is due in it happens. True when that
   // is a cancel.
-  bool Watch(std::uint32_t nowMs);
+  bool TakeDue(std::uint32_t nowMs);
   bool IsPaused() const { return paused_; }
-  // 2 or 0 once cancelled, 3 while paused, 4 once after a pause, else 5.
+  // The state that the next reply reports; that a pause is over, once.
   std::uint16_t Report(std::uint32_t nowMs);
-  // What a pause reply carries from its byte 12 on: a mark and the parameter update; empty when the
-  // pause brings none.
+  // What a pause reply carries from kReplyUpdateAt on: a mark and the parameter update; empty when
+  // the pause brings none.
   std::vector<std::uint8_t> UpdateSection(const Machine& machine) const;
 
  private:

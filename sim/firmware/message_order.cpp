@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/bytes.h"
-#include "sim/firmware/job_state.h"
 #include "sim/firmware/protocol_check.h"
+#include "sim/wire/messages.h"
 
 namespace qrn::sim {
 namespace {
@@ -96,18 +96,17 @@ void MessageOrder::Taken() {
 // Words that a reply lacks are 0, but a job state that is not there is none. A host reads on for
 // the answer to its command, but takes anything with a code as the answer to a buffer query.
 void MessageOrder::ReplyRead(const Bytes& reply) {
-  const auto word = [&reply](std::size_t at) {
-    return at + 2 <= reply.size() ? std::uint32_t{U16(&reply[at])} : 0u;
-  };
-  const std::uint32_t code = word(0);
-  if (answerTest_ || reply.size() < 2 || (code != command_ && command_ != kBufferQuery)) return;
-  taken_ = word(2) == 1;
+  const auto has = [&reply](std::size_t at) { return at + 2 <= reply.size(); };
+  const auto word = [&](std::size_t at) { return has(at) ? std::uint32_t{U16(&reply[at])} : 0u; };
+  const bool answers = word(kReplyCodeAt) == command_ || command_ == kBufferQuery;
+  if (answerTest_ || !has(kReplyCodeAt) || !answers) return;
+  taken_ = word(kReplyOkAt) == 1;
   if (command_ == kSwath && taken_) takenSwathNo_ = swathNo_;
   if (command_ == kBufferQuery) {
-    const std::uint32_t room = word(8) | (word(10) << 16);
+    const std::uint32_t room = word(kReplyRoomAt) | (word(kReplyRoomAt + 2) << 16);
     roomForBytes_ = room >= askedBytes_ / 2 ? askedBytes_ : 0;
   }
-  if (reply.size() >= 6) TakeState(U16(&reply[4]));
+  if (has(kReplyStateAt)) TakeState(U16(&reply[kReplyStateAt]));
 }
 
 void MessageOrder::TakeState(std::uint16_t state) {

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::uint16_t kSignature = 0x5213;
 constexpr std::uint8_t kPha = 0x10, kPhb = 0x20, kFixedDirBit = 0x20;
-constexpr std::uint32_t kTwoHeads = 0x01, kMirroredHeads = 0x10;
+constexpr std::uint32_t kTwoHeads = 0x01;
+constexpr std::uint32_t kHeadTypeBits = 0xF0, kMirroredHeads = 0x10, kUnknownHeads = 0x20;
 
 std::uint8_t HeadMask(Heads heads) {
   switch (heads) {
@@ -30,9 +31,9 @@ std::uint8_t HeadMask(Heads heads) {
 std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine) {
   std::array<std::uint8_t, kParameterBlockBytes> block{};
   block[kMainBoardAt] = 120;
-  block[kMainBoardAt + 1] = 3;
+  block[kMainBoardVersionAt] = 3;
   block[kCarriageBoardAt] = 121;
-  block[kCarriageBoardAt + 1] = 2;
+  block[kCarriageBoardVersionAt] = 2;
   PutU16(&block[kCarriageSerialAt], 4711);
   block[kSelectorAt] = 0;
   for (std::size_t head = 0; head < machine.inkOrder.size(); ++head) {
@@ -71,7 +72,7 @@ void CorruptBlock(Defect defect, std::vector<std::uint8_t>* block) {
       block->resize(block->size() / 2);
       break;
     case Defect::kHead:
-      bytes[kCarriageAt] = Low8((bytes[kCarriageAt] & 0x0Fu) | 0x20u);
+      bytes[kCarriageAt] = Low8((bytes[kCarriageAt] & ~kHeadTypeBits) | kUnknownHeads);
       break;
     case Defect::kResolution:
       std::fill(bytes + kCorrectionsAt, bytes + kCorrectionsEnd, std::uint8_t{255});

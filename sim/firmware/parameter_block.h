@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/quirks/quirks.h"
 
 namespace qrn::sim {
@@ -16,11 +16,12 @@ namespace qrn::sim {
 constexpr std::size_t kParameterBlockBytes = 208;
 
 // Places in the block, u8 where nothing is said.
-constexpr std::size_t kMainBoardAt = 0, kCarriageBoardAt = 4;  // id and version each
-constexpr std::size_t kCarriageSerialAt = 6;                   // u16
-constexpr std::size_t kSelectorAt = 8;                         // of the feed calibrations
-constexpr std::size_t kInkOrderAt = 9;                         // u8[4][8], by head
-constexpr std::size_t kCorrectionsAt = 41;                     // u8[13], of the three that follow
+constexpr std::size_t kMainBoardAt = 0, kMainBoardVersionAt = 1;
+constexpr std::size_t kCarriageBoardAt = 4, kCarriageBoardVersionAt = 5;
+constexpr std::size_t kCarriageSerialAt = 6;  // u16
+constexpr std::size_t kSelectorAt = 8;        // of the feed calibrations
+constexpr std::size_t kInkOrderAt = 9;        // u8[4][8], by head
+constexpr std::size_t kCorrectionsAt = 41;    // u8[13], of the three that follow
 constexpr std::size_t kBiDirShiftAt = kCorrectionsAt;
 constexpr std::size_t kHeadGapYAt = 46, kHeadGapXAt = 50, kCorrectionsEnd = 54;
 constexpr std::size_t kCalibrationsAt = 72, kCalibrationHighAt = 77, kCalibrationsEnd = 78;
@@ -31,6 +32,9 @@ constexpr std::size_t kFeedBaseAt = 128;                     // u32
 constexpr std::size_t kMainSerialAt = 148;                   // u16
 constexpr std::size_t kTravelAt = 192;                       // u32
 constexpr std::size_t kSignatureAt = 204;                    // u16
+
+// The section that an update replaces.
+constexpr std::size_t kUpdateAt = kSelectorAt, kUpdateBytes = 70;
 
 std::array<std::uint8_t, kParameterBlockBytes> ParameterBlock(const Machine& machine);
 

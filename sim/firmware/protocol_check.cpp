@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/bytes.h"
+#include "sim/wire/messages.h"
 
 namespace qrn::sim {
 namespace {
@@ -31,7 +32,9 @@ std::string CheckJobCreate(const Packet& packet) {
   const bool constants = packet[kCreateMarkAt] == 0xCF && packet[kCreateConstant25At] == 25 &&
                          packet[kCreateConstant1At] == 1 &&
                          U16(&packet[kCreateSignatureAt]) == 0x2015;
-  const bool zeros = ZeroFrom(packet, 4, 6) && ZeroFrom(packet, 13, 14) && ZeroFrom(packet, 30, 32);
+  const bool zeros = ZeroFrom(packet, kBodyAt, kCreateMarkAt) &&
+                     ZeroFrom(packet, kCreateResolutionIndexEnd, kCreateCarriageAt) &&
+                     ZeroFrom(packet, kCreateResolutionParamsEnd, kCreateTimeAt);
   if (!constants || !zeros || (carriage != kTwoHeadCarriage && carriage != kOneHeadCarriage))
     return "job create body";
   return "";
@@ -40,10 +43,12 @@ std::string CheckJobCreate(const Packet& packet) {
 std::string CheckSwath(const Packet& packet) {
   if (!ZeroFrom(packet, kBodyAt, kDataSizeAt) || !ZeroFrom(packet, kDataSizeEnd, kHeaderAt))
     return "swath packet's zero bytes";
-  for (const auto& [begin, end] : {std::pair{0, 2}, {3, 4}, {12, 14}, {18, 20}, {24, 28}}) {
-    if (!ZeroFrom(packet, kHeaderAt + static_cast<std::size_t>(begin),
-                  kHeaderAt + static_cast<std::size_t>(end)))
-      return "swath header's zero bytes";
+  for (const auto& [begin, end] : {std::pair{kHeaderAt, kDirAt},
+                                   {kDirAt + 1, kSecondDirAt},
+                                   {kEndPosEnd, kFlashAmountAt},
+                                   {kLinesFedEnd, kSwathNoAt},
+                                   {kSwathNoEnd, kFeedStepsAt}}) {
+    if (!ZeroFrom(packet, begin, end)) return "swath header's zero bytes";
   }
   if (packet[kDirAt] > 1 || packet[kDirAt] != packet[kSecondDirAt]) return "swath direction";
   if (U32(&packet[kDataSizeAt]) % kDataUnit != 0) return "swath data size";

@@ -11,7 +11,6 @@ namespace {
 constexpr std::size_t kColumnBytes = 720, kPlaneBytes = 360;
 constexpr std::int32_t kNozzles = 180;
 constexpr std::int64_t kPosPerInch = 150;  // the wire's scale
-constexpr std::uint32_t kOneHeadColumnPixels = 3;
 constexpr double kShortGapInch = 53.0 / 600, kLongGapInch = 180.0 / 600;
 constexpr std::array<std::uint32_t, 4> kResolutions = {1080, 1440, 1620, 2160};
 constexpr std::array<std::uint32_t, 4> kPassCounts = {3, 4, 6, 8};
@@ -37,9 +36,9 @@ constexpr std::int64_t PositionBefore(std::int64_t dots, std::uint32_t resolutio
 // count from row 7, in a head that is built the other way round too.
 std::int32_t StaggerColumns(std::size_t row, bool mirrored, double columnsPerInch) {
   const auto standard = [columnsPerInch](std::size_t r) {
-    const auto shortGaps = static_cast<double>((8 - r) / 2),
-               longGaps = static_cast<double>((7 - r) / 2);
-    const double inch = shortGaps * kShortGapInch + longGaps * kLongGapInch;
+    const std::size_t shortGaps = (8 - r) / 2, longGaps = (7 - r) / 2;
+    const double inch = static_cast<double>(shortGaps) * kShortGapInch +
+                        static_cast<double>(longGaps) * kLongGapInch;
     return static_cast<std::int32_t>(std::lround(inch * columnsPerInch));
   };
   return mirrored ? standard(0) - standard(row) : standard(row);
@@ -113,8 +112,8 @@ void Carriage::MountOne(const Machine& machine, std::size_t index, double column
   }
 }
 
-std::uint64_t Carriage::Print(const PassCommand& pass, const std::vector<std::uint8_t>& columns,
-                              Paper& paper) {
+std::uint64_t Carriage::PrintPass(const PassCommand& pass, const std::vector<std::uint8_t>& columns,
+                                  Paper& paper) {
   // The grid is the encoder's: a pass starts on the grid column at or before its start position.
   const std::int64_t start =
       FloorDiv((pass.startPos - originPos_) * resolution_, kPosPerInch * passCount_);

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/paper/paper.h"
 
 namespace qrn::sim {
@@ -24,7 +24,8 @@ struct PassCommand {
 int ResolutionIndexOf(std::uint32_t resolution);
 // Dots at the resolution from one column of the carriage's grid to the next: 3, 4, 6 or 8.
 std::uint32_t BasePassCountOf(std::uint32_t resolution);
-// Pixels of a line that make up an output column: as many with two heads, always 3 with one.
+constexpr std::uint32_t kOneHeadColumnPixels = 3;
+// Pixels of a line that make up an output column: as many with two heads, always these with one.
 std::uint32_t ColumnPixelsOf(const Machine& machine, std::uint32_t resolution);
 
 class Carriage {
@@ -34,8 +35,8 @@ class Carriage {
 
   // Lays the columns (720 bytes each, a cut last one allowed), then feeds. Returns the ink laid, in
   // drop levels.
-  std::uint64_t Print(const PassCommand& pass, const std::vector<std::uint8_t>& columns,
-                      Paper& paper);
+  std::uint64_t PrintPass(const PassCommand& pass, const std::vector<std::uint8_t>& columns,
+                          Paper& paper);
   // Bytes with dots for a head that is not in use, so far.
   std::uint64_t StrayBytes() const { return strayBytes_; }
 

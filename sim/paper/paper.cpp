@@ -15,7 +15,7 @@ InkRow& Paper::Prepare(int color, int direction, std::int32_t line, std::int32_t
     row.firstColumn = firstColumn;
   }
   if (lastColumn >= row.EndColumn())
-    row.ink.resize(static_cast<std::size_t>(lastColumn - row.firstColumn + 1));
+    row.ink.resize(static_cast<std::size_t>(lastColumn - row.firstColumn) + 1);
   return row;
 }
 
@@ -56,12 +56,6 @@ std::uint64_t Paper::InkOf(int color) const {
     for (const auto& [line, row] : rows) ink = std::accumulate(row.ink.begin(), row.ink.end(), ink);
   }
   return ink;
-}
-
-std::uint64_t Paper::TotalInk() const {
-  std::uint64_t total = 0;
-  for (int color = 0; color < kInks; ++color) total += InkOf(color);
-  return total;
 }
 
 void Paper::Clear() { rows_ = {}; }

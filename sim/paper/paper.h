@@ -39,9 +39,8 @@ class Paper {
   // All lines with a row, smallest and largest; first > last when there is none.
   std::int32_t FirstLine() const;
   std::int32_t LastLine() const;
-  // Sums of drop levels.
+  // The sum of drop levels.
   std::uint64_t InkOf(int color) const;
-  std::uint64_t TotalInk() const;
   void Clear();
 
  private:

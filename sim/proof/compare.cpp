@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <optional>
 #include <vector>
 
 #include "sim/paper/carriage.h"
@@ -222,6 +221,7 @@ class Comparer {
     if (samples.empty()) return;
     result_.reverseFound = true;
     std::vector<std::int32_t> offsets;
+    offsets.reserve(samples.size());
     for (const Sample& sample : samples) {
       offsets.push_back(sample.reverse->firstColumn + FirstInked(sample.reverse->ink) -
                         FirstInked(sample.cells));
@@ -282,7 +282,7 @@ class Comparer {
               std::uint32_t found) {
     if (found > wanted) ++result_.overInkedCells;
     if (result_.differingCells++ != 0) return;
-    result_.firstDifference = "plane " + std::to_string(color) + ", line " + std::to_string(line) +
+    result_.firstDifference = "color " + std::to_string(color) + ", line " + std::to_string(line) +
                               ", column " + std::to_string(column) + ": asked " +
                               std::to_string(wanted) + ", printed " + std::to_string(found);
   }
@@ -302,7 +302,7 @@ std::string SplitInks(const Machine& machine) {
     colors += ' ';
     colors += std::to_string(color);
   }
-  return colors.empty() ? "" : "one nozzle row on each head for planes" + colors;
+  return colors.empty() ? "" : "one nozzle row on each head for colors" + colors;
 }
 
 Comparison Judged(Comparer& comparer, const Machine& machine, const Reach& reach) {

@@ -7,21 +7,11 @@
 #include <cstdint>
 #include <string>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/paper/paper.h"
+#include "sim/proof/raster_source.h"
 
 namespace qrn::sim {
-
-// The image as it was handed over: 8 colors, 2 bits a pixel, four pixels a byte, leftmost in the
-// highest bits.
-class RasterSource {
- public:
-  virtual ~RasterSource() = default;
-  virtual std::uint32_t Lines() const = 0;
-  virtual std::uint32_t LineBytes() const = 0;
-  // Line bytes of one color; nullptr = blank. Valid until the next call.
-  virtual const std::uint8_t* Line(int color, std::uint32_t line) const = 0;
-};
 
 struct Comparison {
   std::uint64_t cells = 0;  // cells compared (inked on either side)

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "sim/paper/carriage.h"
-
 namespace qrn::sim {
 namespace {
 
@@ -84,7 +82,7 @@ void Reach::FindMissingColors() {
   for (int color = 0; color < kInks; ++color) {
     if (((colors_ >> color) & 1u) == 0) missing += " " + std::to_string(color);
   }
-  if (!missing.empty()) Append(&reason_, "no nozzle row for planes" + missing);
+  if (!missing.empty()) Append(&reason_, "no nozzle row for colors" + missing);
 }
 
 void Reach::FindLines(const Machine& machine, std::uint32_t base) {

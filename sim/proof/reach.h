@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
+#include "sim/paper/carriage.h"
 
 namespace qrn::sim {
 
@@ -27,7 +28,8 @@ class Reach {
   // Requires: one of the four resolutions.
   Reach(const Machine& machine, std::uint32_t resolution);
 
-  static constexpr std::uint32_t kPhases = 3;  // pixel u of a line is printed in phase u mod 3
+  // Pixel u of a line is printed in phase u mod 3.
+  static constexpr std::uint32_t kPhases = kOneHeadColumnPixels;
 
   // Of an image line, from 0, and color 0..7.
   LineReach OfLine(int color, std::uint32_t line) const;

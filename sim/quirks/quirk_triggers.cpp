@@ -26,7 +26,8 @@ void QuirkTriggers::BeginRead() {
   reading_ = true;
 }
 
-// What is written may come to nothing; what is answered has come whole.
+// A failing write concerns the message that is being written, all else the one being answered: what
+// is written may come to nothing, what is answered has come whole.
 const QuirkTriggers::InHand& QuirkTriggers::Concerned(const Quirk& quirk) const {
   return WhereActs(quirk.kind) == Acts::kOnWrite ? written_ : answered_;
 }

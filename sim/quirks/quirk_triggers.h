@@ -17,7 +17,8 @@ class QuirkTriggers {
   // It is `nowMs` now; the first call begins the session.
   void PassTime(std::uint32_t nowMs);
   // The host writes a command packet of this message, or data, which belong to the message before.
-  // `swath`: the one that the message is of; 0 = none.
+  // `swath`: the one that the message is of; with 0 the swath before stays, but a job create begins
+  // at none.
   void BeginPacket(Message message, std::uint32_t swath);
   void BeginWrite(std::size_t bytes, bool isData);
   // A read is asked for again until it has ended: counted once.
@@ -31,7 +32,8 @@ class QuirkTriggers {
 
   std::uint32_t Messages() const { return messages_; }
 
-  // Uses the first quirk of the kind that is due and not used up once; null if there is none.
+  // Takes one use of the first quirk of this kind that is due and not used up; null if there is
+  // none.
   const Quirk* Use(Quirk::Kind kind);
 
   // `untilMs`, or the time at which a quirk is triggered before it: nobody waits past one.

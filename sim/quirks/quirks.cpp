@@ -7,6 +7,8 @@
 #include <sstream>
 #include <type_traits>
 
+#include "sim/wire/wire.h"
+
 namespace qrn::sim {
 namespace {
 
@@ -56,7 +58,7 @@ static_assert(InOrder(), "a kind is the place of its rule");
 
 // ---- Fields: each means the same, and takes the same values, in every kind ----
 
-constexpr std::uint32_t kPacketWordsMax = 47, kWordsMax = 4000;
+constexpr std::uint32_t kWordsMax = 4000;
 
 struct Field {
   using Setter = void (*)(Quirk& quirk, std::uint32_t number);
@@ -177,11 +179,11 @@ bool ParseSaidPacket(const std::string& text, SaidPacket* packet) {
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos) return ParseSaidWords(text, &packet->words);
   if (!ParseSaidWords(text.substr(colon + 1), &packet->words)) return false;
-  if (packet->words.size() > kPacketWordsMax) return false;
+  if (packet->words.size() > kPacketWords) return false;
   const std::size_t bracket = std::min(text.find('['), colon);
   const std::string kind = text.substr(0, bracket);
   const Words kinds = {"first", "last", "middle", "only"};
-  constexpr std::uint16_t kKindWords[] = {0xF001, 0xF002, 0xF004, 0xF008};
+  constexpr std::uint16_t kKindWords[] = {kFirst, kLast, kMiddle, kOnly};
   const auto known = std::find(kinds.begin(), kinds.end(), kind);
   if (known != kinds.end()) packet->kind = kKindWords[known - kinds.begin()];
   if (known == kinds.end() && !ParseWord(kind, &packet->kind)) return false;
@@ -200,20 +202,20 @@ std::string TakeSaid(const std::string& text, Quirk* quirk) {
 }
 
 // What a kind says about one of its fields.
-struct Use {
+struct FieldUse {
   const Field* field = nullptr;
   bool needed = false;
   std::string initial;  // "": the quirk's own
   Words words;          // those that may be given, where they are not all
 };
 
-std::vector<Use> UsesOf(const KindRule& rule) {
-  std::vector<Use> uses;
+std::vector<FieldUse> UsesOf(const KindRule& rule) {
+  std::vector<FieldUse> uses;
   for (const std::string& text : Split(rule.fields, ' ')) {
     const std::string name = text.substr(0, text.find_first_of("!=:"));
     for (const Field& field : Fields()) {
       if (name == "trigger" ? !IsTrigger(field) : name != field.name) continue;
-      Use use;
+      FieldUse use;
       use.field = &field;
       use.needed = text.find('!') != std::string::npos;
       if (const std::size_t at = text.find('='); at != std::string::npos)
@@ -229,7 +231,7 @@ std::vector<Use> UsesOf(const KindRule& rule) {
 }
 
 // Why the text is no value of the field, or "".
-std::string TakeValue(const Use& use, const std::string& text, Quirk* quirk) {
+std::string TakeValue(const FieldUse& use, const std::string& text, Quirk* quirk) {
   const Field& field = *use.field;
   const std::string name = field.name;
   if (field.set == nullptr) return TakeSaid(text, quirk);
@@ -251,18 +253,19 @@ std::string TakeValue(const Use& use, const std::string& text, Quirk* quirk) {
 }
 
 // Takes one "name=value"; why it is not one of the kind's, or "".
-std::string TakeField(const std::vector<Use>& uses, const std::string& text, Quirk* quirk,
+std::string TakeField(const std::vector<FieldUse>& uses, const std::string& text, Quirk* quirk,
                       std::set<std::string>* named) {
   const std::size_t equals = std::min(text.find('='), text.size());
   const std::string name = text.substr(0, equals);
-  const auto use = std::find_if(uses.begin(), uses.end(),
-                                [&name](const Use& known) { return name == known.field->name; });
+  const auto use = std::find_if(uses.begin(), uses.end(), [&name](const FieldUse& known) {
+    return name == known.field->name;
+  });
   if (use == uses.end() || equals == text.size()) {
     Words names;
-    for (const Use& known : uses) names.push_back(known.field->name + std::string("="));
+    for (const FieldUse& known : uses) names.push_back(known.field->name + std::string("="));
     return "'" + text + "' is not one of " + Join(names);
   }
-  const std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
+  std::string why = TakeValue(*use, text.substr(equals + 1), quirk);
   if (!why.empty()) return why;
   if (!named->insert(name).second) return name + " is given twice";
   if (IsTrigger(*use->field) && !named->insert("a trigger").second)
@@ -279,18 +282,18 @@ std::string Parse(const std::string& text, Quirk* quirk) {
   if (rule == std::end(kKinds)) return "no such kind";
   *quirk = Quirk{};
   quirk->kind = rule->kind;
-  const std::vector<Use> uses = UsesOf(*rule);
-  for (const Use& use : uses) {
+  const std::vector<FieldUse> uses = UsesOf(*rule);
+  for (const FieldUse& use : uses) {
     if (!use.initial.empty()) (void)TakeValue(use, use.initial, quirk);
   }
   std::set<std::string> named;
   if (colon != std::string::npos) {
     for (const std::string& field : Split(text.substr(colon + 1), ',')) {
-      const std::string why = TakeField(uses, field, quirk, &named);
+      std::string why = TakeField(uses, field, quirk, &named);
       if (!why.empty()) return why;
     }
   }
-  for (const Use& use : uses) {
+  for (const FieldUse& use : uses) {
     if (use.needed && named.count(use.field->name) == 0)
       return "needs " + std::string(use.field->name) + "=";
   }

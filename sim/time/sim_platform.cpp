@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <thread>
 
 #include "platform/usb_transfer.h"

@@ -5,7 +5,6 @@
 #ifndef QRN_SIM_TIME_SIM_PLATFORM_H_
 #define QRN_SIM_TIME_SIM_PLATFORM_H_
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>

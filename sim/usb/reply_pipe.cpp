@@ -4,8 +4,6 @@
 #include <random>
 
 #include "base/bytes.h"
-#include "sim/firmware/protocol_check.h"
-#include "sim/usb/wire.h"
 
 namespace qrn::sim {
 namespace {
@@ -15,7 +13,7 @@ constexpr std::uint32_t kSilencePollMs = 100;
 constexpr std::uint32_t kSplitWords = 2;
 constexpr std::size_t kOverlongBytes = 3200;  // more than a host has room for
 constexpr std::uint16_t kUnknownKind = 0xF003;
-constexpr std::uint16_t kTooManyWords = 49;  // a packet has room for 48
+constexpr std::uint16_t kTooManyWords = (kPacketBytes - kFramePayloadAt) / 2 + 1;
 
 std::int32_t Until(std::uint32_t timeMs, std::uint32_t nowMs) {
   return static_cast<std::int32_t>(timeMs - nowMs);
@@ -55,14 +53,12 @@ void ReplyPipe::Send(const Reply& reply, std::uint32_t nowMs) {
 // that obeys it gives itself away. A host takes any reply as the answer to a buffer query, so one
 // that comes before that answer reports a running job and no room.
 void ReplyPipe::PushStray(const Reply& reply, std::uint32_t dueMs) {
-  const std::uint16_t code = U16(reply.data());
-  Reply stray(16);
-  PutU16(&stray[2], 1);
-  PutU16(&stray[4], code == kBufferQuery ? 5 : 2);
+  const std::uint16_t code = U16(&reply[kReplyCodeAt]);
   // Now another command's code, now one that differs beyond 8 bits.
   const std::uint32_t other = code == kJobEnd ? kCancel : kJobEnd;
-  PutU16(&stray[0], Low16(strays_++ % 2 == 0 ? code + 0x100u : other));
-  Push(packer_.Pack(stray), dueMs);
+  const std::uint32_t strayCode = strays_++ % 2 == 0 ? code + 0x100u : other;
+  const std::uint16_t state = code == kBufferQuery ? kStateRunning : kStateCancelled;
+  Push(packer_.Pack(MakeReply(strayCode, true, state, 0)), dueMs);
 }
 
 void ReplyPipe::PushSaid(const SaidPacket& said, std::uint32_t dueMs) {
@@ -96,7 +92,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueM
       PutU16(&packet[kFrameWordsAt], 0);
       break;
     case Garbage::kShort:
-      Push(packer_.Pack(Reply(reply.begin(), reply.begin() + 2)), dueMs);
+      Push(packer_.Pack(Reply(reply.begin(), reply.begin() + kReplyOkAt)), dueMs);
       return;
     case Garbage::kSplit:
       Push(packer_.Pack(reply, kSplitWords), dueMs);
@@ -111,7 +107,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueM
       Bytes middle(packet.size(), 0xFF);
       PutU16(&packet[kFrameKindAt], kFirst);
       PutU16(&middle[kFrameKindAt], kMiddle);
-      PutU16(&middle[kFrameWordsAt], kReplyPacketWords);
+      PutU16(&middle[kFrameWordsAt], kPacketWords);
       Push({packet, middle}, dueMs);
       Push(packer_.Pack(reply), dueMs);
       return;
@@ -124,7 +120,7 @@ void ReplyPipe::PushGarbage(Garbage form, const Reply& reply, std::uint32_t dueM
 // The frame is whole, all that it carries is random: the same in each run.
 ReplyPipe::Bytes ReplyPipe::RandomPacket() {
   std::mt19937 random(triggers_->Messages());
-  Reply reply(2 * (8 + random() % (kReplyPacketWords - 8)));
+  Reply reply(2 * (8 + random() % (kPacketWords - 8)));
   for (std::uint8_t& byte : reply) byte = Low8(random());
   return packer_.Pack(reply)[0];
 }

@@ -8,11 +8,10 @@
 #include <vector>
 
 #include "sim/quirks/quirk_triggers.h"
-#include "sim/usb/wire.h"
+#include "sim/wire/messages.h"
+#include "sim/wire/wire.h"
 
 namespace qrn::sim {
-
-using Reply = std::vector<std::uint8_t>;
 
 class ReplyPipe {
  public:

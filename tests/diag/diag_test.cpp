@@ -33,9 +33,10 @@ using Errors = JobFixture;
 
 TEST_F(Errors, HaveTheTextsOfTheTable) {
   std::string table;
-  for (std::uint32_t code = 0; code < kErrorCodes; ++code)
-    table += std::to_string(code) + " | " + ErrorText(code, false) + " | " + ErrorText(code, true) +
-             "\n";
+  for (std::uint32_t code = 0; code < kErrorCodes; ++code) {
+    table += std::to_string(code) + " | " + ErrorText(code, false);
+    table += " | " + ErrorText(code, true) + "\n";
+  }
   EXPECT_EQ(BytesOf(QRN_ERROR_TEXTS), table);
   ShowError(kErrorCodes);  // beyond it: an empty box, nothing recorded
   EXPECT_EQ("", platform.boxes.back());

@@ -5,7 +5,6 @@
 #include <fstream>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "diag/job_log.h"
 #include "platform/platform.h"
@@ -22,9 +21,9 @@ TEST(JobLogThreads, LoseAndTearNoLine) {
   job = qrn::Job{};
   qrn::LogOpen(job, folder.Path().string().c_str());
   ASSERT_EQ(1, job.bLogOn);
-  std::vector<std::thread> threads;
+  std::thread threads[kThreads];
   for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([thread] {
+    threads[thread] = std::thread([thread] {
       for (int line = 0; line < kLines; ++line)
         qrn::LogPrint("%d:%d:%s", thread, line, std::string(line % 40, 'x').c_str());
     });

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "scenarios/scenario.h"
-#include "sim/proof/compare.h"
+#include "sim/proof/raster_source.h"
 
 namespace scenarios {
 

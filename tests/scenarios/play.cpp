@@ -7,6 +7,7 @@
 #include <map>
 
 #include "scenarios/stage.h"
+#include "sim/proof/compare.h"
 
 namespace scenarios {
 namespace {
@@ -77,7 +78,7 @@ class Teller {
     TakeEvents();
     const PrinterStats stats = stage_.printer.Stats();
     for (const auto& [name, value] : RecordFields())
-      run_.push_back({Entry::kRecord, 0, name + " " + value});
+      run_.push_back({Entry::kRecord, 0, std::string(name).append(" ").append(value)});
     if (stats.jobsCreated != before_.jobsCreated) {
       Tell(TellPrinted(stats, before_) +
            TellPaper(Compare(page, stage_.printer.CurrentPaper(), machine_,

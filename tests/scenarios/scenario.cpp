@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "sim/machine_words.h"
+#include "sim/machine/machine_words.h"
 
 namespace scenarios {
 namespace {

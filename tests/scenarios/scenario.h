@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "qrn_driver.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/quirks/quirks.h"
 #include "sim/time/sim_platform.h"
 

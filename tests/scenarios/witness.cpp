@@ -7,7 +7,8 @@
 
 #include "base/bytes.h"
 #include "sim/firmware/protocol_check.h"
-#include "sim/usb/wire.h"
+#include "sim/wire/messages.h"
+#include "sim/wire/wire.h"
 #include "support/log_text.h"
 
 namespace fs = std::filesystem;

@@ -76,9 +76,9 @@ TEST(Carriage, LaysEachDotWhereItsNozzleIs) {
     data[720 * fired.column + 360 * fired.color + 2 * fired.nozzle + fired.head] =
         static_cast<std::uint8_t>(1u << fired.row);
     const std::uint64_t amount = fired.color == 0 ? 2 : 1;
-    EXPECT_EQ(amount, carriage.Print(pass, data, paper));
+    EXPECT_EQ(amount, carriage.PrintPass(pass, data, paper));
     EXPECT_EQ(amount, paper.Ink(laid.ink, pass.direction, laid.line, laid.column));
-    EXPECT_EQ(amount, paper.TotalInk());
+    EXPECT_EQ(amount, paper.InkOf(laid.ink));
     // The nozzle has passed over as many columns as were fired, and over no other.
     const InkRow& passedOver = *paper.Row(laid.ink, pass.direction, laid.line);
     EXPECT_EQ(fired.column + 1, passedOver.ink.size());

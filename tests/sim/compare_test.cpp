@@ -60,7 +60,7 @@ TEST(Compare, ReportsOneWrongCellWhereverItIs) {
       const Comparison result = Compare(page, paper, Machine{}, kResolution);
       EXPECT_EQ(1u, result.differingCells);
       EXPECT_EQ(1u, result.overInkedCells);
-      EXPECT_EQ(0u, result.firstDifference.find("plane " + std::to_string(extra.color) + ", line " +
+      EXPECT_EQ(0u, result.firstDifference.find("color " + std::to_string(extra.color) + ", line " +
                                                 std::to_string(extra.line)))
           << result.firstDifference;
     }

@@ -1,5 +1,5 @@
 // The printer's wire must notice every broken word, and pack replies that a host can join.
-#include "sim/usb/wire.h"
+#include "sim/wire/wire.h"
 
 #include <gtest/gtest.h>
 

@@ -30,8 +30,7 @@ testing::AssertionResult HasLines(const std::string& log, const std::vector<std:
   for (const std::string& line : lines) {
     at = log.find(line, at);
     if (at == std::string::npos)
-      return testing::AssertionFailure() << "no \"" << line << "\" after the lines before it in\n"
-                                         << log;
+      return testing::AssertionFailure() << "no \"" << line << "\" further on in\n" << log;
     at += line.size();
   }
   return testing::AssertionSuccess();

@@ -21,6 +21,7 @@ std::uint64_t TestSeed() {
 // Read by the address sanitizer at its start. A thread that is ended by force leaves its frames
 // without telling the sanitizer, which then takes its own last step on that stack, giving back the
 // signal stack, for an error.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer's name for it
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
   return "use_sigaltstack=0";
 }

@@ -129,10 +129,10 @@ TEST_F(Program, LeavesNothingBehindWhenASignalEndsIt) {
   WritePage();
   Run("print-page page.ras | true");  // which reads nothing
   for (const std::string signal : {"INT", "QUIT", "TERM"}) {
-    Run("env --default-signal=INT,QUIT \"$program\" page.ras --quirk pause:ms=60000 & "
+    Run("signal=" + signal +
+        "; env --default-signal=INT,QUIT \"$program\" page.ras --quirk pause:ms=60000 & "
         "while kill -0 $! && [ -z \"$(ls tmp)\" ]; do sleep 0.005; done; "
-        "kill -" +
-        signal + " $!; wait $!; [ $(kill -l $?) = " + signal + " ]");
+        "kill -$signal $!; wait $!; [ $(kill -l $?) = $signal ]");
     EXPECT_EQ(0, exitCode) << signal << err;
   }
 }

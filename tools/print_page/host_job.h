@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "sim/proof/compare.h"
+#include "sim/proof/raster_source.h"
 
 namespace qrn::tool {
 

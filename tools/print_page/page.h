@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "sim/proof/compare.h"
+#include "sim/proof/raster_source.h"
 
 namespace qrn::tool {
 

@@ -7,8 +7,8 @@
 #include "print_page/job_log_check.h"
 #include "print_page/picture_file.h"
 #include "print_page/stopwatch.h"
-#include "sim/paper/carriage.h"
 #include "sim/paper/picture.h"
+#include "sim/proof/compare.h"
 
 namespace qrn::tool {
 namespace {

@@ -10,7 +10,7 @@
 #include "print_page/options.h"
 #include "print_page/page.h"
 #include "print_page/summary.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/session.h"
 #include "sim/virtual_printer.h"
 

@@ -6,7 +6,7 @@
 
 #include "print_page/options.h"
 #include "print_page/raster_reader.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 
 namespace qrn::tool {
 

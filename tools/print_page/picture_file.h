@@ -6,7 +6,7 @@
 #include <string>
 
 #include "print_page/options.h"
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 #include "sim/paper/paper.h"
 #include "sim/paper/picture.h"
 

@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "print_page/page.h"
-#include "sim/machine_words.h"
+#include "sim/machine/machine_words.h"
 
 namespace qrn::tool {
 namespace {

@@ -1,8 +1,8 @@
 // The wire as the printer's USB function sees it: takes bulk writes apart, as strictly as the
 // frames allow, into messages, and packs replies into packets. It shares nothing with the driver's
 // own framing.
-#ifndef QRN_SIM_USB_WIRE_H_
-#define QRN_SIM_USB_WIRE_H_
+#ifndef QRN_SIM_WIRE_WIRE_H_
+#define QRN_SIM_WIRE_WIRE_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -53,7 +53,8 @@ class WireReceiver {
   std::string violation_;
 };
 
-constexpr std::uint32_t kReplyPacketWords = 47;
+constexpr std::size_t kPacketBytes = 128;
+constexpr std::uint32_t kPacketWords = 47;  // that one carries, of the 48 it has room for
 // The kind of a frame: its place in the message.
 constexpr std::uint16_t kFirst = 0xF001, kLast = 0xF002, kMiddle = 0xF004, kOnly = 0xF008;
 // Places in a frame, u16 each up to the payload.
@@ -69,7 +70,7 @@ bool IsCommandWrite(const std::uint8_t* data, std::size_t bytes);
 class ReplyPacker {
  public:
   std::vector<std::vector<std::uint8_t>> Pack(const std::vector<std::uint8_t>& reply,
-                                              std::uint32_t packetWords = kReplyPacketWords);
+                                              std::uint32_t packetWords = kPacketWords);
 
  private:
   std::uint16_t sequence_ = 1;
@@ -89,4 +90,4 @@ class ReplyJoiner {
 
 }  // namespace qrn::sim
 
-#endif  // QRN_SIM_USB_WIRE_H_
+#endif  // QRN_SIM_WIRE_WIRE_H_

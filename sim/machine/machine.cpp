@@ -1,4 +1,4 @@
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 
 #include <algorithm>
 

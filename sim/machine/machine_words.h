@@ -1,10 +1,10 @@
 // Machines from text: the settings that a machine has, each a name and a value.
-#ifndef QRN_SIM_MACHINE_WORDS_H_
-#define QRN_SIM_MACHINE_WORDS_H_
+#ifndef QRN_SIM_MACHINE_MACHINE_WORDS_H_
+#define QRN_SIM_MACHINE_MACHINE_WORDS_H_
 
 #include <string>
 
-#include "sim/machine.h"
+#include "sim/machine/machine.h"
 
 namespace qrn::sim {
 
@@ -15,4 +15,4 @@ std::string SetMachine(const std::string& name, const std::string& value, Machin
 
 }  // namespace qrn::sim
 
-#endif  // QRN_SIM_MACHINE_WORDS_H_
+#endif  // QRN_SIM_MACHINE_MACHINE_WORDS_H_

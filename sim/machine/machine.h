@@ -1,7 +1,7 @@
 // How a printer is built and how it is set. The virtual printer reports this in its parameter block
 // and lays its dots accordingly.
-#ifndef QRN_SIM_MACHINE_H_
-#define QRN_SIM_MACHINE_H_
+#ifndef QRN_SIM_MACHINE_MACHINE_H_
+#define QRN_SIM_MACHINE_MACHINE_H_
 
 #include <array>
 #include <cstdint>
@@ -55,4 +55,4 @@ std::uint32_t PrintableMm(const Machine& machine);
 
 }  // namespace qrn::sim
 
-#endif  // QRN_SIM_MACHINE_H_
+#endif  // QRN_SIM_MACHINE_MACHINE_H_

@@ -1,10 +1,9 @@
-#include "sim/machine_words.h"
+#include "sim/machine/machine_words.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <sstream>
 #include <vector>

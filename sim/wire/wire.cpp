@@ -1,4 +1,4 @@
-#include "sim/usb/wire.h"
+#include "sim/wire/wire.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +13,8 @@ namespace {
 constexpr std::array<std::uint16_t, 7> kMarks = {0xABCD, 0xEC38, 0xB92B, 0x7CAE,
                                                  0x9899, 0xC2F0, 0xDC35};
 constexpr std::uint16_t kCmm = 0x0BAA, kData = 0x85B5;
-constexpr std::size_t kHeaderBytes = 32, kPacketBytes = 128, kSlotBytes = 8192, kTailBytes = 32,
-                      kGroupSlots = 7;
-constexpr std::uint32_t kPacketWords = 47, kSlotWords = 4064;
+constexpr std::size_t kSlotBytes = 8192, kTailBytes = 32, kGroupSlots = 7;
+constexpr std::uint32_t kSlotWords = 4064;
 constexpr std::size_t kPacketCheckAt = 126, kCheckedWords = kFrameCheckAt / 2;
 
 std::uint16_t Sum(const std::uint8_t* bytes, std::size_t words) {
@@ -49,8 +48,9 @@ bool WireReceiver::Fail(const std::string& what) {
 void WireReceiver::Take(const std::uint8_t* data, std::size_t bytes,
                         std::vector<WireMessage>* messages) {
   ++writes_;
-  if (bytes < kHeaderBytes) {
-    Fail(Format("%u bytes hold no frame header (%u)", static_cast<unsigned>(bytes), kHeaderBytes));
+  if (bytes < kFramePayloadAt) {
+    Fail(Format("%u bytes hold no frame header (%u)", static_cast<unsigned>(bytes),
+                kFramePayloadAt));
     return;
   }
   // A frame that breaks the rules is reported once and read no further: hardware would drop it.
@@ -148,10 +148,10 @@ bool WireReceiver::TakePacket(const std::uint8_t* data, std::size_t bytes,
   const std::uint32_t words =
       frame.lengthWords > before ? std::min(frame.lengthWords - before, kPacketWords) : 0;
   if (!CheckChunk(frame, words, kPacketWords)) return false;
-  const std::uint8_t* fill = data + kHeaderBytes + 2 * std::size_t{words};
+  const std::uint8_t* fill = data + kFramePayloadAt + 2 * std::size_t{words};
   if (!AllZero(fill, data + kPacketCheckAt))
     return Fail(Format("packet %u is not zero after word %u", frame.index, words));
-  Append(frame, data + kHeaderBytes, words, messages);
+  Append(frame, data + kFramePayloadAt, words, messages);
   return true;
 }
 
@@ -161,7 +161,7 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
                              std::vector<WireMessage>* messages) {
   for (std::size_t slot = 0; slot < kGroupSlots; ++slot) {
     const std::size_t place = slot * kSlotBytes;
-    if (bytes < place + kHeaderBytes) {
+    if (bytes < place + kFramePayloadAt) {
       return Fail(Format("group of %u bytes ends in slot %u", static_cast<unsigned>(bytes),
                          static_cast<unsigned>(slot)));
     }
@@ -173,7 +173,7 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
     if (words > kSlotWords) return Fail(Format("%u words in a slot of %u", words, kSlotWords));
     if (!CheckChunk(frame, words, kSlotWords)) return false;
     const bool last = frame.kind == kLast || frame.kind == kOnly;
-    const std::size_t used = place + kHeaderBytes + 2 * std::size_t{words};
+    const std::size_t used = place + kFramePayloadAt + 2 * std::size_t{words};
     const bool shortGroup = last && slot + 1 < kGroupSlots;
     const std::size_t expected = shortGroup ? used : kGroupSlots * kSlotBytes;
     if ((last && bytes != expected) || bytes < (shortGroup ? used : used + kTailBytes)) {
@@ -183,7 +183,7 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
     if (!shortGroup && !AllZero(data + used, data + used + kTailBytes)) {
       return Fail(Format("slot %u is not zero after word %u", static_cast<unsigned>(slot), words));
     }
-    Append(frame, data + place + kHeaderBytes, words, messages);
+    Append(frame, data + place + kFramePayloadAt, words, messages);
     if (last) return true;
   }
   if (bytes != kGroupSlots * kSlotBytes) {
@@ -194,7 +194,7 @@ bool WireReceiver::TakeGroup(const std::uint8_t* data, std::size_t bytes,
 }
 
 bool IsCommandWrite(const std::uint8_t* data, std::size_t bytes) {
-  return bytes >= kHeaderBytes && U16(data + kFrameTypeAt) == kCmm;
+  return bytes >= kFramePayloadAt && U16(data + kFrameTypeAt) == kCmm;
 }
 
 std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::uint8_t>& reply,
@@ -215,7 +215,8 @@ std::vector<std::vector<std::uint8_t>> ReplyPacker::Pack(const std::vector<std::
     PutU16(&packet[kFrameLengthHighAt], Low16(words >> 16));
     PutU16(&packet[kFrameLengthLowAt], Low16(words));
     PutU16(&packet[kFrameCheckAt], Sum(packet.data(), kCheckedWords));
-    std::copy_n(reply.begin() + 2 * index * packetWords, 2 * chunk, packet.begin() + kHeaderBytes);
+    std::copy_n(reply.begin() + 2 * index * packetWords, 2 * chunk,
+                packet.begin() + kFramePayloadAt);
     PutU16(&packet[kPacketCheckAt], Sum(packet.data(), kPacketCheckAt / 2));
     packets.push_back(std::move(packet));
   }
