@@ -8,7 +8,7 @@
 #include "bench/limits.h"
 #include "bench/measure.h"
 #include "job/heads.h"
-#include "params/printer_params.h"
+#include "params/connect.h"
 #include "raster/band.h"
 #include "raster/convert.h"
 #include "raster/line_intake.h"

@@ -5,7 +5,7 @@
 
 #include "bench/measure.h"
 #include "job/heads.h"
-#include "params/printer_params.h"
+#include "params/connect.h"
 #include "raster/job_memory.h"
 #include "sim/firmware/parameter_block.h"
 

@@ -6,8 +6,8 @@
 
 #include "bench/measure.h"
 #include "job/heads.h"
+#include "params/connect.h"
 #include "params/param_block.h"
-#include "params/printer_params.h"
 #include "raster/pass_rows.h"
 #include "raster/pass_size.h"
 

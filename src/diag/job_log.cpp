@@ -122,7 +122,7 @@ void LogDropUnwritten(Job& job) {
   std::memset(blanks, ' ', sizeof blanks);
   for (LogLine& entry : job.logLines) {
     if (LoadShared(entry.state) == kLogLinePlaced && job.bLogOn == 1) {
-      const FilePart line{entry.place, blanks, entry.bytes};
+      const FilePart line{LoadShared(entry.place), blanks, LoadShared(entry.bytes)};
       std::uint32_t fileBytes = 0;
       (void)ThePlatform().FileWriteAt(job.szLogFile, line, 0, &fileBytes);
     }

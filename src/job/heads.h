@@ -6,10 +6,11 @@
 
 namespace qrn {
 
-constexpr std::uint32_t kColors = 8;                // inks of a job
-constexpr std::uint32_t kNozzleRows = 8;            // of a head
-constexpr std::uint32_t kNozzles = 180;             // of a row
-constexpr std::uint32_t kHeadLines = 2 * kNozzles;  // raster lines that a head covers
+constexpr std::uint32_t kColors = 8;                             // inks of a job
+constexpr std::uint32_t kNozzleRows = 8;                         // of a head
+constexpr std::uint32_t kBothHeadsNozzleRows = 2 * kNozzleRows;  // of both heads, PHA's first
+constexpr std::uint32_t kNozzles = 180;                          // of a row
+constexpr std::uint32_t kHeadLines = 2 * kNozzles;               // raster lines that a head covers
 
 // Rows of the pass buffers that two heads cover, one below the other: as many precede a new band,
 // and as many move on with it, whatever the band's height is.

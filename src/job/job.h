@@ -1,8 +1,11 @@
 // The one record of the job in progress: plain data in static storage, cleared at every job start
-// and kept until the next. Its operations live with the owners of its fields. Fields marked
-// "shared" are accessed by both threads, through base/shared.h alone; docs/threads.md has the
-// details. All others belong to one thread at a time: the transmit thread during the connect
-// exchange, the host's thread afterwards.
+// and kept until the next. Its operations live with the owners of its fields.
+//
+// Fields marked "shared" are accessed by both threads, through base/shared.h alone. Those marked
+// "transmit thread" and "host's thread" are that thread's alone from link start to link stop. All
+// others are the transmit thread's during the connect exchange and the host's afterwards. What the
+// connect has set of printer, mode and geometry, and what was set before the link start, does not
+// change until the job ends, so both threads read it. docs/threads.md has the details.
 #ifndef QRN_JOB_JOB_H_
 #define QRN_JOB_JOB_H_
 
@@ -34,12 +37,14 @@ struct JobMem {
 // A line of the log that is under way: it takes its place in the file, then it is written.
 enum LogLineState : std::uint8_t { kLogLineNone = 0, kLogLineClaimed = 1, kLogLinePlaced = 2 };
 struct LogLine {
-  std::uint8_t state;          // shared: both write and read. LogLineState
-  std::uint32_t place, bytes;  // shared: both write and read. Valid once placed
+  std::uint8_t state;   // shared: both write and read. LogLineState
+  std::uint32_t place;  // shared: both write and read. Valid once placed
+  std::uint32_t bytes;  // shared: both write, host reads. Likewise
 };
 
 struct Job {
-  // Command mailbox. cmdPkt is sent as it is.
+  // Command mailbox. cmdPkt is sent as it is. nCmdState says whose it is: the poster's while it
+  // builds, then the transmit thread's until the command is settled.
   std::uint8_t cmdPkt[kCommandBytes];
   std::uint8_t nCmdState;  // shared: both write and read. CommandState
 
@@ -48,20 +53,20 @@ struct Job {
   std::uint8_t fixedDir;       // direction of every pass otherwise
   std::uint8_t singleHead;     // SingleHead; unknown when both print, or neither
   std::uint8_t headMask;       // kHeadPha, kHeadPhb
-  std::uint8_t carriageHeads;  // 1 = carriage for two heads
-  std::uint8_t flashOpt;
-  std::uint8_t waveNo;
-  std::uint8_t flashEvery;  // swaths between two flashes; 0 = none
-  std::uint8_t headGapY;    // vertical offset of PHB against PHA, lines
+  std::uint8_t carriageHeads;  // as reported; 1 = for two heads
+  std::uint8_t flashOpt;       // 1 = flashes carry the option bit of their mode
+  std::uint8_t waveNo;         // as reported, for the log
+  std::uint8_t flashEvery;     // swaths between two flashes; 0 = none
+  std::uint8_t headGapY;       // vertical offset of PHB against PHA, lines
   std::uint8_t mainBoardId, carriageBoardId;
   std::uint16_t carriageBoardSn, mainBoardVer, carriageBoardVer;
   std::uint16_t headGapX;              // PHB after PHA, pass columns
   std::uint16_t rowGapMin, rowGapMax;  // gaps between neighbouring nozzle rows, pass columns
-  std::uint16_t carriageOpts;
-  // shared: transmit thread writes, host reads. Shift of direction 1, 1/150 inch, 32 = none
+  std::uint16_t carriageOpts;          // option word, as reported; protocol/job_info.cpp
+  // shared: transmit thread writes, both read. Shift of direction 1, 1/150 inch, 32 = none
   std::uint16_t biDirOfs;
-  std::uint16_t stepCalib;  // paper-feed calibration value
-  std::uint16_t flashParam;
+  std::uint16_t stepCalib;   // paper-feed calibration value; transmit thread
+  std::uint16_t flashParam;  // amount of a flash, as reported; protocol/spit_plan.cpp
 
   // Run state.
   // shared: transmit thread writes, both read. The printer has answered the job end
@@ -74,21 +79,24 @@ struct Job {
   std::uint8_t nErrCode;
   // shared: both write, transmit thread reads. The transmit thread may take swaths
   std::uint8_t queueStarted;
-  // shared: transmit thread writes, both read
-  std::uint8_t bPrnPause, bPrnCancel;
-  // shared: transmit thread writes and reads
-  std::uint8_t bPauseSeen, bCancelLatch;
+  // shared: transmit thread writes, both read. The printer has cancelled
+  std::uint8_t bPrnCancel;
+  // What else the printer says of the job; transmit thread.
+  std::uint8_t bPrnPause;     // it pauses
+  std::uint8_t bPauseSeen;    // it did at the latest change
+  std::uint8_t bCancelLatch;  // it has cancelled at some time
+  std::uint8_t nTxCmd;        // code of the packet on the wire; transmit thread
 
-  std::uint8_t nTxCmd;    // code of the packet on the wire; transmit thread
   std::uint8_t curColor;  // colour being converted
 
-  DeviceHandle hDevice;
-  ThreadHandle hTxThread;
+  DeviceHandle hDevice;    // host's thread while the transmit thread does no I/O, else that thread
+  ThreadHandle hTxThread;  // host's thread
 
   // Swath queue.
-  // shared: transmit thread writes, host reads (for the log). Slot that is sent next
+  // shared: transmit thread writes, both read, the host for the log. Slot that is sent next
   std::uint8_t queueRd;
-  // shared: host writes, transmit thread reads (for the log). Slot that is filled next
+  // shared: host writes, transmit thread too in the connect; both read, the transmit thread for the
+  // log. Slot that is filled next
   std::uint8_t queueWr;
   // shared: both write, in single atomic steps, and read
   std::uint8_t queueUsed;
@@ -98,7 +106,7 @@ struct Job {
   Swath* pPendingSwath;  // last printing swath, not yet marked ready
   Swath* pTxSwath;       // swath in transmission; transmit thread
 
-  std::uint8_t resParamA, resParamB;
+  std::uint8_t resParamA, resParamB;  // codes of the resolution, for the job information
 
   char szLogFile[256];
   char szPid[16], szVid[16];  // what a device path must contain
@@ -113,10 +121,10 @@ struct Job {
   std::uint8_t inkOrder[4][kNozzleRows];
 
   // Print mode.
-  std::uint8_t resIdx;      // index of nResX in kResolutionX
-  std::uint8_t nSpitCount;  // swaths since the last spit; transmit thread
-  std::uint8_t resCode;
-  std::uint8_t bLinkInfoOk;
+  std::uint8_t resIdx;       // index of nResX in kResolutionX
+  std::uint8_t nSpitCount;   // swaths since the last spit; transmit thread
+  std::uint8_t resCode;      // resParamB as the job information has it
+  std::uint8_t bLinkInfoOk;  // flag of the link information: 1 from link start on
   std::uint8_t twoHeadCarriage;
   std::uint8_t dualHead;  // both heads print
   std::uint8_t headType;
@@ -134,17 +142,17 @@ struct Job {
   // 16-bit geometry.
   // Horizontal offset of the nozzle rows, pass columns; row 0 has the largest.
   std::uint16_t rowOffset[kNozzleRows];
-  std::uint16_t historyRows;  // pass-buffer row at which a new band starts
+  std::uint16_t historyRows;  // window line at which a new band starts; raster/pass_rows.h
   std::uint16_t bandLine;     // lines of the current band taken in
   std::uint16_t maxPrintMm;
   std::uint16_t marginDots;  // dots at nResX before the image
   std::uint16_t nResX, nResY;
   std::uint16_t swathH;      // lines per band
-  std::uint16_t checkRows;   // rows that the blank-pass test looks at
+  std::uint16_t checkRows;   // window lines that the blank-pass test looks at
   std::uint16_t passStep;    // lines fed between passes
-  std::uint16_t passRow;     // first pass-buffer row of the pass being converted
+  std::uint16_t passRow;     // first window line of the pass being converted
   std::uint16_t passRowPad;  // half of the row stagger, dots
-  // shared: transmit thread writes, host reads. Motor steps fed after a swath
+  // shared: transmit thread writes, both read. Motor steps fed after a swath
   std::uint16_t swathSteps;
   std::uint16_t rowColA, rowColB;
 
@@ -156,13 +164,15 @@ struct Job {
   std::uint32_t printOutBufSize;
   std::uint32_t nLineBits, nHeight, nBitsPerPixel;
   std::uint32_t linesReceived;
-  std::uint32_t feedLine;
-  std::uint32_t lineStride;
+  std::uint32_t feedLine;    // image line that the swaths have reached
+  std::uint32_t lineStride;  // bytes of a stored line, whole 32-bit words
+  // Of the pass being converted: the bytes of a line that it covers, their bits, the bytes of its
+  // output.
   std::uint32_t passLeftByte, passRightByte, passBits;
   std::uint32_t passDataSize;
 
   float resFactor;      // nResX / 300
-  double stepsPerLine;  // motor steps per raster line
+  double stepsPerLine;  // motor steps per raster line; transmit thread
 
   // Converter state.
   const std::uint8_t* pFeatherMask;  // featherRows masks of kFeatherMaskBytes

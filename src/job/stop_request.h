@@ -15,8 +15,8 @@ inline bool IsStopRequested(Job& job) {
          LoadShared(job.bTxEnd) == 1;
 }
 
-// There is no printer to talk to any more: it cancelled, or the link was given up. Command waits
-// end when both hold.
+// There is no printer to talk to any more: it cancelled, or the link was given up. Ends command
+// waits, too; implies IsStopRequested.
 inline bool IsAbortRequested(Job& job) {
   return LoadShared(job.bPrnCancel) == 1 || LoadShared(job.nErrCode) == kErrorLinkGivenUp;
 }

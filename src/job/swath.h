@@ -42,7 +42,8 @@ enum SwathState : std::uint8_t {
 };
 
 struct Swath {
-  std::uint8_t state;        // SwathState; host: filling, ready; transmit thread: sending, free
+  // shared: both write and read. SwathState: host filling, ready; transmit thread sending, free
+  std::uint8_t state;
   SwathHeader header;        // owned by whoever the state names, like what follows
   std::uint32_t dataSize;    // bytes of pSwathData that travel; 0 = feed only
   std::uint8_t* pSwathData;  // printOutBufSize bytes

@@ -1,5 +1,5 @@
 // The frame header that precedes every chunk on the USB link. All words are little-endian; lengths
-// count 16-bit words.
+// count 16-bit words. Plain data and arithmetic; any thread.
 #ifndef QRN_LINK_FRAME_H_
 #define QRN_LINK_FRAME_H_
 

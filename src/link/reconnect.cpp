@@ -48,7 +48,7 @@ int LinkReconnect(Job& job) {
 
 bool UsbLinkCheck(Job& job) {
   std::uint8_t packet[kCommandBytes] = {};
-  PutU16(packet, static_cast<std::uint16_t>(kCmdPausePoll));
+  PutU32(packet + kPacketCodeAt, kCmdPausePoll);
   if (LinkSend(job.hDevice, packet, sizeof packet, kTypeCmm) == 0) return false;
   std::uint32_t replyBytes = 0;
   do {

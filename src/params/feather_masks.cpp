@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "base/bytes.h"
+
 namespace qrn {
 
 const std::uint16_t kFeatherKept[kFeatherMasks] = {
@@ -46,7 +48,8 @@ void FillFeatherMask(std::uint32_t k, std::uint8_t (&mask)[kFeatherMaskBytes]) {
   std::memset(mask, 0, sizeof mask);
   for (std::uint32_t rank = 0; rank < kFeatherKept[k]; ++rank) {
     const std::uint32_t cell = CellOfRank(rank, k);
-    mask[cell / 4] = static_cast<std::uint8_t>(mask[cell / 4] | (3u << (6 - 2 * (cell % 4))));
+    std::uint8_t& target = mask[cell / kPixelsPerByte];
+    target = Low8(target | (3u << (6 - 2 * (cell % kPixelsPerByte))));
   }
 }
 

@@ -10,11 +10,9 @@
 namespace qrn {
 namespace {
 
-constexpr std::uint32_t kHeadsInUse = 2;
-
 // Each colour on two neighbouring rows of one head: PHA, then PHB.
-constexpr std::uint8_t kDefaultInkOrder[kHeadsInUse * kNozzleRows] = {3, 3, 0, 0, 4, 4, 7, 7,
-                                                                      1, 1, 5, 5, 2, 2, 6, 6};
+constexpr std::uint8_t kDefaultInkOrder[kBothHeadsNozzleRows] = {3, 3, 0, 0, 4, 4, 7, 7,
+                                                                 1, 1, 5, 5, 2, 2, 6, 6};
 
 // Rows of this head that carry the colour.
 int RowsOfColor(const std::uint8_t (&head)[kNozzleRows], std::uint8_t color) {

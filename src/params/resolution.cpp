@@ -14,7 +14,10 @@ struct ResolutionMode {
 
 // In the order of kResolutionX.
 constexpr std::array<ResolutionMode, kResolutionX.size()> kResolutionModes = {
-    {{3, 5, 12}, {4, 5, 12}, {6, 5, 9}, {8, 5, 9}}};
+    {{.passCount = 3, .resParamA = 5, .resParamB = 12},
+     {.passCount = 4, .resParamA = 5, .resParamB = 12},
+     {.passCount = 6, .resParamA = 5, .resParamB = 9},
+     {.passCount = 8, .resParamA = 5, .resParamB = 9}}};
 
 }  // namespace
 

@@ -1,5 +1,5 @@
-// A set of USB devices that can be plugged into the posix and the simulated platform in place of
-// real ones, seen as a host controller sees them: paths, open, bulk transfers. A port never blocks
+// A set of USB devices that can be plugged into any platform in place of real ones, seen as a host
+// controller sees them: paths, open, bulk transfers. A port never blocks
 // and never reads a clock: the platform passes the time and does the waiting. Calls come from one
 // thread at a time, but not always from the same one.
 #ifndef QRN_PLATFORM_USB_PORT_H_

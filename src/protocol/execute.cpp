@@ -12,9 +12,6 @@ namespace {
 
 constexpr std::uint32_t kWaitLogMs = 3000;
 
-// There is no printer left to wait for.
-bool IsAbandoned(Job& job) { return IsStopRequested(job) && IsAbortRequested(job); }
-
 // Waits for one period; says from time to time that the answer has not come.
 void WaitForAnswer(std::uint8_t code, std::uint32_t* notedMs) {
   const std::uint32_t now = ThePlatform().TickMs();
@@ -33,15 +30,15 @@ int CmdExecute(std::uint32_t code, Job& job) {
   std::uint32_t notedMs = ThePlatform().TickMs();
   bool posted = false;
   for (;;) {
-    // Until then the mailbox belongs to a command of the transmit thread, which holds it only until
-    // the printer has answered.
+    // While it is not posted, the mailbox holds a command of the transmit thread's own, until the
+    // printer has answered that.
     if (!posted) {
       const CommandPost post = CmdBuild(code, job);
       if (post == CommandPost::kUnknownCode) return 0;
       posted = post == CommandPost::kPosted;
     }
-    if (IsAbandoned(job)) break;
-    // Read before the state: a thread settles whatever it will settle before it ends.
+    if (IsAbortRequested(job)) break;
+    // Read before the state: the thread settles its last command before it sets bTxEnd.
     const bool nobodyLeft = LoadShared(job.bTxEnd) == 1;
     const std::uint8_t state = posted ? LoadShared(job.nCmdState) : std::uint8_t{kMailPending};
     if (state == kMailDone || state == kMailFailed) {

@@ -2,7 +2,6 @@
 
 #include "base/bytes.h"
 #include "diag/job_log.h"
-#include "job/job.h"
 #include "platform/platform.h"
 
 namespace qrn {
@@ -18,8 +17,7 @@ std::uint16_t ImageWidthMm(const Job& job) {
 
 }  // namespace
 
-void BuildJobInfo(std::uint8_t* body) {
-  const Job& job = GetJob();
+void BuildJobInfo(const Job& job, std::uint8_t* body) {
   body[kJobInfoPassCountAt] = job.passCount;
   const LocalTime now = ThePlatform().LocalTimeNow();
   PutU16(body + kJobInfoTimeAt, Low16(now.hour * 256u + now.minute));

@@ -1,9 +1,11 @@
-// The body of the job-create command: how the coming job will be printed.
+// The body of the job-create command: how the coming job will be printed. Host's thread.
 #ifndef QRN_PROTOCOL_JOB_INFO_H_
 #define QRN_PROTOCOL_JOB_INFO_H_
 
 #include <cstddef>
 #include <cstdint>
+
+#include "job/job.h"
 
 namespace qrn {
 
@@ -25,9 +27,9 @@ constexpr std::size_t kJobInfoResParamBAt = 25;  // u8
 constexpr std::size_t kJobInfoTimeAt = 28;       // u16 local time, hour x 256 + minute
 constexpr std::size_t kJobInfoSignatureAt = 30;  // u16 0x2015
 
-// Fills a cleared body from the current job and writes the job's summary into the log. The job must
-// be configured.
-void BuildJobInfo(std::uint8_t* body);
+// Fills a cleared body from the job and writes the job's summary into the log. The job must be
+// configured.
+void BuildJobInfo(const Job& job, std::uint8_t* body);
 
 }  // namespace qrn
 

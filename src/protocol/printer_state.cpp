@@ -2,7 +2,7 @@
 
 #include "base/shared.h"
 #include "diag/job_log.h"
-#include "params/printer_params.h"
+#include "params/connect.h"
 #include "platform/platform.h"
 #include "protocol/reply_format.h"
 
@@ -10,6 +10,12 @@ namespace qrn {
 namespace {
 
 constexpr std::uint32_t kPauseMs = 2000;
+
+// Hands a firmware parameter update on when a pause reply announces one.
+void TakeParamUpdate(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
+  if (ReplyWord(reply, bytes, kReplyPauseWordBAt) != kParamUpdateMark) return;
+  UpdateFwPara(job, reply + kReplyUpdateAt, bytes - kReplyUpdateAt);
+}
 
 void TakePause(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
   SetPrinterState(job, 1, 0);
@@ -24,11 +30,10 @@ void TakePause(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
 }  // namespace
 
 void SetPrinterState(Job& job, std::uint8_t pause, std::uint8_t cancel) {
-  if (pause == LoadShared(job.bPrnPause) && cancel == LoadShared(job.bPrnCancel)) return;
-  StoreShared(job.bPrnPause, pause);
-  // The latch before the cancel: whoever sees the cancel finds the latch set.
-  if (LoadShared(job.bCancelLatch) == 0) StoreShared(job.bCancelLatch, cancel);
-  StoreShared(job.bPauseSeen, pause);
+  if (pause == job.bPrnPause && cancel == LoadShared(job.bPrnCancel)) return;
+  job.bPrnPause = pause;
+  job.bPauseSeen = pause;
+  if (job.bCancelLatch == 0) job.bCancelLatch = cancel;
   StoreShared(job.bPrnCancel, cancel);
   LogPrint("CMM%d: Pause-%d, Cancel-%d\r\n", 1, pause, cancel);
 }
@@ -73,11 +78,6 @@ void TakeQueriedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes) 
     default:
       break;
   }
-}
-
-void TakeParamUpdate(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
-  if (ReplyWord(reply, bytes, kReplyPauseWordBAt) != kParamUpdateMark) return;
-  UpdateFwPara(job, reply + kReplyUpdateAt, bytes - kReplyUpdateAt);
 }
 
 }  // namespace qrn

@@ -21,9 +21,6 @@ void SetPrinterState(Job& job, std::uint8_t pause, std::uint8_t cancel);
 void TakeRepliedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
 void TakeQueriedState(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
 
-// Hands a firmware parameter update on when a pause reply announces one.
-void TakeParamUpdate(Job& job, const std::uint8_t* reply, std::uint32_t bytes);
-
 }  // namespace qrn
 
 #endif  // QRN_PROTOCOL_PRINTER_STATE_H_

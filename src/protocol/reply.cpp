@@ -4,7 +4,7 @@
 
 #include "base/shared.h"
 #include "diag/job_log.h"
-#include "params/printer_params.h"
+#include "params/connect.h"
 #include "platform/platform.h"
 #include "protocol/command.h"
 #include "protocol/printer_state.h"

@@ -22,7 +22,7 @@ std::uint8_t NextSpitMode(const Job& job) {
     ++nSpitToggle;
     mode = (nSpitToggle & 1u) != 0 ? kSpitPhb : kSpitPha;
   } else {
-    mode = job.singleHead == 1 ? kSpitPhb : kSpitPha;
+    mode = job.singleHead == kSinglePhb ? kSpitPhb : kSpitPha;
   }
   return job.flashOpt == 1 ? Low8(mode + kSpitFlashOpt) : mode;
 }

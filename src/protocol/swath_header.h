@@ -1,4 +1,4 @@
-// The swath header as it travels, at byte 28 of the swath command packet.
+// The swath header as it travels, at byte 28 of the swath command packet. Transmit thread.
 #ifndef QRN_PROTOCOL_SWATH_HEADER_H_
 #define QRN_PROTOCOL_SWATH_HEADER_H_
 

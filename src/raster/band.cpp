@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/bytes.h"
 #include "raster/convert.h"
 #include "raster/pass_rows.h"
 #include "raster/swath_builder.h"

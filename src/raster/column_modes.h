@@ -1,7 +1,8 @@
 // How the pixels of a line are shared out among the passes of a band. A line has a number of
 // phases, and an output column is as many pixels wide: pixel u belongs to phase u mod phases and to
 // column u / phases. A pass prints one phase, and so one pixel of every column. The modes differ in
-// data only.
+// data only; their records stand with the workers that they name, in row_converters.cpp. Both
+// threads: the transmit thread lays out the job's memory by the mode, the host's converts by it.
 #ifndef QRN_RASTER_COLUMN_MODES_H_
 #define QRN_RASTER_COLUMN_MODES_H_
 
@@ -26,8 +27,6 @@ struct ColumnMode {
   std::uint32_t (*maskByte)(std::uint32_t i, std::uint32_t x, std::uint32_t byte);
   Worker forward, reverse;  // raster/row_converters.h
 };
-
-extern const ColumnMode kDual3, kDual4, kDual6, kDual8, kSingle;
 
 // One head splits a line three ways at every resolution.
 constexpr std::uint32_t kSinglePhases = 3;

@@ -28,6 +28,13 @@ void EnterRow(const Job& job, ConvertParams& params, std::uint32_t head, std::ui
   };
 }
 
+// A pass that prints covers whole lines: reverse passes begin at the right end.
+void SetPassRange(Job& job) {
+  job.passLeftByte = 0;
+  job.passBits = job.nLineBits;
+  job.passRightByte = job.nLineBits / 8;
+}
+
 // Row A prints the first line of every pair of lines, row B the second.
 void ConvertDual(Job& job, ConvertParams& params) {
   const std::uint32_t head = LocateRowsDual(job);
@@ -37,6 +44,7 @@ void ConvertDual(Job& job, ConvertParams& params) {
   EnterRow(job, params, head, job.rowBitB, job.rowColB, firstLine + 1);
 }
 
+// A single head prints by row A alone (docs/one-head.md).
 void ConvertSingle(Job& job, ConvertParams& params) {
   LocateRowsSingle(job.singleHead, job);
   EnterRow(job, params, job.singleHead, job.rowBitA, job.rowColA,
@@ -63,6 +71,7 @@ void ConvertPass(Job& job) {
   job.passRow = Low16(static_cast<std::uint32_t>(job.passStep) * job.passIndex);
   job.passEmpty = IsPassBlank(job) ? 1 : 0;
   if (job.passEmpty == 1) return;
+  SetPassRange(job);
 
   ConvertParams params{};
   params.nozzleCount = kNozzles - job.featherRows;
@@ -75,13 +84,7 @@ void ConvertPass(Job& job) {
   ClearMargins(job, written);
 }
 
-bool IsPassBlank(Job& job) {
-  if (AreRowsBlank(job, job.passRow, job.checkRows)) return true;
-  job.passLeftByte = 0;
-  job.passBits = job.nLineBits;
-  job.passRightByte = job.nLineBits / 8;
-  return false;
-}
+bool IsPassBlank(const Job& job) { return AreRowsBlank(job, job.passRow, job.checkRows); }
 
 void ConvertColor(Job& job, ConvertParams& params) {
   job.dualHead == 1 ? ConvertDual(job, params) : ConvertSingle(job, params);

@@ -8,10 +8,11 @@
 
 namespace qrn {
 
-// Converts the current pass into PrintOutBuf, or says that it is empty, and sets its size fields.
+// Converts the current pass. Sets passEmpty when there is nothing to print or the swath limit is
+// reached; otherwise fills PrintOutBuf and sets the size fields.
 void ConvertPass(Job& job);
-// True when the lines of the pass hold no pixel; otherwise the byte range of the pass is set.
-[[nodiscard]] bool IsPassBlank(Job& job);
+// True when the lines of the pass hold no pixel.
+[[nodiscard]] bool IsPassBlank(const Job& job);
 
 // The share of curColor in the conversion of the current pass: finds the nozzle rows that carry it
 // and enters them. Their dots are placed by RunWorker, together with those of all other colours:

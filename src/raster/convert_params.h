@@ -17,11 +17,10 @@ struct NozzleRow {
   std::uint16_t column;     // output column offset
   std::uint32_t firstLine;  // window line of nozzle 0; each nozzle's is two further on
 };
-constexpr std::uint32_t kPassNozzleRows = 2 * kNozzleRows;
 
 // What goes in.
 struct ConvertParams {
-  NozzleRow nozzleRows[kPassNozzleRows];
+  NozzleRow nozzleRows[kBothHeadsNozzleRows];
   std::uint32_t nozzleRowCount;
   // Byte of a column that nozzle 0 of PHA fires: 0, or 4 when neither head is in use, which prints
   // two nozzles on.

@@ -1,5 +1,6 @@
 // The job's feather masks, deinterleaved like the runs of a stored row: one feather run for each
-// mask and phase. On a run every mask repeats after 256 bytes or fewer.
+// mask and phase. On a run every mask repeats after 256 bytes or fewer. The transmit thread builds
+// them within the connect, the host's thread reads them.
 #ifndef QRN_RASTER_FEATHER_RUNS_H_
 #define QRN_RASTER_FEATHER_RUNS_H_
 

@@ -16,7 +16,8 @@ unsigned Deinterleave(std::uint32_t phases, const std::uint8_t* line, std::size_
       unsigned cells = 0;
       for (std::uint32_t k = 0; k < kPixelsPerByte; ++k) {
         const std::uint32_t pixel = k * phases + phase;
-        const unsigned level = line[pixel / 4] >> (6 - 2 * (pixel % 4)) & 3u;
+        const unsigned level =
+            line[pixel / kPixelsPerByte] >> (6 - 2 * (pixel % kPixelsPerByte)) & 3u;
         cells |= level << (2 * k);
       }
       runs[phase * runsApart + byte] = static_cast<std::uint8_t>(cells);

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "job/print_out.h"
+#include "job/row_layout.h"
 
 namespace qrn {
 namespace {
@@ -83,8 +84,8 @@ void SplitStreams(Vector (&v)[kStreams]) {
 // Pixel kPixel of the group to place kTo of the run's byte.
 template <std::uint32_t kPixel, std::uint32_t kTo, std::uint32_t kStreams>
 Vector Pick(const Vector (&v)[kStreams]) {
-  constexpr int kFromBit = 6 - 2 * static_cast<int>(kPixel % 4), kToBit = 2 * kTo;
-  const Vector bits = And(v[kPixel / 4], All8(3 << kFromBit));
+  constexpr int kFromBit = 6 - 2 * static_cast<int>(kPixel % kPixelsPerByte), kToBit = 2 * kTo;
+  const Vector bits = And(v[kPixel / kPixelsPerByte], All8(3 << kFromBit));
   if constexpr (kFromBit > kToBit) {
     return ShiftRight<kFromBit - kToBit>(bits);
   } else {

@@ -37,7 +37,7 @@ constexpr std::uint32_t kJetBytes = kNozzleRows * kStripBytes;
 // A strip of columns for 16 jets. The occupancy of a jet says which of its nozzle rows have dots:
 // bit s = row s. Rows without are zeros.
 struct JetGroup {
-  alignas(64) std::uint8_t rows[kGroupJets][kNozzleRows][kStripBytes];
+  alignas(kCacheLineBytes) std::uint8_t rows[kGroupJets][kNozzleRows][kStripBytes];
   std::uint8_t occupancy[kGroupJets];
 };
 

@@ -13,23 +13,27 @@ namespace {
 constexpr int kFlushCyclesSingle = 4;
 constexpr int kFlushCyclesDual = 5;  // PHA's lines still have to pass PHB
 
-// A job that never got its buffers has nowhere to put a line.
-bool IsLineUsable(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
-  if (color < job.nColors && color < kColors && line != nullptr)
-    return job.Mem.pPassBuffer[color] != nullptr;
-  if (job.bBadLineLogged == 0) {
-    job.bBadLineLogged = 1;
-    LogPrint("AddLine: unusable line, color:%d, bytes:%d", static_cast<int>(color),
-             static_cast<int>(bytes));
-  }
-  return false;
+bool IsLineUsable(const Job& job, std::uint32_t color, const std::uint8_t* line) {
+  return color < job.nColors && color < kColors && line != nullptr;
+}
+
+void LogUnusableLine(Job& job, std::uint32_t color, std::uint32_t bytes) {
+  if (job.bBadLineLogged == 1) return;
+  job.bBadLineLogged = 1;
+  LogPrint("AddLine: unusable line, color:%d, bytes:%d", static_cast<int>(color),
+           static_cast<int>(bytes));
 }
 
 }  // namespace
 
 int AddLine(Job& job, std::uint32_t color, std::uint32_t bytes, const std::uint8_t* line) {
   if (job.linesReceived >= job.nHeight) return 1;
-  if (!IsLineUsable(job, color, bytes, line)) return 0;
+  if (!IsLineUsable(job, color, line)) {
+    LogUnusableLine(job, color, bytes);
+    return 0;
+  }
+  // A job that never got its buffers has nowhere to put a line.
+  if (job.Mem.pPassBuffer[color] == nullptr) return 0;
   StoreRow(job, color, static_cast<std::uint32_t>(job.historyRows) + job.bandLine, line,
            std::min(bytes, job.lineStride));
   if (color + 1 != job.nColors) return 1;

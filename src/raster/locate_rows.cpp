@@ -14,9 +14,8 @@ void SetRow(Job& job, std::uint32_t slot, std::uint32_t gap, bool rowA) {
 }  // namespace
 
 std::uint32_t LocateRowsDual(Job& job) {
-  constexpr std::uint32_t kRows = 2 * kNozzleRows;  // of both heads, PHA first
   std::uint32_t rowA = 0, rowB = 0, found = 0;
-  for (std::uint32_t row = 0; row < kRows && found < 2; ++row) {
+  for (std::uint32_t row = 0; row < kBothHeadsNozzleRows && found < 2; ++row) {
     if (job.inkOrder[row / kNozzleRows][row % kNozzleRows] != job.curColor) continue;
     rowB = rowA;
     rowA = row;

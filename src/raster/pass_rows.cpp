@@ -13,8 +13,8 @@ namespace {
 
 bool HasInk(const std::uint8_t* bytes, std::size_t count) {
   std::size_t at = 0;
-  for (; at + 64 <= count; at += 64) {
-    std::uint64_t words[8];
+  for (; at + kCacheLineBytes <= count; at += kCacheLineBytes) {
+    std::uint64_t words[kCacheLineBytes / sizeof(std::uint64_t)];
     std::memcpy(words, bytes + at, sizeof words);
     if ((words[0] | words[1] | words[2] | words[3] | words[4] | words[5] | words[6] | words[7]) !=
         0)

@@ -1,4 +1,5 @@
-// The workers, one for each mode and direction. A worker converts all nozzle rows that ConvertColor
+// The workers, one for each mode and direction, and in the .cpp the records of the modes, by which
+// they are found (column_modes.h). A worker converts all nozzle rows that ConvertColor
 // has entered for the pass: it packs the dots of the pass's phase into the columns of PrintOutBuf,
 // then takes their pixels out of the pass buffers. What the feather mask of one of the last nozzles
 // holds back stays there. It returns the bytes of PrintOutBuf that it has written, none when the

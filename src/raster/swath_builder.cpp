@@ -74,7 +74,7 @@ void CreateSwath(Job& job, Swath& swath) {
   SetPositions(job, header);
   header.dir = header.dir2 = job.passDir;
   AdvanceFeedLine(job, swath);
-  header.speed = Low16(job.carriageSpeed * 600u);
+  header.speed = HeaderSpeed(job);
   header.feedSteps = LoadShared(job.swathSteps);
   header.swathNo = job.swathCount;
   header.reserved0 = header.reserved3 = 0;

@@ -20,7 +20,7 @@ std::uint8_t NextSlot(std::uint8_t slot) { return Low8((slot + 1u) % kSwathSlots
 void ResetQueue(Job& job) {
   for (Swath& slot : job.swathQueue) {
     slot.header = SwathHeader{};
-    slot.header.speed = Low16(job.carriageSpeed * 600u);
+    slot.header.speed = HeaderSpeed(job);
     StoreShared(slot.state, kSwathFree);
   }
   StoreShared(job.queueRd, 0);

@@ -5,9 +5,13 @@
 
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "job/job.h"
 
 namespace qrn {
+
+// Speed of a header, from the carriage speed of the job.
+constexpr std::uint16_t HeaderSpeed(const Job& job) { return Low16(job.carriageSpeed * 600u); }
 
 // All slots free, their headers empty except for the speed. Transmit thread, within the connect.
 void ResetQueue(Job& job);

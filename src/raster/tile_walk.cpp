@@ -1,6 +1,7 @@
 #include "raster/tile_walk.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <iterator>
 
@@ -27,8 +28,9 @@ struct StripRead {
 StripRead StripReadAt(const RowLayout& layout, std::int32_t column) {
   constexpr std::int32_t kRead = kStripReadBytes;
   StripRead read{};
-  read.byte = column >> 2;
-  read.shift = 2 * (static_cast<unsigned>(column) % 4);
+  // Rounded down, before the run as well.
+  read.byte = column >> std::countr_zero(kPixelsPerByte);
+  read.shift = 2 * (static_cast<unsigned>(column) % kPixelsPerByte);
   read.begin = std::max(read.byte, 0);
   read.end = std::min(read.byte + kRead, static_cast<std::int32_t>(layout.runBytes));
   read.whole = read.end - read.begin == kRead;
@@ -134,7 +136,8 @@ class StripAligner {
     TheKernel().align(sources, read.shift, groups_[group].rows[row.head][row.slot], isSecond_[i]);
   }
 
-  // Assembles what is read of a run that ends within the strip or is feathered.
+  // Assembles what is read of a run that does not fill the strip, or that is in a group with
+  // feathered or missing nozzles.
   const std::uint8_t* Stage(std::uint32_t nozzle, const std::uint8_t* run, const StripRead& read,
                             std::uint8_t (&staging)[kStripReadBytes]) const {
     const auto before = static_cast<std::size_t>(read.begin - read.byte);
@@ -156,10 +159,10 @@ class StripAligner {
   const ColumnWalk& walk_;
   JetGroup (&groups_)[kJetGroups];
   // Another colour prints through the same nozzle row: the dots of this one are added to its dots.
-  bool isSecond_[kPassNozzleRows] = {};
-  StripRead reads_[kPassNozzleRows] = {};
+  bool isSecond_[kBothHeadsNozzleRows] = {};
+  StripRead reads_[kBothHeadsNozzleRows] = {};
   // Of two groups, by turns; null: no ink.
-  const std::uint8_t* runs_[2][kPassNozzleRows][kGroupNozzles];
+  const std::uint8_t* runs_[2][kBothHeadsNozzleRows][kGroupNozzles];
 };
 
 // Packs `columns` columns of a group, from byte firstByte of its rows on, into the tile.

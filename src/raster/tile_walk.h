@@ -2,8 +2,8 @@
 //
 //   strip   1024 columns. The runs of all nozzle rows are aligned for it, so that each run is
 //           looked up and read once for all of its columns.
-//   tile    256 columns of a strip. They stay in the first cache while the nozzles, eight of both
-//           heads at a time, put their 16 bytes into every one.
+//   tile    256 columns of a strip. Of every one the nozzles, eight of both heads at a time, write
+//           16 bytes of either plane: the cache lines of these stay in the first cache.
 //
 // Both are in the scratch of the job's memory, so walks never run side by side. Host's thread.
 #ifndef QRN_RASTER_TILE_WALK_H_
@@ -21,7 +21,8 @@
 namespace qrn {
 
 constexpr std::uint32_t kStripColumns = kPixelsPerByte * kStripBytes;
-constexpr std::uint32_t kTileColumns = 256;  // 32 KiB of cache lines with 16 bytes of each column
+// 32 KiB of cache lines: two for each column, one with 16 bytes of either plane.
+constexpr std::uint32_t kTileColumns = 256;
 constexpr std::uint32_t kJetGroups = DivUp(kNozzles, kGroupNozzles);
 
 // The working memory of a walk. Rows that a group's occupancy does not name are zeros, from one

@@ -8,7 +8,7 @@
 #include <iterator>
 #include <vector>
 
-#include "params/printer_params.h"
+#include "params/connect.h"
 #include "protocol/swath_header.h"
 #include "raster/job_memory.h"
 #include "raster/kernels.h"

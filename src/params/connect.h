@@ -1,8 +1,8 @@
 // The connect, top to bottom: the parameter block is checked, and turned into the machine, the
 // job's geometry and its memory, each in a file of its own, in the order of ParsePrinterParams.
 // Transmit thread, while the host's thread waits for the connect to be answered.
-#ifndef QRN_PARAMS_PRINTER_PARAMS_H_
-#define QRN_PARAMS_PRINTER_PARAMS_H_
+#ifndef QRN_PARAMS_CONNECT_H_
+#define QRN_PARAMS_CONNECT_H_
 
 #include <cstdint>
 
@@ -21,4 +21,4 @@ void UpdateFwPara(Job& job, const std::uint8_t* section, std::uint32_t bytes);
 
 }  // namespace qrn
 
-#endif  // QRN_PARAMS_PRINTER_PARAMS_H_
+#endif  // QRN_PARAMS_CONNECT_H_

@@ -1,4 +1,4 @@
-#include "params/printer_params.h"
+#include "params/connect.h"
 
 #include <cstring>
 
