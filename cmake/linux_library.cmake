@@ -19,6 +19,8 @@ foreach(library qrn_driver qrn_driver_static)
 endforeach()
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/qrn_driver)
+# What a host needs; programs are components of their own.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME library)
 install(TARGETS qrn_driver qrn_driver_static EXPORT qrn_driver-targets
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT qrn_driver-targets NAMESPACE qrn:: DESTINATION ${package})
