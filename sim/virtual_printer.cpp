@@ -125,6 +125,11 @@ std::string VirtualPrinter::Violation() const {
   return !impl_->wire.Violation().empty() ? impl_->wire.Violation() : impl_->firmware.Violation();
 }
 
+std::vector<std::string> VirtualPrinter::UnusedQuirks() const {
+  const std::lock_guard lock(impl_->mutex);
+  return impl_->triggers.Unused();
+}
+
 std::string VirtualPrinter::Trouble() const {
   const std::lock_guard lock(impl_->mutex);
   return impl_->firmware.Trouble();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/usb_port.h"
 #include "sim/machine/machine.h"
@@ -39,6 +40,8 @@ class VirtualPrinter : public UsbPort {
   // What happened to the printer since its last connect and may have ended the job early; "" if
   // nothing.
   std::string Trouble() const;
+  // The quirks that have not acted, as they were given: perhaps their trigger never came.
+  std::vector<std::string> UnusedQuirks() const;
   // The paper of the job so far, or of the last one. Valid until the next job create; only between
   // jobs.
   const Paper& CurrentPaper() const;

@@ -62,9 +62,18 @@ const Quirk* QuirkTriggers::Use(Quirk::Kind kind) {
   for (Quirk& quirk : script_) {
     if (quirk.kind != kind || quirk.count == 0 || !Reached(quirk) || !Fits(quirk)) continue;
     --quirk.count;
+    used_[static_cast<std::size_t>(&quirk - script_.data())] = true;
     return &quirk;
   }
   return nullptr;
+}
+
+std::vector<std::string> QuirkTriggers::Unused() const {
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < script_.size(); ++i) {
+    if (!used_[i]) texts.push_back(script_[i].text);
+  }
+  return texts;
 }
 
 std::uint32_t QuirkTriggers::NoLongerThan(std::uint32_t untilMs) const {

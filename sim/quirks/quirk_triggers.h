@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "sim/quirks/quirks.h"
 
@@ -12,7 +14,7 @@ namespace qrn::sim {
 
 class QuirkTriggers {
  public:
-  explicit QuirkTriggers(QuirkScript script) : script_(std::move(script)) {}
+  explicit QuirkTriggers(QuirkScript script) : script_(std::move(script)), used_(script_.size()) {}
 
   // It is `nowMs` now; the first call begins the session.
   void PassTime(std::uint32_t nowMs);
@@ -36,6 +38,9 @@ class QuirkTriggers {
   // none.
   const Quirk* Use(Quirk::Kind kind);
 
+  // The quirks that have not acted up to now, as they were given.
+  std::vector<std::string> Unused() const;
+
   // `untilMs`, or the time at which a quirk is triggered before it: nobody waits past one.
   std::uint32_t NoLongerThan(std::uint32_t untilMs) const;
 
@@ -51,6 +56,7 @@ class QuirkTriggers {
   const InHand& Concerned(const Quirk& quirk) const;
 
   QuirkScript script_;
+  std::vector<bool> used_;  // of each quirk
   bool begun_ = false, reading_ = false, writesData_ = false;
   std::uint32_t beganMs_ = 0, nowMs_ = 0;
   InHand written_, answered_;  // by the host, by the printer

@@ -304,6 +304,7 @@ std::string Parse(const std::string& text, Quirk* quirk) {
 
 bool ParseQuirk(const std::string& text, Quirk* quirk, std::string* error) {
   const std::string why = Parse(text, quirk);
+  quirk->text = text;
   if (!why.empty()) *error = "quirk '" + text + "': " + why;
   return why.empty();
 }

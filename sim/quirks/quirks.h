@@ -89,6 +89,7 @@ struct Quirk {
     kTime,     // milliseconds since the host first looked at the bus
   };
 
+  std::string text;  // as it was given
   Kind kind = Kind::kListFails;
   Trigger trigger = Trigger::kStart;
   std::uint32_t at = 0;

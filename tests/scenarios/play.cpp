@@ -98,6 +98,7 @@ class Teller {
   Run Finish() {
     TakeEvents();
     run_.back().text += TellLogs(times_);
+    for (const std::string& quirk : stage_.printer.UnusedQuirks()) Tell("NEVER   acted " + quirk);
     if (!stage_.printer.Violation().empty()) Tell("VIOLATION " + stage_.printer.Violation());
     if (stage_.witness.Time().LiveThreads() != 0) Tell("LEFT    a thread");
     if (stage_.witness.Time().OpenDevices() != 0) Tell("LEFT    an open device");
