@@ -81,11 +81,10 @@ struct Job {
   std::uint8_t queueStarted;
   // shared: transmit thread writes, both read. The printer has cancelled
   std::uint8_t bPrnCancel;
-  // What else the printer says of the job; transmit thread.
-  std::uint8_t bPrnPause;     // it pauses
-  std::uint8_t bPauseSeen;    // it did at the latest change
-  std::uint8_t bCancelLatch;  // it has cancelled at some time
-  std::uint8_t nTxCmd;        // code of the packet on the wire; transmit thread
+  // shared: transmit thread writes, both may read. The job is paused; it was at the latest change;
+  // it was cancelled at some time
+  std::uint8_t bPrnPause, bPauseSeen, bCancelLatch;
+  std::uint8_t nTxCmd;  // code of the packet on the wire; transmit thread
 
   std::uint8_t curColor;  // colour being converted
 

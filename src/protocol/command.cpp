@@ -58,9 +58,9 @@ CommandPost CmdBuild(std::uint32_t code, Job& job) {
 
 bool CmdSchedule(Job& job) {
   if (LoadShared(job.queueStarted) == 1) {
-    if (job.bCancelLatch == 1) {
+    if (LoadShared(job.bCancelLatch) == 1) {
       (void)CmdBuild(kCmdCancel, job);  // busy: the next turn posts it
-    } else if (job.bPauseSeen == 1) {
+    } else if (LoadShared(job.bPauseSeen) == 1) {
       const std::uint32_t now = ThePlatform().TickMs();
       const bool due = nLastPollTick == 0 || now - nLastPollTick > kPausePollMs;
       if (due && CmdBuild(kCmdPausePoll, job) == CommandPost::kPosted) nLastPollTick = now;

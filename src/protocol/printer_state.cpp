@@ -30,10 +30,11 @@ void TakePause(Job& job, const std::uint8_t* reply, std::uint32_t bytes) {
 }  // namespace
 
 void SetPrinterState(Job& job, std::uint8_t pause, std::uint8_t cancel) {
-  if (pause == job.bPrnPause && cancel == LoadShared(job.bPrnCancel)) return;
-  job.bPrnPause = pause;
-  job.bPauseSeen = pause;
-  if (job.bCancelLatch == 0) job.bCancelLatch = cancel;
+  if (pause == LoadShared(job.bPrnPause) && cancel == LoadShared(job.bPrnCancel)) return;
+  StoreShared(job.bPrnPause, pause);
+  StoreShared(job.bPauseSeen, pause);
+  // The latch before the cancel: whoever sees the cancel finds the latch set.
+  if (LoadShared(job.bCancelLatch) == 0) StoreShared(job.bCancelLatch, cancel);
   StoreShared(job.bPrnCancel, cancel);
   LogPrint("CMM%d: Pause-%d, Cancel-%d\r\n", 1, pause, cancel);
 }
